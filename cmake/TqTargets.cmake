@@ -1,0 +1,51 @@
+# How the project's targets are compiled and linked, in one place.
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(TQ_SANITIZE)
+  add_compile_options(-fsanitize=${TQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TQ_SANITIZE})
+endif()
+
+add_library(TqWarnings INTERFACE)
+target_compile_options(
+  TqWarnings
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wundef
+            -Wshadow
+            -Wconversion
+            $<$<BOOL:${TQ_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# The library's own objects: C++20, position independent, nothing visible but what is marked so.
+function(tq_configure_objects target)
+  target_compile_features(${target} PRIVATE cxx_std_20)
+  set_target_properties(
+    ${target}
+    PROPERTIES POSITION_INDEPENDENT_CODE ON
+               CXX_EXTENSIONS OFF
+               CXX_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:TqWarnings>)
+endfunction()
+
+# SONAME (install name on macOS) carries the major version; an undefined symbol is a link error.
+function(tq_configure_shared target)
+  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(NOT APPLE)
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")
+    if(NOT TQ_SANITIZE)
+      target_link_options(${target} PRIVATE LINKER:--no-undefined)
+    endif()
+  endif()
+endfunction()
+
+# A program of the project (test, example, benchmark, fuzz target): same language and warnings as the library.
+function(tq_add_program name)
+  add_executable(${name} ${ARGN})
+  target_compile_features(${name} PRIVATE cxx_std_20)
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  target_link_libraries(${name} PRIVATE TqWarnings)
+endfunction()

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+namespace tq::platform {
+
+/// The longest UTF-8 sequence of one character, in bytes.
+inline constexpr std::size_t kMaxUtf8Length = 4;
+
+/// Decodes the one character at `src`, a text that ends with a 0 byte. Returns its length in bytes and stores it, or
+/// returns 0 and stores nothing when the bytes are malformed, overlong, a surrogate or above U+10FFFF. At the
+/// terminator it returns 1 and stores U+0000. Never reads past the first byte that does not fit.
+std::size_t decodeUtf8(const char* src, char32_t& character) noexcept;
+
+/// Writes `character` as UTF-8 and returns the number of bytes, 1 to 4; 0 above U+10FFFF. A surrogate is written in
+/// the three-byte form like any other value, so that two different texts never encode alike.
+std::size_t encodeUtf8(char32_t character, char (&out)[kMaxUtf8Length]) noexcept;
+
+} // namespace tq::platform
