@@ -38,7 +38,9 @@ void run(const Bytes& input, std::string name) {
 }
 
 Bytes mutate(const std::vector<Bytes>& seeds, std::mt19937& random) {
-    const auto below = [&random](std::size_t n) { return std::uniform_int_distribution<std::size_t>(0, n - 1)(random); };
+    const auto below = [&random](std::size_t n) {
+        return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+    };
     Bytes bytes = seeds[below(seeds.size())];
     for (std::size_t edits = 1 + below(6); edits > 0; --edits) {
         const auto at = static_cast<std::ptrdiff_t>(below(bytes.size() + 1));

@@ -1,8 +1,7 @@
 #include <TqOsBase/diag/Exceptions.h>
 
-#include <gtest/gtest.h>
-
 #include <climits>
+#include <gtest/gtest.h>
 #include <string>
 #include <type_traits>
 #include <typeinfo>

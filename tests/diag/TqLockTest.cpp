@@ -1,7 +1,6 @@
 #include <TqOsBase/diag/TqLock.h>
 
 #include <gtest/gtest.h>
-
 #include <memory>
 
 namespace {

@@ -66,7 +66,7 @@ public:
     /// The status given at construction.
     Lumo::ErrorStatus errorType() const;
 
-    const wchar_t* m_pszMessage;           ///< Not owned; null is read as empty.
-    mutable wchar_t* m_pszDescription;     ///< Cache of description(), owned; null until the first call.
+    const wchar_t* m_pszMessage;       ///< Not owned; null is read as empty.
+    mutable wchar_t* m_pszDescription; ///< Cache of description(), owned; null until the first call.
     Lumo::ErrorStatus m_errorType;
 };

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+
+/// A 32-bit share count that only changes by atomic steps, so that the holders of one record may be on different
+/// threads. The data it counts for is not protected by it.
+class TqRefCounter {
+public:
+    constexpr explicit TqRefCounter(int count) noexcept : m_count(count) {}
+    TqRefCounter(const TqRefCounter&) = delete;
+    TqRefCounter& operator=(const TqRefCounter&) = delete;
+
+    void increment() noexcept { m_count.fetch_add(1, std::memory_order_relaxed); }
+    /// True for the one caller that takes the count from 1 to 0 and so has to free what is counted.
+    bool decrement() noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    /// The count at this moment.
+    operator int() const noexcept { return m_count.load(std::memory_order_acquire); }
+
+private:
+    std::atomic<int> m_count;
+};
+
+namespace tq::detail {
+
+// The same two steps for either kind of counter that a vector record may have.
+inline void addReference(TqRefCounter& counter) noexcept {
+    counter.increment();
+}
+inline void addReference(int& counter) noexcept {
+    ++counter;
+}
+inline bool dropReference(TqRefCounter& counter) noexcept {
+    return counter.decrement();
+}
+inline bool dropReference(int& counter) noexcept {
+    return --counter == 0;
+}
+
+} // namespace tq::detail

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <TqOsBase/memory/Allocation.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <new>
+
+/// Slots of a vector from the global array new and delete; uninitialised for trivial elements.
+template <class T>
+struct TqDefaultMemAllocator {
+    /// `count` slots; throws std::bad_alloc.
+    static T* allocate(int count) { return new T[static_cast<std::size_t>(count)]; }
+    static void release(T* slots, int /*physicalLength*/) noexcept { delete[] slots; }
+};
+
+/// Slots of a vector from tqMalloc and tqFree.
+template <class T>
+struct TqDelegateMemAllocator {
+    /// `count` slots; throws std::bad_alloc, also when tqMalloc refuses the size (above 2 GiB).
+    static T* allocate(int count) {
+        void* slots = tqMalloc(static_cast<std::size_t>(count) * sizeof(T));
+        if (slots == nullptr)
+            throw std::bad_alloc();
+        return static_cast<T*>(slots);
+    }
+    static void release(T* slots, int physicalLength) noexcept {
+        if (physicalLength > 0)
+            tqFree(slots);
+    }
+};
+
+namespace tq::detail {
+
+// A computed capacity as a vector can hold it. What was asked for always fits, so cutting at the top loses only slack.
+constexpr int clampLength(long long length) noexcept {
+    return static_cast<int>(std::min<long long>(length, INT_MAX));
+}
+
+} // namespace tq::detail
+
+/// Grows by one step beyond the elements in use, or to exactly what was asked for if that is more.
+struct TqVectorDefaultGrowPolicy {
+    /// The new physical length for a `requested` logical length above the `physical` one.
+    static constexpr int grownLength(int requested, int logical, int /*physical*/, int grow) noexcept {
+        return tq::detail::clampLength(std::max<long long>(requested, static_cast<long long>(logical) + grow));
+    }
+};
+
+/// Doubles until the step has reached 64 Ki slots, then grows by 64 Ki slots at a time; always by at least the grow
+/// length and by what is missing.
+struct TqVectorFlatMemBufGrowPolicy {
+    /// The new physical length for a `requested` logical length above the `physical` one.
+    static constexpr int grownLength(int requested, int logical, int physical, int grow) noexcept {
+        constexpr long long kLargestDoubling = 65536;
+        const long long shortfall = static_cast<long long>(requested) - logical;
+        const long long step =
+            std::max(std::min<long long>(physical, kLargestDoubling), std::max<long long>(grow, shortfall));
+        return tq::detail::clampLength(physical + step);
+    }
+};
