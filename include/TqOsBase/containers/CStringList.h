@@ -1,0 +1,112 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+#include <TqOsBase/containers/CPlex.h>
+#include <TqOsBase/containers/CStdStr.h>
+
+#include <stdexcept>
+
+/// Position in a string list or map: an opaque pointer, null meaning none. It stays valid until its element is removed.
+struct __POSITION;
+
+/// Doubly linked list of wide strings. Nodes are cut from blocks of a fixed number of nodes and recycled through a free
+/// list; all blocks are given back the moment the list becomes empty.
+///
+/// With N nodes linked, F nodes on the free list and B blocks chained it holds between any two calls:
+///   N = GetCount(),  N + F = B * block size,  N = 0  <=>  B = 0
+///
+/// A position must be null or one of this list's. Operations that need an element (GetHead, GetTail, RemoveHead,
+/// RemoveTail, and all that take a position unless they say what null means) throw std::out_of_range when there is
+/// none. What allocates throws std::bad_alloc and leaves the list as it was. Values may be strings of the list itself.
+class TQ_API CStringList {
+public:
+    using String = CStdStr<wchar_t>;
+
+    /// An empty list that allocates `nBlockSize` nodes at a time. Throws std::invalid_argument below 1.
+    explicit constexpr CStringList(long long nBlockSize)
+        : m_pNodeHead(nullptr), m_pNodeTail(nullptr), m_nCount(0), m_pNodeFree(nullptr), m_pBlocks(nullptr),
+          m_nBlockSize(nBlockSize) {
+        if (nBlockSize < 1)
+            throw std::invalid_argument("CStringList: block size below 1");
+    }
+    CStringList(const CStringList&) = delete;
+    CStringList& operator=(const CStringList&) = delete;
+    ~CStringList();
+
+    long long GetCount() const noexcept { return m_nCount; }
+    long long GetSize() const noexcept { return m_nCount; }
+    bool IsEmpty() const noexcept { return m_nCount == 0; }
+
+    String& GetHead();
+    const String& GetHead() const;
+    String& GetTail();
+    const String& GetTail() const;
+
+    /// Null when the list is empty.
+    __POSITION* GetHeadPosition() const noexcept;
+    __POSITION* GetTailPosition() const noexcept;
+
+    /// The string at `pos`; `pos` moves on to the next node, null after the tail.
+    String& GetNext(__POSITION*& pos);
+    const String& GetNext(__POSITION*& pos) const;
+    /// The string at `pos`; `pos` moves back to the previous node, null before the head.
+    String& GetPrev(__POSITION*& pos);
+    const String& GetPrev(__POSITION*& pos) const;
+
+    String& GetAt(__POSITION* pos);
+    const String& GetAt(__POSITION* pos) const;
+    /// Null empties the string. `value` may be part of the string it replaces.
+    void SetAt(__POSITION* pos, const wchar_t* value);
+    void SetAt(__POSITION* pos, const String& value);
+
+    /// Adds at one end and returns the new position. A null pointer adds an empty string.
+    __POSITION* AddHead(const wchar_t* value);
+    __POSITION* AddHead(const String& value);
+    __POSITION* AddTail(const wchar_t* value);
+    __POSITION* AddTail(const String& value);
+    /// Adds copies of the other list's strings, in its order, in front of the head or behind the tail. A list added to
+    /// itself is doubled; null adds nothing. Where memory runs out midway the strings added so far stay.
+    void AddHead(CStringList* other);
+    void AddTail(CStringList* other);
+
+    /// A new node before `pos`; null position: as AddHead. Returns the new position.
+    __POSITION* InsertBefore(__POSITION* pos, const wchar_t* value);
+    __POSITION* InsertBefore(__POSITION* pos, const String& value);
+    /// A new node after `pos`; null position: as AddTail. Returns the new position.
+    __POSITION* InsertAfter(__POSITION* pos, const wchar_t* value);
+    __POSITION* InsertAfter(__POSITION* pos, const String& value);
+
+    /// Removes an end and returns its string.
+    String RemoveHead();
+    String RemoveTail();
+    void RemoveAt(__POSITION* pos);
+    void RemoveAll() noexcept;
+
+    /// The node `index` steps behind the head; null when there is none.
+    __POSITION* FindIndex(long long index) const noexcept;
+    /// The first node behind `startAfter` (null: from the head on) whose string equals `value`, null being the empty
+    /// string; null when there is none. The start itself is never returned.
+    __POSITION* Find(const wchar_t* value, __POSITION* startAfter = nullptr) const;
+
+private:
+    struct CNode {
+        CNode* pNext;
+        CNode* pPrev;
+        String data;
+    };
+
+    static CNode* node(__POSITION* pos);
+    static __POSITION* position(CNode* node) noexcept;
+    CNode* requireHead() const;
+    CNode* requireTail() const;
+    void addBlock();
+    CNode* newNode(CNode* prev, CNode* next, const String& value);
+    void unlinkAndFree(CNode* node) noexcept;
+
+    CNode* m_pNodeHead;
+    CNode* m_pNodeTail;
+    long long m_nCount;
+    CNode* m_pNodeFree; // linked through pNext; their strings are not alive
+    CPlex* m_pBlocks;
+    long long m_nBlockSize;
+};

@@ -1,0 +1,222 @@
+#include <TqOsBase/containers/CStringList.h>
+
+#include <memory>
+#include <new>
+#include <utility>
+
+CStringList::~CStringList() {
+    RemoveAll();
+}
+
+CStringList::CNode* CStringList::node(__POSITION* pos) {
+    if (pos == nullptr)
+        throw std::out_of_range("CStringList: no such element");
+    return reinterpret_cast<CNode*>(pos);
+}
+
+__POSITION* CStringList::position(CNode* node) noexcept {
+    return reinterpret_cast<__POSITION*>(node);
+}
+
+CStringList::CNode* CStringList::requireHead() const {
+    return node(position(m_pNodeHead));
+}
+
+CStringList::CNode* CStringList::requireTail() const {
+    return node(position(m_pNodeTail));
+}
+
+CStringList::String& CStringList::GetHead() {
+    return requireHead()->data;
+}
+
+const CStringList::String& CStringList::GetHead() const {
+    return requireHead()->data;
+}
+
+CStringList::String& CStringList::GetTail() {
+    return requireTail()->data;
+}
+
+const CStringList::String& CStringList::GetTail() const {
+    return requireTail()->data;
+}
+
+__POSITION* CStringList::GetHeadPosition() const noexcept {
+    return position(m_pNodeHead);
+}
+
+__POSITION* CStringList::GetTailPosition() const noexcept {
+    return position(m_pNodeTail);
+}
+
+CStringList::String& CStringList::GetNext(__POSITION*& pos) {
+    CNode* here = node(pos);
+    pos = position(here->pNext);
+    return here->data;
+}
+
+const CStringList::String& CStringList::GetNext(__POSITION*& pos) const {
+    return const_cast<CStringList*>(this)->GetNext(pos);
+}
+
+CStringList::String& CStringList::GetPrev(__POSITION*& pos) {
+    CNode* here = node(pos);
+    pos = position(here->pPrev);
+    return here->data;
+}
+
+const CStringList::String& CStringList::GetPrev(__POSITION*& pos) const {
+    return const_cast<CStringList*>(this)->GetPrev(pos);
+}
+
+CStringList::String& CStringList::GetAt(__POSITION* pos) {
+    return node(pos)->data;
+}
+
+const CStringList::String& CStringList::GetAt(__POSITION* pos) const {
+    return node(pos)->data;
+}
+
+void CStringList::SetAt(__POSITION* pos, const wchar_t* value) {
+    node(pos)->data = value;
+}
+
+void CStringList::SetAt(__POSITION* pos, const String& value) {
+    node(pos)->data = value;
+}
+
+__POSITION* CStringList::AddHead(const wchar_t* value) {
+    return AddHead(String(value));
+}
+
+__POSITION* CStringList::AddHead(const String& value) {
+    return position(newNode(nullptr, m_pNodeHead, value));
+}
+
+__POSITION* CStringList::AddTail(const wchar_t* value) {
+    return AddTail(String(value));
+}
+
+__POSITION* CStringList::AddTail(const String& value) {
+    return position(newNode(m_pNodeTail, nullptr, value));
+}
+
+void CStringList::AddHead(CStringList* other) {
+    if (other == nullptr)
+        return;
+    // The count is taken first, for the case that the two lists are one.
+    __POSITION* pos = other->GetTailPosition();
+    for (long long left = other->GetCount(); left > 0; --left)
+        AddHead(other->GetPrev(pos));
+}
+
+void CStringList::AddTail(CStringList* other) {
+    if (other == nullptr)
+        return;
+    __POSITION* pos = other->GetHeadPosition();
+    for (long long left = other->GetCount(); left > 0; --left)
+        AddTail(other->GetNext(pos));
+}
+
+__POSITION* CStringList::InsertBefore(__POSITION* pos, const wchar_t* value) {
+    return InsertBefore(pos, String(value));
+}
+
+__POSITION* CStringList::InsertBefore(__POSITION* pos, const String& value) {
+    if (pos == nullptr)
+        return AddHead(value);
+    return position(newNode(node(pos)->pPrev, node(pos), value));
+}
+
+__POSITION* CStringList::InsertAfter(__POSITION* pos, const wchar_t* value) {
+    return InsertAfter(pos, String(value));
+}
+
+__POSITION* CStringList::InsertAfter(__POSITION* pos, const String& value) {
+    if (pos == nullptr)
+        return AddTail(value);
+    return position(newNode(node(pos), node(pos)->pNext, value));
+}
+
+CStringList::String CStringList::RemoveHead() {
+    CNode* head = requireHead();
+    String removed = std::move(head->data);
+    unlinkAndFree(head);
+    return removed;
+}
+
+CStringList::String CStringList::RemoveTail() {
+    CNode* tail = requireTail();
+    String removed = std::move(tail->data);
+    unlinkAndFree(tail);
+    return removed;
+}
+
+void CStringList::RemoveAt(__POSITION* pos) {
+    unlinkAndFree(node(pos));
+}
+
+void CStringList::RemoveAll() noexcept {
+    for (CNode* here = m_pNodeHead; here != nullptr; here = here->pNext)
+        std::destroy_at(&here->data);
+    m_pNodeHead = m_pNodeTail = m_pNodeFree = nullptr;
+    m_nCount = 0;
+    if (m_pBlocks != nullptr)
+        m_pBlocks->FreeDataChain();
+    m_pBlocks = nullptr;
+}
+
+__POSITION* CStringList::FindIndex(long long index) const noexcept {
+    if (index < 0 || index >= m_nCount)
+        return nullptr;
+    CNode* here = m_pNodeHead;
+    for (; index > 0; --index)
+        here = here->pNext;
+    return position(here);
+}
+
+__POSITION* CStringList::Find(const wchar_t* value, __POSITION* startAfter) const {
+    if (value == nullptr)
+        value = L"";
+    CNode* here = startAfter == nullptr ? m_pNodeHead : node(startAfter)->pNext;
+    while (here != nullptr && here->data != value)
+        here = here->pNext;
+    return position(here);
+}
+
+// Threads the nodes of a new block onto the free list in address order.
+void CStringList::addBlock() {
+    CPlex* block = CPlex::Create(m_pBlocks, static_cast<std::size_t>(m_nBlockSize), sizeof(CNode));
+    auto* nodes = static_cast<CNode*>(block->data());
+    for (long long i = m_nBlockSize - 1; i >= 0; --i) {
+        nodes[i].pNext = m_pNodeFree;
+        m_pNodeFree = &nodes[i];
+    }
+}
+
+// The value is copied before anything changes: it may lie in the list, and when memory runs out the list stays as it was.
+CStringList::CNode* CStringList::newNode(CNode* prev, CNode* next, const String& value) {
+    String copy(value);
+    if (m_pNodeFree == nullptr)
+        addBlock();
+    CNode* fresh = m_pNodeFree;
+    m_pNodeFree = fresh->pNext;
+    fresh->pPrev = prev;
+    fresh->pNext = next;
+    std::construct_at(&fresh->data, std::move(copy));
+    (prev != nullptr ? prev->pNext : m_pNodeHead) = fresh;
+    (next != nullptr ? next->pPrev : m_pNodeTail) = fresh;
+    ++m_nCount;
+    return fresh;
+}
+
+void CStringList::unlinkAndFree(CNode* node) noexcept {
+    (node->pPrev != nullptr ? node->pPrev->pNext : m_pNodeHead) = node->pNext;
+    (node->pNext != nullptr ? node->pNext->pPrev : m_pNodeTail) = node->pPrev;
+    std::destroy_at(&node->data);
+    node->pNext = m_pNodeFree;
+    m_pNodeFree = node;
+    if (--m_nCount == 0)
+        RemoveAll();
+}
