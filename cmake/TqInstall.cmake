@@ -1,1 +1,23 @@
+# Install rules: libraries, headers, the CMake package (find_package(TqOsBase CONFIG)) and the pkg-config file.
+include(CMakePackageConfigHelpers)
 
+install(
+  TARGETS TqOsBase TqOsBaseStatic
+  EXPORT TqOsBaseTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/TqOsBase" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(TQ_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/TqOsBase")
+install(EXPORT TqOsBaseTargets NAMESPACE TqOsBase:: DESTINATION ${TQ_PACKAGE_DIR})
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/TqOsBaseConfig.cmake.in"
+                              "${PROJECT_BINARY_DIR}/TqOsBaseConfig.cmake" INSTALL_DESTINATION ${TQ_PACKAGE_DIR})
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/TqOsBaseConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/TqOsBaseConfig.cmake" "${PROJECT_BINARY_DIR}/TqOsBaseConfigVersion.cmake"
+        DESTINATION ${TQ_PACKAGE_DIR})
+
+# The prefix is reckoned from where the file lies, so that an installed tree can be moved.
+cmake_path(SET pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH TQ_PC_PREFIX "/${pkgconfig_dir}" "/")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/TqOsBase.pc.in" "${PROJECT_BINARY_DIR}/TqOsBase.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/TqOsBase.pc" DESTINATION ${pkgconfig_dir})

@@ -99,7 +99,8 @@ TEST(TqVector, AVectorWithoutStorageSharesTheEmptyRecord) {
         EXPECT_EQ(int{empty.m_refCount}, before + 1);
         b.setPhysicalLength(0);
         EXPECT_EQ(int{empty.m_refCount}, before + 2);
-        b = b;
+        const Wide& same = b;
+        b = same;
         a = b;
         EXPECT_EQ(int{empty.m_refCount}, before + 3);
     }

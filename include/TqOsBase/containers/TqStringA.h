@@ -56,7 +56,6 @@ public:
         assign(text);
         return *this;
     }
-    ~TqStringT() = default;
 
     /// Takes over the characters of `text`, which may be part of this string. Null or empty text returns the string to
     /// the shared empty one, code page included, and does nothing when it is empty already. Otherwise the code page

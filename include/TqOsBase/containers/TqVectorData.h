@@ -37,8 +37,9 @@ public:
             throw std::bad_alloc();
         std::unique_ptr<void, BlockDeleter> guard(block);
         T* slots = Allocator::allocate(physicalLength);
-        guard.release();
-        return ::new (block) TqVectorData(physicalLength, growLength, slots);
+        static_cast<void>(guard.release());
+        return ::new (block)
+            TqVectorData{RefCounter{0}, 0, physicalLength, growLength, {reinterpret_cast<std::uintptr_t>(slots)}};
     }
 
     /// An unheld copy: same slots count (16 if there are none) and grow length, and the first `count` elements, at
@@ -72,8 +73,8 @@ public:
     int m_physicalLength;
     int m_growLength;
     union {
+        std::uintptr_t m_elementBits; ///< The slots as a number; ~0, all bits set, in the shared empty record.
         T* m_elements;
-        std::uintptr_t m_elementBits; ///< The same pointer as a number; ~0 in the shared empty record.
     };
 
     /// The record of every vector without storage. It counts itself, so its count never falls below 1.
@@ -84,18 +85,11 @@ private:
     struct BlockDeleter {
         void operator()(void* block) const noexcept { tqFree(block); }
     };
-
-    TqVectorData(int physicalLength, int growLength, T* slots) noexcept
-        : m_refCount(0), m_logicalLength(0), m_physicalLength(physicalLength), m_growLength(growLength),
-          m_elements(slots) {}
-
-    constexpr TqVectorData() noexcept
-        : m_refCount(1), m_logicalLength(0), m_physicalLength(0), m_growLength(kDefaultGrowLength),
-          m_elementBits(~std::uintptr_t{0}) {}
 };
 
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
-TqVectorData<T, Allocator, RefCounter, GrowPolicy> TqVectorData<T, Allocator, RefCounter, GrowPolicy>::gEmptyVectorData;
+TqVectorData<T, Allocator, RefCounter, GrowPolicy> TqVectorData<T, Allocator, RefCounter, GrowPolicy>::gEmptyVectorData{
+    RefCounter{1}, 0, 0, kDefaultGrowLength, {~std::uintptr_t{0}}};
 
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
 TqVectorData<T, Allocator, RefCounter, GrowPolicy>* const
