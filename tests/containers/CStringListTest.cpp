@@ -1,9 +1,10 @@
+#include "reference/CountingNew.h"
+
 #include <TqOsBase/containers/CStringList.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <list>
@@ -15,43 +16,7 @@
 
 namespace {
 
-int g_blocks = 0;     // arrays from the global allocator that are alive
-int g_failAfter = -1; // allocations until one fails; negative: none does
-
-void* countedAllocate(std::size_t size) {
-    if (g_failAfter >= 0 && g_failAfter-- == 0)
-        throw std::bad_alloc();
-    if (void* block = std::malloc(size))
-        return block;
-    throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    return countedAllocate(size);
-}
-void* operator new[](std::size_t size) {
-    void* block = countedAllocate(size);
-    ++g_blocks;
-    return block;
-}
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
-void operator delete[](void* block) noexcept {
-    if (block != nullptr)
-        --g_blocks;
-    std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    operator delete[](block);
-}
-
-namespace {
+using counting_new::liveArrays;
 
 using Model = std::list<std::wstring>;
 
@@ -73,23 +38,23 @@ std::vector<std::wstring> contents(const CStringList& list) {
 }
 
 TEST(CStringList, BlocksComeOneAtATimeAndGoTogether) {
-    const int before = g_blocks;
+    const int before = liveArrays();
     CStringList list(10);
-    EXPECT_EQ(g_blocks, before);
+    EXPECT_EQ(liveArrays(), before);
     for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 10; ++i)
             list.AddTail(kLong);
-        EXPECT_EQ(g_blocks, before + 1);
+        EXPECT_EQ(liveArrays(), before + 1);
         list.RemoveHead();
         list.AddHead(L"recycled");
-        EXPECT_EQ(g_blocks, before + 1);
+        EXPECT_EQ(liveArrays(), before + 1);
         list.AddTail(L"eleventh");
-        EXPECT_EQ(g_blocks, before + 2);
+        EXPECT_EQ(liveArrays(), before + 2);
         while (list.GetCount() > 1)
             list.RemoveAt(list.GetTailPosition());
-        EXPECT_EQ(g_blocks, before + 2);
+        EXPECT_EQ(liveArrays(), before + 2);
         list.RemoveTail();
-        EXPECT_EQ(g_blocks, before);
+        EXPECT_EQ(liveArrays(), before);
     }
     EXPECT_THROW(CStringList(0), std::invalid_argument);
     EXPECT_THROW(CStringList(-1), std::invalid_argument);
@@ -162,27 +127,27 @@ TEST(CStringList, ValuesMayLieInTheListItself) {
 }
 
 TEST(CStringList, RunningOutOfMemoryLeavesItAsItWas) {
-    const int before = g_blocks;
+    const int before = liveArrays();
     {
         CStringList list(1);
         list.AddTail(kLong);
         const CStringList::String value(kLong);
         for (int failing = 0; failing < 2; ++failing) {
-            g_failAfter = failing;
+            counting_new::failAfter(failing);
             EXPECT_THROW(list.AddTail(value), std::bad_alloc);
-            g_failAfter = failing;
+            counting_new::failAfter(failing);
             EXPECT_THROW(list.InsertBefore(list.GetHeadPosition(), value), std::bad_alloc);
-            g_failAfter = -1;
+            counting_new::failAfter(-1);
             EXPECT_EQ(contents(list).size(), 1U);
-            EXPECT_EQ(g_blocks, before + 1);
+            EXPECT_EQ(liveArrays(), before + 1);
         }
     }
-    EXPECT_EQ(g_blocks, before);
+    EXPECT_EQ(liveArrays(), before);
 }
 
 TEST(CStringList, BehavesLikeAListUnderRandomOperations) {
     std::mt19937 random(11);
-    const int before = g_blocks;
+    const int before = liveArrays();
     {
         CStringList list(7);
         Model model;
@@ -249,11 +214,11 @@ TEST(CStringList, BehavesLikeAListUnderRandomOperations) {
                 ASSERT_EQ(contents(list), std::vector<std::wstring>(model.begin(), model.end())) << "step " << step;
             }
             if (model.empty()) {
-                ASSERT_EQ(g_blocks, before);
+                ASSERT_EQ(liveArrays(), before);
             }
         }
     }
-    EXPECT_EQ(g_blocks, before);
+    EXPECT_EQ(liveArrays(), before);
 }
 
 } // namespace
