@@ -1,11 +1,113 @@
+#include "memory/TqHeap.h"
+
 #include <TqOsBase/memory/Allocation.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <cwchar>
+
+using tq::detail::g_tqGlobalHeap;
+using tq::detail::kPageBytes;
+using tq::detail::kSegmentBytes;
+
+namespace {
+
+// The largest request that the checked forms accept.
+constexpr std::size_t kLargestRequest = 0x80000000U;
+
+} // namespace
 
 void* tqMalloc(std::size_t size) {
-    return std::malloc(size ? size : 1);
+    return size > kLargestRequest ? nullptr : g_tqGlobalHeap.allocHeap(size);
+}
+
+void* tqAllocate(std::size_t size) {
+    return g_tqGlobalHeap.allocHeap(size);
+}
+
+void* tqRealloc(void* block, std::size_t size) {
+    return size == 0 ? block : g_tqGlobalHeap.reallocHeap(block, size);
+}
+
+void* tqReallocate(void* block, std::size_t size) {
+    return g_tqGlobalHeap.reallocHeap(block, size);
 }
 
 void tqFree(void* block) {
-    std::free(block);
+    if (block != nullptr)
+        g_tqGlobalHeap.freeHeap(block);
+}
+
+void tqDeallocate(void* block) {
+    g_tqGlobalHeap.freeHeap(block);
+}
+
+std::size_t tqMsize(void* block) {
+    return block == nullptr ? 0 : g_tqGlobalHeap.sizeOf(block);
+}
+
+std::size_t tqAllocSizeOf(void* block) {
+    return g_tqGlobalHeap.sizeOf(block);
+}
+
+wchar_t* tqStrdup(const wchar_t* text) {
+    if (text == nullptr)
+        return nullptr;
+    const std::size_t count = std::wcslen(text) + 1;
+    auto* const copy = static_cast<wchar_t*>(tqMalloc(count * sizeof(wchar_t)));
+    if (copy != nullptr)
+        std::wmemcpy(copy, text, count);
+    return copy;
+}
+
+void tqStrdupFree(wchar_t* text) {
+    tqFree(text);
+}
+
+void* tqMallocDbg(std::size_t) {
+    return nullptr;
+}
+
+void* tqAllocateDbg(std::size_t) {
+    return nullptr;
+}
+
+void* tqReallocDbg(void*, std::size_t) {
+    return nullptr;
+}
+
+void* tqReallocateDbg(void*, std::size_t) {
+    return nullptr;
+}
+
+void tqFreeDbg(void* block) {
+    tqFree(block);
+}
+
+void tqDeallocateDbg(void* block) {
+    tqFree(block);
+}
+
+std::size_t tqMsizeDbg(void* block) {
+    return tqMsize(block);
+}
+
+std::size_t tqAllocSizeOfDbg(void* block) {
+    return tqAllocSizeOf(block);
+}
+
+void* tqAllocPage() {
+    return g_tqGlobalHeap.allocHeapPage(kSegmentBytes / kPageBytes, kSegmentBytes);
+}
+
+void tqFreePage(void* unit) {
+    g_tqGlobalHeap.freeHeapPage(unit);
+}
+
+void* tqAllocPageHeap(std::size_t size) {
+    const std::size_t wanted = std::max<std::size_t>(size, 1);
+    return g_tqGlobalHeap.allocHeapPage(wanted % kPageBytes == 0 ? wanted / kPageBytes : 0, wanted);
+}
+
+void tqFreePageHeap(void* unit) {
+    g_tqGlobalHeap.freeHeapPage(unit);
 }

@@ -1,0 +1,167 @@
+#include "memory/BlockPools.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace tq::detail {
+
+namespace {
+
+// Lists A and B link segments by identifier.
+
+Segment* segmentWith(std::uint32_t identifier) noexcept {
+    return reinterpret_cast<Segment*>(TqHeapConfigurator::segmentAddress(identifier));
+}
+
+std::uint32_t identifierOf(const Segment* segment) noexcept {
+    return segment == nullptr ? 0 : static_cast<std::uint32_t>(TqHeapConfigurator::segmentOf(segment));
+}
+
+void pushSegment(Segment*& head, Segment& segment) noexcept {
+    segment.next = identifierOf(head);
+    segment.previous = 0;
+    if (head != nullptr)
+        head->previous = identifierOf(&segment);
+    head = &segment;
+}
+
+void unlinkSegment(Segment*& head, Segment& segment) noexcept {
+    if (segment.previous != 0)
+        segmentWith(segment.previous)->next = segment.next;
+    else
+        head = segment.next != 0 ? segmentWith(segment.next) : nullptr;
+    if (segment.next != 0)
+        segmentWith(segment.next)->previous = segment.previous;
+}
+
+// Chains the descriptors of pages [first, last) in address order and returns the first.
+Page* chainPages(std::byte* segment, std::size_t first, std::size_t last) noexcept {
+    Page* next = nullptr;
+    for (std::size_t i = last; i > first; --i) {
+        next = new (pageAt(segment, i - 1)) Page{.next = next};
+    }
+    return next;
+}
+
+void pushPage(Page*& head, Page& page) noexcept {
+    page.next = head;
+    head = &page;
+}
+
+} // namespace
+
+void BlockPools::create(std::span<const std::int16_t, kBlockPoolCount + 1> units) {
+    for (std::size_t number = 1; number < m_pools.size(); ++number)
+        m_pools[number] = new BlockPool(number, static_cast<std::size_t>(units[number]), kPageBytes);
+}
+
+void BlockPools::destroy() noexcept {
+    for (BlockPool*& pool : m_pools)
+        delete std::exchange(pool, nullptr);
+}
+
+std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept {
+    if (pool.partial == nullptr) {
+        Segment* const segment = segmentToServe(segments);
+        if (segment == nullptr)
+            return nullptr;
+        Page& page = *segment->committedFree;
+        segment->committedFree = page.next;
+        if (--segment->committedCount == 0) {
+            unlinkSegment(m_withCommitted, *segment);
+            if (segment->uncommittedCount != 0)
+                pushSegment(m_withUncommitted, *segment);
+        }
+        startRun(pool, page, pageAddress(page));
+    }
+    return takeUnit(pool);
+}
+
+// The head of list A, which is filled when it is empty; null when no page can be had.
+Segment* BlockPools::segmentToServe(SegmentTable& segments) noexcept {
+    if (m_withCommitted != nullptr)
+        return m_withCommitted;
+    Segment* segment = m_withUncommitted;
+    if (segment != nullptr) {
+        if (!reallocBlockFromPage(*segment, segments))
+            return nullptr;
+        unlinkSegment(m_withUncommitted, *segment);
+    } else {
+        segment = allocPage(segments);
+        if (segment == nullptr)
+            return nullptr;
+    }
+    pushSegment(m_withCommitted, *segment);
+    return segment;
+}
+
+// A fresh block segment, in no list yet. Null when there is none or its first pages cannot be had.
+Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
+    std::byte* const base = segments.preallocNewPage(0);
+    if (base == nullptr)
+        return nullptr;
+    if (!SegmentTable::commit(base, kInitialPages * kPageBytes)) {
+        segments.release(base);
+        return nullptr;
+    }
+    return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages),
+                              .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment),
+                              .next = 0,
+                              .previous = 0,
+                              .committedCount = kInitialPages - kHeaderPages,
+                              .uncommittedCount = kPagesPerSegment - kInitialPages,
+                              .highWater = kInitialPages};
+}
+
+// Turns the run of adjacent pages at the head of a segment's uncommitted list, which is not empty, into its committed
+// free list, which is. Pages below the high-water mark are accessible already and only take their memory again.
+bool BlockPools::reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept {
+    Page* const first = segment.uncommitted;
+    Page* last = first;
+    std::uint32_t count = 1;
+    while (count < kCommitPages && last->next == last + 1) {
+        last = last->next;
+        ++count;
+    }
+    segments.finishGivingBack(segmentStart(&segment));
+    const auto end = static_cast<std::uint32_t>(pageIndex(*last) + 1);
+    if (end > segment.highWater) {
+        std::byte* const fresh = segmentStart(&segment) + segment.highWater * kPageBytes;
+        if (!SegmentTable::commit(fresh, (end - segment.highWater) * kPageBytes))
+            return false;
+        segment.highWater = end;
+    }
+    segment.committedFree = first;
+    segment.committedCount = count;
+    segment.uncommitted = std::exchange(last->next, nullptr);
+    segment.uncommittedCount -= count;
+    return true;
+}
+
+// Returns a wholly free page, already out of its pool, to its segment.
+void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
+    Segment& segment = *segmentHeader(&page);
+    page.poolNumber = 0;
+    if (segment.committedCount < kCommittedReserve) {
+        pushPage(segment.committedFree, page);
+        if (segment.committedCount++ == 0) {
+            if (segment.uncommittedCount != 0)
+                unlinkSegment(m_withUncommitted, segment);
+            pushSegment(m_withCommitted, segment);
+        }
+        return;
+    }
+    const bool isWhollyFree = segment.committedCount + segment.uncommittedCount + 1 == kUsablePages;
+    const bool isOnlySource = m_withUncommitted == nullptr && m_withCommitted == &segment && segment.next == 0;
+    if (isWhollyFree && !isOnlySource) {
+        unlinkSegment(m_withCommitted, segment);
+        segments.release(segmentStart(&segment));
+        return;
+    }
+    pushPage(segment.uncommitted, page);
+    ++segment.uncommittedCount;
+    segments.giveBackPage(pageAddress(page));
+}
+
+} // namespace tq::detail

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "memory/HeapLayout.h"
+#include "memory/SegmentTable.h"
+#include "memory/SizeClasses.h"
+#include "memory/UnitPool.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace tq::detail {
+
+/// The block pools, and the segments that their pages come from.
+class BlockPools {
+public:
+    constexpr BlockPools() noexcept = default;
+
+    /// Creates the pools with the units given, indexed by pool number. Throws std::bad_alloc.
+    void create(std::span<const std::int16_t, kBlockPoolCount + 1> units);
+    /// Removes every pool. The pages they own hold live blocks, so those stay as they are, and so does every segment.
+    void destroy() noexcept;
+
+    /// The pool with this number; null for 0, and for each while the pools do not exist.
+    BlockPool* pool(std::size_t number) const noexcept { return m_pools[number]; }
+
+    /// Takes a block from the pool, with a fresh page where it has none. Null when there is no memory.
+    std::byte* reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept;
+
+    /// Gives a block back to its page and, when the page is wholly free, the page to its segment.
+    void freeFromPool(std::byte* block, Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
+        if (giveUnit(pool, page, pageAddress(page), block))
+            freeBlock(page, segments);
+    }
+
+    Segment* segmentsWithCommitted() const noexcept { return m_withCommitted; }
+    Segment* segmentsWithUncommitted() const noexcept { return m_withUncommitted; }
+
+private:
+    static Segment* allocPage(SegmentTable& segments) noexcept;
+    static bool reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept;
+    Segment* segmentToServe(SegmentTable& segments) noexcept;
+    void freeBlock(Page& page, SegmentTable& segments) noexcept;
+
+    std::array<BlockPool*, kBlockPoolCount + 1> m_pools{};
+    Segment* m_withCommitted = nullptr;   ///< List A: segments with accessible free pages.
+    Segment* m_withUncommitted = nullptr; ///< List B: segments all of whose free pages are uncommitted.
+};
+
+} // namespace tq::detail

@@ -1,0 +1,43 @@
+#include "memory/HeapConfigurator.h"
+
+#include "platform/VirtualMemory.h"
+
+namespace tq::detail {
+
+namespace {
+
+constexpr std::uintptr_t kNoReservation = std::uintptr_t{0} - kReservationBytes;
+
+// The hints repeat after this counter.
+constexpr std::uint32_t kLastDistinctCounter = 4;
+
+constexpr bool isAcceptable(std::uintptr_t address) {
+    return address != 0 && address % kSegmentBytes == 0;
+}
+
+} // namespace
+
+constinit std::uintptr_t TqHeapConfigurator::pStartAddress = kNoReservation;
+
+bool TqHeapConfigurator::reserveMemory() noexcept {
+    static std::uint32_t PREADDRVALUE = 1;
+    if (!platform::choosesOwnLayout()) {
+        for (; PREADDRVALUE <= kLastDistinctCounter; ++PREADDRVALUE) {
+            const std::uintptr_t hint = hintAddress(PREADDRVALUE);
+            if (!platform::reserveAt(hint, kReservationBytes))
+                continue;
+            if (isAcceptable(hint)) {
+                pStartAddress = hint;
+                return true;
+            }
+            platform::unreserve(hint, kReservationBytes);
+        }
+    }
+    const std::uintptr_t address = platform::reserveAnywhere(kReservationBytes, kSegmentBytes);
+    if (!isAcceptable(address))
+        return false;
+    pStartAddress = address;
+    return true;
+}
+
+} // namespace tq::detail

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tq::detail {
+
+inline constexpr std::size_t kPageBytes = 4096;
+inline constexpr unsigned kSegmentShift = 20;
+inline constexpr std::size_t kSegmentBytes = std::size_t{1} << kSegmentShift;
+inline constexpr std::size_t kPagesPerSegment = kSegmentBytes / kPageBytes;
+/// Identifiers of segments; identifier 0 names none.
+inline constexpr std::size_t kSegmentCount = 8192;
+inline constexpr std::size_t kReservationBytes = kSegmentCount * kSegmentBytes;
+
+/// Where the heap's address space lies. Segment k begins at pStartAddress + k * kSegmentBytes.
+struct TqHeapConfigurator {
+    /// The highest usable segment identifier.
+    static constexpr std::int16_t kMaxPageId = kSegmentCount - 1;
+    /// Identifier whose state comes first in the segment state table.
+    static constexpr std::int16_t mOffSetId = 0;
+    /// Start of the reservation. Without one it is so high that no address of a process lies in the range behind it.
+    static constinit std::uintptr_t pStartAddress;
+
+    /// The address that try number `counter` asks for. Only every fourth counter gives one that can succeed: 64 GiB
+    /// for 1, negative addresses for 2 and 3, 0 for 4, and 64 GiB again for 5.
+    static constexpr std::uintptr_t hintAddress(std::uint32_t counter) noexcept {
+        const auto shifted = static_cast<std::int32_t>(counter << 30);
+        return static_cast<std::uintptr_t>(std::int64_t{shifted} * 64);
+    }
+
+    /// Reserves kReservationBytes without access rights and sets pStartAddress: at one of the hints, else, once they
+    /// begin to repeat, at an address of the system's choosing. Returns false when neither can be had.
+    static bool reserveMemory() noexcept;
+
+    /// Distance of an address from the start of the reservation; kReservationBytes or more for one outside.
+    static std::uintptr_t offsetOf(const void* address) noexcept {
+        return reinterpret_cast<std::uintptr_t>(address) - pStartAddress;
+    }
+    static std::byte* segmentAddress(std::size_t identifier) noexcept {
+        return reinterpret_cast<std::byte*>(pStartAddress + (identifier << kSegmentShift));
+    }
+    /// Identifier of the segment that an address of the reservation lies in.
+    static std::size_t segmentOf(const void* address) noexcept { return offsetOf(address) >> kSegmentShift; }
+};
+
+} // namespace tq::detail

@@ -1,0 +1,42 @@
+#include "memory/PagePools.h"
+
+#include <utility>
+
+namespace tq::detail {
+
+void PagePools::create() {
+    for (std::size_t number = 1; number < m_pools.size(); ++number)
+        m_pools[number] = new PagePool(number, number * kPageBytes, kSegmentBytes);
+}
+
+void PagePools::destroy() noexcept {
+    for (PagePool*& pool : m_pools)
+        delete std::exchange(pool, nullptr);
+}
+
+std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments) noexcept {
+    if (pool.partial == nullptr) {
+        std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
+        if (base == nullptr)
+            return nullptr;
+        if (!SegmentTable::commit(base, kSegmentBytes)) {
+            segments.release(base);
+            return nullptr;
+        }
+        const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
+        m_records[identifier].setIdentifier(identifier);
+        startRun(pool, m_records[identifier], base);
+    }
+    return takeUnit(pool);
+}
+
+void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
+    UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
+    PagePool* const pool = m_pools[record.poolNumber];
+    if (pool == nullptr || !giveUnit(*pool, record, segmentStart(unit), unit))
+        return;
+    record = UnitSegment{};
+    segments.release(segmentStart(unit));
+}
+
+} // namespace tq::detail

@@ -1,0 +1,62 @@
+#include "memory/SegmentTable.h"
+
+#include "platform/VirtualMemory.h"
+
+#include <algorithm>
+
+namespace tq::detail {
+
+namespace {
+
+constexpr int kCommitAttempts = 6;
+
+} // namespace
+
+void SegmentTable::create() noexcept {
+    m_states.fill(kSegmentFree);
+    stateOf(0) = 0;
+    m_searchHint = (TqHeapConfigurator::kMaxPageId + 1) / 2;
+}
+
+// The highest identifier from `from` down whose state is exactly `wanted`; 0 when there is none.
+std::size_t SegmentTable::findDown(std::int16_t from, std::uint8_t wanted) const noexcept {
+    auto identifier = static_cast<std::size_t>(from);
+    while (identifier > 0 && state(identifier) != wanted)
+        --identifier;
+    return identifier;
+}
+
+std::byte* SegmentTable::preallocNewPage(std::uint8_t kind) noexcept {
+    constexpr std::int16_t kMaxPageId = TqHeapConfigurator::kMaxPageId;
+    std::size_t identifier = findDown(m_searchHint, kSegmentFree);
+    if (identifier == 0)
+        identifier = findDown(kMaxPageId, kSegmentFree);
+    if (identifier != 0) {
+        m_searchHint = static_cast<std::int16_t>(identifier - 1);
+    } else {
+        identifier = findDown(kMaxPageId, kSegmentLastResort);
+        if (identifier == 0)
+            return nullptr;
+        m_searchHint = 0;
+    }
+    stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) | kSegmentInUse | kind);
+    return TqHeapConfigurator::segmentAddress(identifier);
+}
+
+void SegmentTable::release(std::byte* segment) noexcept {
+    const std::size_t identifier = TqHeapConfigurator::segmentOf(segment);
+    stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) & ~(kSegmentInUse | kSegmentOfUnits));
+    m_searchHint = std::max(m_searchHint, static_cast<std::int16_t>(identifier));
+    m_pending.drop(segment);
+    platform::giveBack(segment, kSegmentBytes);
+    platform::makeInaccessible(segment, kSegmentBytes);
+}
+
+bool SegmentTable::commit(std::byte* address, std::size_t size) noexcept {
+    for (int attempt = 0; attempt < kCommitAttempts; ++attempt)
+        if (platform::makeAccessible(address, size))
+            return true;
+    return false;
+}
+
+} // namespace tq::detail

@@ -1,0 +1,139 @@
+#include "memory/TqHeap.h"
+
+#include "platform/StaticInit.h"
+#include "platform/SystemHeap.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace tq::detail {
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() {
+    if (m_phase != Phase::eUnbuilt)
+        return;
+    // Set first: creating the pools may call back into the heap where the program's operator new is built on it. Such a
+    // call is served by the pools that exist by then, or by the C library.
+    m_phase = Phase::eBuilt;
+    DbgDumper::init();
+    for (DeferredLocker& deferred : m_lockers)
+        new (&deferred.locker) TqLocker;
+    if (!HeapConfigurator::reserveMemory())
+        return;
+    m_segments.create();
+    m_blockPools.create(PoolConfigurator::s_unitSizeOfPools);
+    m_pagePools.create();
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown() noexcept {
+    m_phase = Phase::eTornDown;
+    m_blockPools.destroy();
+    m_pagePools.destroy();
+    for (DeferredLocker& deferred : m_lockers)
+        delete std::exchange(deferred.locker.m_pLock, nullptr);
+    DbgDumper::uninit();
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocOutsideSmallPools(std::size_t size) {
+    build();
+    const std::size_t wanted = std::max<std::size_t>(size, 1);
+    BlockPool* const pool = m_blockPools.pool(PoolConfigurator::poolOfSize(wanted));
+    return pool != nullptr ? allocFromPool(*pool) : std::malloc(wanted);
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::reallocHeap(void* block, std::size_t size) {
+    const std::uintptr_t offset = HeapConfigurator::offsetOf(block);
+    if (offset >= kReservationBytes)
+        return std::realloc(block, size);
+    const unsigned kind = m_segments.state(offset >> kSegmentShift);
+    if ((kind & kSegmentInUse) == 0)
+        return nullptr;
+    const std::size_t wanted = std::max<std::size_t>(size, 1);
+    const std::size_t held = unitSizeOf(block, kind);
+    void* const moved = allocHeap(wanted);
+    if (moved == nullptr)
+        return nullptr;
+    std::memcpy(moved, block, std::min(wanted, held));
+    freeHeap(block);
+    return moved;
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeForeign(void* block) noexcept {
+    std::free(block);
+}
+
+// A page unit, a stray, or any block while frees are suspended.
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUncommon(void* block,
+                                                                                     unsigned kind) noexcept {
+    assert(kind != 0 && "freed an address whose segment is not in use");
+    if ((kind & kSegmentOfUnits) != 0 && !m_freesSuspended)
+        m_pagePools.freeFromPagePool(static_cast<std::byte*>(block), m_segments);
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHeapPage(std::size_t pages,
+                                                                                       std::size_t size) {
+    build();
+    PagePool* const pool = pages <= kPagePoolCount ? m_pagePools.pool(pages) : nullptr;
+    if (pool == nullptr)
+        return std::malloc(size);
+    if (hasUnitsToSpare(pool->partial))
+        return takeSpareUnit(*pool, *pool->partial);
+    return m_pagePools.reallocFromPagePool(*pool, m_segments);
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeHeapPage(void* unit) noexcept {
+    const std::uintptr_t offset = HeapConfigurator::offsetOf(unit);
+    if (offset >= kReservationBytes)
+        return freeForeign(unit);
+    freeUncommon(unit, m_segments.state(offset >> kSegmentShift) & (kSegmentInUse | kSegmentOfUnits));
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+std::size_t TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::sizeOf(void* block) const noexcept {
+    const std::uintptr_t offset = HeapConfigurator::offsetOf(block);
+    if (offset >= kReservationBytes)
+        return platform::usableSize(block);
+    const unsigned kind = m_segments.state(offset >> kSegmentShift);
+    return (kind & kSegmentInUse) != 0 ? unitSizeOf(block, kind) : 0;
+}
+
+// The unit of a block or page unit in a segment in use. Answered without the pool objects, so also after tearDown().
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+std::size_t
+TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::unitSizeOf(const void* block,
+                                                                              unsigned kind) const noexcept {
+    if ((kind & kSegmentOfUnits) != 0)
+        return m_pagePools.record(HeapConfigurator::segmentOf(block)).poolNumber * kPageBytes;
+    return static_cast<std::size_t>(PoolConfigurator::s_unitSizeOfPools[pageOf(block)->poolNumber]);
+}
+
+template class TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;
+
+constinit GlobalHeap g_tqGlobalHeap;
+
+namespace {
+
+// In the file that defines the heap, so that whoever links the heap also runs this.
+struct HeapLife {
+    HeapLife() { g_tqGlobalHeap.build(); }
+    HeapLife(const HeapLife&) = delete;
+    HeapLife& operator=(const HeapLife&) = delete;
+    ~HeapLife() { g_tqGlobalHeap.tearDown(); }
+};
+
+TQ_INIT_FIRST HeapLife g_heapLife;
+
+} // namespace
+
+} // namespace tq::detail

@@ -1,0 +1,47 @@
+#include "platform/VirtualMemory.h"
+
+#include <sys/mman.h>
+
+#if defined(__has_feature)
+#define TQ_HAS_FEATURE(feature) __has_feature(feature)
+#else
+#define TQ_HAS_FEATURE(feature) 0
+#endif
+
+namespace tq::platform {
+
+bool choosesOwnLayout() noexcept {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || TQ_HAS_FEATURE(address_sanitizer) ||              \
+    TQ_HAS_FEATURE(thread_sanitizer) || TQ_HAS_FEATURE(memory_sanitizer)
+    return true;
+#else
+    return false;
+#endif
+}
+
+void unreserve(std::uintptr_t address, std::size_t size) noexcept {
+    ::munmap(reinterpret_cast<void*>(address), size);
+}
+
+bool makeAccessible(void* address, std::size_t size) noexcept {
+    return ::mprotect(address, size, PROT_READ | PROT_WRITE) == 0;
+}
+
+void makeInaccessible(void* address, std::size_t size) noexcept {
+    ::mprotect(address, size, PROT_NONE);
+}
+
+std::uintptr_t reserveAnywhere(std::size_t size, std::size_t alignment) noexcept {
+    const std::size_t extended = size + alignment;
+    void* const mapping = ::mmap(nullptr, extended, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapping == MAP_FAILED)
+        return 0;
+    const auto start = reinterpret_cast<std::uintptr_t>(mapping);
+    const std::uintptr_t aligned = (start + alignment - 1) & ~(alignment - 1);
+    if (aligned != start)
+        unreserve(start, aligned - start);
+    unreserve(aligned + size, start + extended - (aligned + size));
+    return aligned;
+}
+
+} // namespace tq::platform

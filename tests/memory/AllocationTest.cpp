@@ -1,0 +1,225 @@
+#include "HeapFixture.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace heap_test;
+
+using Allocation = HeapTest;
+
+constexpr std::size_t kTwoGiB = 0x80000000U;
+
+TEST_F(Allocation, EverySizeIsServedByItsPoolOrByTheCLibrary) {
+    struct Range {
+        std::size_t first, last, step, unit; // unit 0: the next multiple of step
+    };
+    constexpr std::size_t kForeign = 1;
+    const Range ranges[] = {{1, 208, 8, 0},
+                            {209, 256, 16, 0},
+                            {257, 499, 0, kForeign},
+                            {500, 512, 0, 512},
+                            {513, 999, 0, kForeign},
+                            {1000, 1024, 0, 1024},
+                            {1025, 1999, 0, kForeign},
+                            {2000, 2048, 0, 2048},
+                            {2049, 3999, 0, kForeign},
+                            {4000, 4096, 0, 4096},
+                            {4097, 5000, 0, kForeign}};
+    for (const Range& range : ranges) {
+        for (std::size_t size = range.first; size <= range.last; ++size) {
+            void* const block = tqMalloc(size);
+            ASSERT_NE(block, nullptr);
+            std::memset(block, 0xA5, size);
+            if (range.unit == kForeign) {
+                EXPECT_FALSE(isPooled(block)) << size;
+                EXPECT_GE(tqMsize(block), size);
+            } else {
+                const std::size_t unit =
+                    range.unit != 0 ? range.unit : (size + range.step - 1) / range.step * range.step;
+                EXPECT_TRUE(isPooled(block)) << size;
+                EXPECT_EQ(tqMsize(block), unit) << size;
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % (unit % 16 == 0 ? 16 : 8), 0U);
+            }
+            EXPECT_EQ(tqAllocSizeOf(block), tqMsize(block));
+            EXPECT_EQ(tqMsizeDbg(block), tqMsize(block));
+            EXPECT_EQ(tqAllocSizeOfDbg(block), tqMsize(block));
+            tqFree(block);
+        }
+    }
+}
+
+TEST_F(Allocation, ZeroNullAndTheLimit) {
+    for (void* (*allocate)(std::size_t) : {tqMalloc, tqAllocate}) {
+        void* const smallest = allocate(0);
+        EXPECT_EQ(tqMsize(smallest), 8U);
+        tqFree(smallest);
+    }
+    EXPECT_EQ(tqMalloc(kTwoGiB + 1), nullptr);
+    EXPECT_EQ(tqMalloc(SIZE_MAX), nullptr);
+    for (void* block : {tqMalloc(kTwoGiB), tqAllocate(kTwoGiB + 1)}) { // untouched, so it costs address space only
+        EXPECT_NE(block, nullptr);
+        EXPECT_FALSE(isPooled(block));
+        tqDeallocate(block);
+    }
+    for (void (*release)(void*) : {tqFree, tqDeallocate, tqFreeDbg, tqDeallocateDbg, tqFreePage, tqFreePageHeap})
+        release(nullptr);
+    EXPECT_EQ(tqMsize(nullptr), 0U);
+    EXPECT_EQ(tqMsizeDbg(nullptr), 0U);
+}
+
+TEST_F(Allocation, ReallocationMovesPoolBlocksAndCopiesTheSmallerSize) {
+    for (void* (*reallocate)(void*, std::size_t) : {tqRealloc, tqReallocate}) {
+        auto* block = static_cast<char*>(tqMalloc(100));
+        std::strcpy(block, "0123456789012345678901234567890123456789");
+        for (const std::size_t size : {104, 40, 300, 5000, 16, 4096, 17}) {
+            const bool wasPooled = isPooled(block);
+            const std::string kept(block, std::min<std::size_t>({size, 16, tqMsize(block)}));
+            auto* const moved = static_cast<char*>(reallocate(block, size));
+            ASSERT_NE(moved, nullptr);
+            if (wasPooled) {
+                EXPECT_NE(moved, block) << "a pool's block moves even when it has room";
+            }
+            EXPECT_EQ(std::string(moved, kept.size()), kept);
+            EXPECT_GE(tqMsize(moved), size);
+            block = moved;
+        }
+        tqFree(block);
+
+        // Only the new size is copied: the rest of the new block keeps what a freed one left there.
+        auto* const marked = static_cast<char*>(tqMalloc(64));
+        auto* const source = static_cast<char*>(tqMalloc(64));
+        std::memset(marked, 'm', 64);
+        std::memset(source, 's', 64);
+        tqFree(marked);
+        auto* const shorter = static_cast<char*>(reallocate(source, 60));
+        ASSERT_EQ(shorter, marked);
+        EXPECT_EQ(std::string(shorter + 56, 8), "ssssmmmm");
+        tqFree(shorter);
+    }
+    auto* const kept = static_cast<char*>(tqMalloc(20));
+    kept[0] = 'k';
+    EXPECT_EQ(tqRealloc(kept, 0), kept);
+    EXPECT_EQ(tqRealloc(kept, SIZE_MAX / 2), nullptr);
+    EXPECT_EQ(kept[0], 'k');
+    auto* const fresh = static_cast<char*>(tqReallocate(kept, 0));
+    EXPECT_EQ(tqMsize(fresh), 8U);
+    EXPECT_EQ(fresh[0], 'k');
+    tqFree(fresh);
+    void* const fromNull = tqRealloc(nullptr, 24);
+    EXPECT_FALSE(isPooled(fromNull));
+    tqFree(fromNull);
+}
+
+TEST_F(Allocation, ForeignBlocksMayBeGivenToEveryFunction) {
+    for (void (*release)(void*) : {tqFree, tqDeallocate, tqFreeDbg, tqDeallocateDbg, tqFreePage, tqFreePageHeap}) {
+        auto* block = static_cast<char*>(std::malloc(10));
+        std::strcpy(block, "foreign");
+        block = static_cast<char*>(tqRealloc(block, 100));
+        EXPECT_STREQ(block, "foreign");
+        EXPECT_FALSE(isPooled(block));
+        EXPECT_GE(tqMsize(block), 100U);
+        release(block); // a leak here is for the tools to see
+    }
+}
+
+TEST_F(Allocation, DebugFormsAllocateNothing) {
+    void* const block = tqMalloc(10);
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4097}}) {
+        EXPECT_EQ(tqMallocDbg(size), nullptr);
+        EXPECT_EQ(tqAllocateDbg(size), nullptr);
+        EXPECT_EQ(tqReallocDbg(block, size), nullptr);
+        EXPECT_EQ(tqReallocateDbg(block, size), nullptr);
+    }
+    EXPECT_EQ(tqMsize(block), 16U) << "still allocated";
+    tqFreeDbg(block);
+    EXPECT_EQ(tqMalloc(10), block) << "was freed";
+    tqDeallocateDbg(block);
+}
+
+TEST_F(Allocation, WideTextsAreCopied) {
+    for (const std::size_t length : {0, 1, 62, 63, 64, 5000}) {
+        const std::wstring text(length, L'\U0001F4D0');
+        wchar_t* const copy = tqStrdup(text.c_str());
+        EXPECT_EQ(copy, text);
+        EXPECT_GE(tqMsize(copy), (length + 1) * sizeof(wchar_t));
+        tqStrdupFree(copy);
+    }
+    EXPECT_EQ(tqStrdup(nullptr), nullptr);
+    tqStrdupFree(nullptr);
+}
+
+TEST_F(Allocation, PageUnitsOfEverySize) {
+    for (std::size_t pages = 1; pages <= 256; ++pages) {
+        const std::size_t unit = pages * kPageBytes;
+        // One unit more than a segment holds, so that the first segment becomes full.
+        std::vector<char*> units(kSegmentBytes / unit + 1);
+        for (char*& p : units) {
+            p = static_cast<char*>(pages == 256 && &p == &units[0] ? tqAllocPage() : tqAllocPageHeap(unit));
+            ASSERT_NE(p, nullptr);
+            EXPECT_TRUE(isPooled(p));
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % kPageBytes, 0U);
+            EXPECT_LE(reinterpret_cast<std::uintptr_t>(p) % kSegmentBytes + unit, kSegmentBytes);
+            EXPECT_EQ(tqMsize(p), unit);
+            p[0] = static_cast<char>(pages);
+            p[unit - 1] = static_cast<char>(&p - units.data());
+        }
+        if (pages == 256) {
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(units[0]) % kSegmentBytes, 0U);
+        }
+        for (char*& p : units) {
+            ASSERT_EQ(p[0], static_cast<char>(pages));
+            ASSERT_EQ(p[unit - 1], static_cast<char>(&p - units.data()));
+        }
+        EXPECT_EQ(tq::detail::checkHeap(g_tqGlobalHeap), "") << pages;
+        // Forwards, backwards and from both ends: every way a run takes its units back.
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            const std::size_t k = pages % 3 == 0 ? i : units.size() - 1 - i;
+            void (*const release[])(void*) = {tqFree, tqFreePage, tqFreePageHeap, tqDeallocate};
+            release[k % std::size(release)](units[k]);
+        }
+        for (char* p : units)
+            EXPECT_EQ(tqMsize(p), 0U) << "its segment was released";
+    }
+}
+
+TEST_F(Allocation, PageFunctionsLeaveOtherSizesToTheCLibrary) {
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{5000}, kSegmentBytes + kPageBytes,
+                                   2 * kSegmentBytes, 300 * kPageBytes}) {
+        auto* const block = static_cast<char*>(tqAllocPageHeap(size));
+        ASSERT_NE(block, nullptr);
+        EXPECT_FALSE(isPooled(block)) << size;
+        block[size == 0 ? 0 : size - 1] = 1;
+        tqFreePageHeap(block);
+    }
+    auto* const unit = static_cast<char*>(tqAllocPageHeap(8192));
+    EXPECT_EQ(tqMsize(unit), 8192U);
+    unit[8191] = 'e';
+    auto* const moved = static_cast<char*>(tqRealloc(unit, 10000));
+    EXPECT_FALSE(isPooled(moved));
+    EXPECT_EQ(moved[8191], 'e');
+    EXPECT_EQ(tqMsize(unit), 0U) << "the unit was freed";
+    tqFree(moved);
+    void* const block = tqMalloc(16);
+    tqFreePage(block);
+    EXPECT_NE(tqMalloc(16), block) << "a pool's block is not freed by the page functions";
+}
+
+TEST_F(Allocation, AnAddressOfAnUnusedSegmentIsNobodysBlock) {
+    void* const unit = tqAllocPage();
+    tqFreePage(unit);
+    EXPECT_EQ(tqReallocate(unit, 8), nullptr);
+    EXPECT_EQ(tqMsize(unit), 0U);
+    EXPECT_DEBUG_DEATH(tqFree(unit), "segment is not in use");
+    EXPECT_DEBUG_DEATH(tqFreePage(unit), "segment is not in use");
+    EXPECT_EQ(tqAllocPage(), unit);
+    tqFree(unit);
+}
+
+} // namespace

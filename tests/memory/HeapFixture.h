@@ -1,0 +1,31 @@
+#pragma once
+
+#include "memory/HeapCheck.h"
+
+#include <TqOsBase/memory/Allocation.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+
+namespace heap_test {
+
+using tq::detail::g_tqGlobalHeap;
+using tq::detail::kPageBytes;
+using tq::detail::kSegmentBytes;
+
+inline bool isPooled(const void* block) {
+    return tq::detail::TqHeapConfigurator::offsetOf(block) < tq::detail::kReservationBytes;
+}
+
+inline const void* pageStart(const void* block) {
+    return reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(block) & ~(kPageBytes - 1));
+}
+
+/// Every test leaves the heap in order.
+class HeapTest : public ::testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(tq::detail::checkHeap(g_tqGlobalHeap), ""); }
+};
+
+} // namespace heap_test

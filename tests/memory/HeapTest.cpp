@@ -1,0 +1,208 @@
+#include "HeapFixture.h"
+#include "platform/VirtualMemory.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <sys/resource.h>
+#include <vector>
+
+namespace {
+
+using namespace heap_test;
+using tq::detail::checkHeap;
+using tq::detail::kUsablePages;
+
+using Heap = HeapTest;
+
+std::vector<char*> allocate(std::size_t count, std::size_t size) {
+    std::vector<char*> blocks(count);
+    for (char*& block : blocks)
+        block = static_cast<char*>(tqMalloc(size));
+    return blocks;
+}
+
+template <class Blocks>
+void freeAll(const Blocks& blocks) {
+    for (char* block : blocks)
+        tqFree(block);
+}
+
+// Memory in use, in pages, and mappings of this process, as the system sees them.
+std::size_t residentPages() {
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident;
+}
+
+std::ptrdiff_t mappings() {
+    std::ifstream maps("/proc/self/maps");
+    return std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
+}
+
+TEST_F(Heap, APageServesItsBlocksInOrderAndTakesThemBackInEveryMode) {
+    const std::size_t u = kPageBytes / 176;
+    std::vector<char*> b = allocate(u, 176);
+    for (std::size_t i = 0; i < u; ++i)
+        ASSERT_EQ(b[i], static_cast<const char*>(pageStart(b[0])) + 176 * i);
+    const auto again = [] { return static_cast<char*>(tqMalloc(170)); };
+
+    // The page is full. Its last block alone puts it back into bump mode, any other starts a chain.
+    tqFree(b[u - 1]);
+    tqFree(b[u - 2]);
+    EXPECT_EQ(again(), b[u - 2]) << "the bump position moved back";
+    EXPECT_EQ(again(), b[u - 1]);
+    tqFree(b[3]);
+    tqFree(b[u - 1]);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    EXPECT_EQ(again(), b[u - 1]) << "last in, first out";
+    EXPECT_EQ(again(), b[3]);
+
+    // Out of order in bump mode: the freed block first, then the rest of the page in address order.
+    tqFree(b[u - 1]);
+    tqFree(b[u - 2]);
+    tqFree(b[u - 3]);
+    tqFree(b[1]);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    for (char* expected : {b[1], b[u - 3], b[u - 2], b[u - 1]})
+        EXPECT_EQ(again(), expected);
+    freeAll(b);
+}
+
+TEST_F(Heap, AnEmptyPageGoesBackAndServesAnyPoolNext) {
+    char* const block = static_cast<char*>(tqMalloc(8));
+    const void* const page = pageStart(block);
+    ASSERT_EQ(block, page) << "the pool was empty";
+    tqFree(block);
+    for (const std::size_t size : {4096, 256, 40}) {
+        char* const other = static_cast<char*>(tqMalloc(size));
+        EXPECT_EQ(other, page);
+        tqFree(other);
+    }
+}
+
+TEST_F(Heap, SegmentsComeFromTheMiddleDownAndGoBackButForOne) {
+    // Starts from whatever one segment earlier tests left behind.
+    const std::vector<char*> first = allocate(1, 4096);
+    const std::size_t id = tq::detail::TqHeapConfigurator::segmentOf(first[0]);
+    const std::vector<char*> blocks = allocate(4 * kUsablePages, 4096);
+    std::vector<std::size_t> ids;
+    for (const char* block : blocks)
+        ids.push_back(tq::detail::TqHeapConfigurator::segmentOf(block));
+    EXPECT_TRUE(std::is_sorted(ids.rbegin(), ids.rend()));
+    EXPECT_EQ(ids.front() - ids.back(), 4U);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    freeAll(blocks);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    for (std::size_t k = id - 1; k > id - 4; --k)
+        EXPECT_EQ(g_tqGlobalHeap.segments().state(k), tq::detail::kSegmentFree) << "released";
+    void* const unit = tqAllocPage();
+    EXPECT_LT(tq::detail::TqHeapConfigurator::segmentOf(unit), id) << "taken again from the top";
+    EXPECT_GT(tq::detail::TqHeapConfigurator::segmentOf(unit), id - 5);
+    tqFree(unit);
+    freeAll(first);
+}
+
+TEST_F(Heap, ServesItsWholeRangeTwice) {
+    std::vector<char*> blocks;
+    blocks.reserve(tq::detail::kSegmentCount * kUsablePages);
+    for (int round = 0; round < 2; ++round) {
+        while (void* const block = tqMalloc(4096))
+            blocks.push_back(static_cast<char*>(block));
+        EXPECT_EQ(blocks.size(), (tq::detail::kSegmentCount - 1) * kUsablePages);
+        const auto [lowest, highest] = std::minmax_element(blocks.begin(), blocks.end());
+        EXPECT_EQ(tq::detail::TqHeapConfigurator::segmentOf(*lowest), 1U);
+        EXPECT_EQ(tq::detail::TqHeapConfigurator::segmentOf(*highest), tq::detail::kSegmentCount - 1);
+        (*highest)[kPageBytes - 1] = 'x';
+        EXPECT_EQ(tqAllocPage(), nullptr);
+        EXPECT_EQ(tqMalloc(8), nullptr);
+        void* const foreign = tqMalloc(300);
+        EXPECT_NE(foreign, nullptr) << "other sizes are still served";
+        tqFree(foreign);
+        freeAll(blocks);
+        blocks.clear();
+    }
+}
+
+TEST_F(Heap, MemoryGoesBackToTheSystemInFewMappings) {
+    constexpr std::size_t kCount = 16000; // 63 segments
+    const std::ptrdiff_t mappingsBefore = mappings();
+    std::vector<char*> blocks = allocate(kCount, 4096);
+    for (char* block : blocks)
+        *block = 1;
+    const std::size_t peak = residentPages();
+    // Every other page: none of those that go back adjoins another.
+    std::vector<char*> kept;
+    for (std::size_t i = 0; i < kCount; ++i) {
+        if (i % 2 == 0)
+            tqFree(blocks[i]);
+        else
+            kept.push_back(blocks[i]);
+    }
+    EXPECT_LT(mappings() - mappingsBefore, 4 * 63);
+    const std::size_t half = residentPages();
+    EXPECT_LT(half + kCount * 2 / 5, peak) << "half of the pages, less the reserve of 16 a segment";
+    for (const char* block : kept)
+        ASSERT_EQ(*block, 1);
+
+    // What was given back is used again, beside what was kept.
+    std::vector<char*> again = allocate(kCount / 2, 4096);
+    for (char* block : again)
+        std::memset(block, 2, kPageBytes);
+    for (const char* block : kept)
+        ASSERT_EQ(*block, 1);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    std::shuffle(kept.begin(), kept.end(), std::mt19937(7));
+    freeAll(kept);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    for (const char* block : again)
+        ASSERT_EQ(block[kPageBytes - 1], 2);
+    freeAll(again);
+    EXPECT_LT(residentPages() + kCount * 9 / 10, peak);
+    EXPECT_LT(mappings() - mappingsBefore, 4 * 63);
+}
+
+// The limit counts private writable memory, so that making pages accessible fails beyond it.
+TEST_F(Heap, ARefusedCommitGivesNullAndIsMendedLater) {
+    if (tq::platform::choosesOwnLayout())
+        GTEST_SKIP() << "the tool's own memory would run into the limit";
+    constexpr std::size_t kMost = 20 * kUsablePages;
+    std::vector<char*> blocks;
+    blocks.reserve(2 * kMost);
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_DATA, &old), 0);
+    rlimit tight = old;
+    tight.rlim_cur = kPageBytes; // 0 would mean no limit up to the hard one
+    ASSERT_EQ(::setrlimit(RLIMIT_DATA, &tight), 0);
+    while (blocks.size() < kMost) {
+        void* const block = tqMalloc(4096);
+        if (block == nullptr)
+            break;
+        blocks.push_back(static_cast<char*>(block));
+    }
+    void* const unit = tqAllocPage();
+    void* const pages = tqAllocPageHeap(8192);
+    void* const second = tqMalloc(4096);
+    ::setrlimit(RLIMIT_DATA, &old);
+    if (blocks.size() == kMost) {
+        freeAll(blocks);
+        GTEST_SKIP() << "the limit has no effect here (a tool's simulated system)";
+    }
+    EXPECT_EQ(unit, nullptr);
+    EXPECT_EQ(pages, nullptr);
+    EXPECT_EQ(second, nullptr);
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
+    for (std::size_t i = 0; i < kMost; ++i) {
+        blocks.push_back(static_cast<char*>(tqMalloc(4096)));
+        ASSERT_NE(blocks.back(), nullptr);
+        *blocks.back() = 1;
+    }
+    freeAll(blocks);
+}
+
+} // namespace

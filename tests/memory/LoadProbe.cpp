@@ -1,0 +1,118 @@
+// Loads the shared library, whose path it is given, under conditions that a test program cannot set up for itself.
+// Usage: memory_load_probe <library> plain|taken|limit. Ends with 0 when the library behaves.
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <dlfcn.h>
+#include <fstream>
+#include <string>
+#include <sys/mman.h>
+#include <sys/resource.h>
+
+namespace {
+
+const auto kFirstHint = std::uintptr_t{64} << 30;
+constexpr std::size_t kReservation = std::size_t{8} << 30;
+
+struct Library {
+    void* (*allocate)(std::size_t);
+    void* (*allocatePage)();
+    void (*release)(void*);
+    std::size_t (*sizeOf)(void*);
+};
+
+[[noreturn]] void fail(const char* what) {
+    std::fprintf(stderr, "failed: %s\n", what);
+    std::_Exit(1);
+}
+
+void require(bool holds, const char* what) {
+    if (!holds)
+        fail(what);
+}
+
+std::size_t residentPages() {
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident;
+}
+
+Library load(const char* path) {
+    const std::size_t before = residentPages();
+    const auto start = std::chrono::steady_clock::now();
+    void* const handle = ::dlopen(path, RTLD_NOW);
+    const std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - start;
+    if (handle == nullptr)
+        fail(::dlerror());
+    std::printf("loaded in %.0f us, %zu pages\n", taken.count(), residentPages() - before);
+    Library library{};
+    const auto find = [handle](const char* name, auto& function) {
+        void* const symbol = ::dlsym(handle, name);
+        require(symbol != nullptr, name);
+        std::memcpy(&function, &symbol, sizeof symbol);
+    };
+    find("tqMalloc", library.allocate);
+    find("tqAllocPage", library.allocatePage);
+    find("tqFree", library.release);
+    find("tqMsize", library.sizeOf);
+    return library;
+}
+
+void useEverySize(const Library& library, bool pooled) {
+    for (std::size_t size = 1; size <= 4200; ++size) {
+        void* const block = library.allocate(size);
+        require(block != nullptr, "a block of every size");
+        std::memset(block, 1, size);
+        library.release(block);
+    }
+    void* const block = library.allocate(8);
+    require((library.sizeOf(block) == 8) == pooled, "served by the pools, or not");
+    library.release(block);
+    void* const page = library.allocatePage();
+    require(page != nullptr, "a page unit");
+    require(!pooled || reinterpret_cast<std::uintptr_t>(page) % 0x100000 == 0, "alignment of a segment");
+    std::memset(page, 1, 0x100000);
+    library.release(page);
+}
+
+// What someone else has mapped in the middle of the first choice stays there, and the heap goes elsewhere.
+void withTheHintTaken(const char* path) {
+    void* const wanted = reinterpret_cast<void*>(kFirstHint + 12345 * std::uintptr_t{4096});
+    auto* const mine =
+        static_cast<char*>(::mmap(wanted, 8192, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    require(mine == wanted, "a mapping in the way");
+    std::memset(mine, 'm', 8192);
+    const Library library = load(path);
+    useEverySize(library, true);
+    const auto address = reinterpret_cast<std::uintptr_t>(library.allocate(8));
+    require(address - kFirstHint >= kReservation, "a reservation elsewhere");
+    for (std::size_t i = 0; i < 8192; ++i)
+        require(mine[i] == 'm', "the mapping untouched");
+}
+
+void withAnAddressSpaceLimit(const char* path) {
+    rlimit limit{};
+    ::getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = std::size_t{1} << 30;
+    require(::setrlimit(RLIMIT_AS, &limit) == 0, "a limit");
+    useEverySize(load(path), false);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    require(argc == 3, "two arguments");
+    const std::string mode = argv[2];
+    if (mode == "plain")
+        useEverySize(load(argv[1]), true);
+    else if (mode == "taken")
+        withTheHintTaken(argv[1]);
+    else if (mode == "limit")
+        withAnAddressSpaceLimit(argv[1]);
+    else
+        fail("unknown mode");
+}
