@@ -13,7 +13,7 @@
 #include <vector>
 
 #if defined(TQ_BENCH_MIMALLOC)
-#include <mimalloc.h>
+#include <dlfcn.h>
 #endif
 
 namespace {
@@ -31,10 +31,19 @@ struct Malloc {
 };
 
 #if defined(TQ_BENCH_MIMALLOC)
+// Loaded at run time: linked, it would take the place of the C library's malloc. A call through a pointer costs what a
+// call into a shared library does.
 struct Mimalloc {
     static constexpr const char* kName = "mimalloc";
-    static void* allocate(std::size_t size) { return mi_malloc(size); }
-    static void release(void* block) { mi_free(block); }
+    template <class Function>
+    static Function* find(const char* name) {
+        static void* const library = ::dlopen(TQ_BENCH_MIMALLOC, RTLD_NOW | RTLD_LOCAL);
+        return library == nullptr ? nullptr : reinterpret_cast<Function*>(::dlsym(library, name));
+    }
+    static inline void* (*const s_allocate)(std::size_t) = find<void*(std::size_t)>("mi_malloc");
+    static inline void (*const s_release)(void*) = find<void(void*)>("mi_free");
+    static void* allocate(std::size_t size) { return s_allocate(size); }
+    static void release(void* block) { s_release(block); }
 };
 #endif
 
@@ -141,7 +150,7 @@ bool registerAll() {
         const std::string name = "heap/one block of " + std::to_string(size);
         (add<Heaps>(name, oneBlock<Heaps>, size), ...);
     }
-    for (const std::size_t size : {16, 64, 256}) {
+    for (const std::size_t size : {16, 48, 64}) {
         const std::string name = "heap/burst of 128 of " + std::to_string(size);
         (add<Heaps>(name, burst<Heaps>, size), ...);
     }

@@ -62,6 +62,7 @@ void BlockPools::destroy() noexcept {
 }
 
 std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept {
+    retireFullRun(pool);
     if (pool.partial == nullptr) {
         Segment* const segment = segmentToServe(segments);
         if (segment == nullptr)
@@ -75,7 +76,7 @@ std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) 
         }
         startRun(pool, page, pageAddress(page));
     }
-    return takeUnit(pool);
+    return takeUnit(pool, *pool.partial);
 }
 
 // The head of list A, which is filled when it is empty; null when no page can be had.

@@ -30,7 +30,7 @@ public:
 
     /// Gives a block back to its page and, when the page is wholly free, the page to its segment.
     void freeFromPool(std::byte* block, Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
-        if (giveUnit(pool, page, pageAddress(page), block))
+        if (giveUnit(pool, page, block))
             freeBlock(page, segments);
     }
 

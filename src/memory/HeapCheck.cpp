@@ -96,7 +96,7 @@ private:
                 require(run->previous == previous, "back link of a run", segment, page);
                 require(m_runs.insert(base).second, "run listed twice", segment, page);
                 require(run->poolNumber == number, "pool number of a run", segment, page);
-                require((run->freeCount == 0) == isFull, "run in the wrong list", segment, page);
+                require((run->freeCount == 0) == isFull || run == pool.partial, "run in the wrong list", segment, page);
                 checkUnits(pool, *run, base, segment, page);
             }
         }
@@ -106,9 +106,6 @@ private:
     static void checkUnits(const UnitPool<Run>& pool, const Run& run, const std::byte* base, std::size_t segment,
                            std::size_t page) {
         require(run.freeCount < pool.unitsPerRun, "free count of a run", segment, page);
-        require((run.nextUnit == nullptr) == (run.freeCount == 0), "next unit of a full run", segment, page);
-        if (run.freeCount == 0)
-            return;
         if ((run.flags & kFreeListMode) == 0) {
             require(run.nextUnit == base + (pool.unitsPerRun - run.freeCount) * pool.unitSize, "bump position", segment,
                     page);

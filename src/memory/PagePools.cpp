@@ -15,6 +15,7 @@ void PagePools::destroy() noexcept {
 }
 
 std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments) noexcept {
+    retireFullRun(pool);
     if (pool.partial == nullptr) {
         std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
         if (base == nullptr)
@@ -27,13 +28,13 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
         m_records[identifier].setIdentifier(identifier);
         startRun(pool, m_records[identifier], base);
     }
-    return takeUnit(pool);
+    return takeUnit(pool, *pool.partial);
 }
 
 void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
     UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
     PagePool* const pool = m_pools[record.poolNumber];
-    if (pool == nullptr || !giveUnit(*pool, record, segmentStart(unit), unit))
+    if (pool == nullptr || !giveUnit(*pool, record, unit))
         return;
     record = UnitSegment{};
     segments.release(segmentStart(unit));

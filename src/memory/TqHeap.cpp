@@ -86,8 +86,8 @@ void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHe
     PagePool* const pool = pages <= kPagePoolCount ? m_pagePools.pool(pages) : nullptr;
     if (pool == nullptr)
         return std::malloc(size);
-    if (hasUnitsToSpare(pool->partial))
-        return takeSpareUnit(*pool, *pool->partial);
+    if (hasUnit(pool->partial))
+        return takeUnit(*pool, *pool->partial);
     return m_pagePools.reallocFromPagePool(*pool, m_segments);
 }
 

@@ -98,8 +98,8 @@ private:
     enum class Phase : std::uint8_t { eUnbuilt, eBuilt, eTornDown };
 
     void* allocFromPool(BlockPool& pool) noexcept {
-        if (hasUnitsToSpare(pool.partial)) [[likely]]
-            return takeSpareUnit(pool, *pool.partial);
+        if (hasUnit(pool.partial)) [[likely]]
+            return takeUnit(pool, *pool.partial);
         return m_blockPools.reallocFromPool(pool, m_segments);
     }
     void* allocOutsideSmallPools(std::size_t size);

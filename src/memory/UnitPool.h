@@ -39,7 +39,7 @@ struct UnitPool {
     std::uint64_t unitSize;
     std::uint32_t number;
     std::uint32_t unitsPerRun;
-    Run* partial = nullptr; ///< Runs with a free unit, the one that is served from first.
+    Run* partial = nullptr; ///< Runs with a free unit, but that the first, which is served from, may be full.
     Run* full = nullptr;
 };
 
@@ -56,67 +56,66 @@ void startRun(UnitPool<Run>& pool, Run& run, std::byte* base) noexcept {
     run.freeCount = static_cast<decltype(run.freeCount)>(pool.unitsPerRun);
 }
 
-/// True when a unit can be taken without the run becoming full.
+/// True when the run has a unit to take.
 template <class Run>
-bool hasUnitsToSpare(const Run* run) noexcept {
-    return run != nullptr && run->freeCount >= 2;
+bool hasUnit(const Run* run) noexcept {
+    return run != nullptr && run->freeCount != 0;
 }
 
-/// Takes a unit from a run that has units to spare.
+/// Takes a unit from a run that has one. A run that becomes full stays where it is: the next request that finds it so
+/// moves it, which saves both moves where a unit of it comes back before.
 template <class Run>
-std::byte* takeSpareUnit(const UnitPool<Run>& pool, Run& run) noexcept {
+std::byte* takeUnit(const UnitPool<Run>& pool, Run& run) noexcept {
     std::byte* const unit = run.nextUnit;
     --run.freeCount;
     run.nextUnit = (run.flags & kFreeListMode) != 0 ? readLink(unit) : unit + pool.unitSize;
     return unit;
 }
 
-/// Takes a unit from the pool's current run, which it has.
+/// Moves the pool's current run to the full list if it is full.
 template <class Run>
-std::byte* takeUnit(UnitPool<Run>& pool) noexcept {
-    Run& run = *pool.partial;
-    if (run.freeCount >= 2)
-        return takeSpareUnit(pool, run);
-    std::byte* const unit = run.nextUnit;
-    unlink(pool.partial, run);
-    pushFront(pool.full, run);
-    run.freeCount = 0;
-    run.nextUnit = nullptr;
-    return unit;
+void retireFullRun(UnitPool<Run>& pool) noexcept {
+    Run* const run = pool.partial;
+    if (run == nullptr || run->freeCount != 0)
+        return;
+    unlink(pool.partial, *run);
+    pushFront(pool.full, *run);
 }
 
-/// Chains the free units of a run in bump mode, from its bump position to its last unit.
+/// Chains the free units of a run in bump mode, from its bump position to its last unit, and returns the first.
 template <class Run>
-void chainRest(const UnitPool<Run>& pool, const Run& run, std::byte* lastUnit) noexcept {
+std::byte* chainRest(const UnitPool<Run>& pool, const Run& run) noexcept {
     std::byte* unit = run.nextUnit;
-    for (; unit < lastUnit; unit += pool.unitSize)
-        writeLink(unit, unit + pool.unitSize);
-    writeLink(unit, nullptr);
+    for (std::uint32_t left = run.freeCount; left > 0; --left) {
+        std::byte* const next = left > 1 ? unit + pool.unitSize : nullptr;
+        writeLink(unit, next);
+        unit = next;
+    }
+    return run.freeCount != 0 ? run.nextUnit : nullptr;
 }
 
-/// Gives a unit back to the run at `base` that it was taken from. Returns true when that leaves the run wholly free: it
-/// is then out of the pool's lists. Units freed in the reverse order of their allocation keep the run in bump mode.
+/// Gives a unit back to the run that it was taken from. Returns true when that leaves the run wholly free: it is then
+/// out of the pool's lists. Units freed in the reverse order of their allocation keep the run in bump mode.
 template <class Run>
-bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* base, std::byte* unit) noexcept {
-    const bool wasFull = run.freeCount == 0;
-    if (++run.freeCount == pool.unitsPerRun) {
-        unlink(wasFull ? pool.full : pool.partial, run);
+bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
+    const bool isListedFull = run.freeCount == 0 && pool.partial != &run;
+    if (run.freeCount + 1U == pool.unitsPerRun) {
+        unlink(isListedFull ? pool.full : pool.partial, run);
         return true;
     }
-    if (!wasFull && (run.flags & kFreeListMode) != 0) {
-        writeLink(unit, run.nextUnit);
-    } else if (std::byte* const lastUnit = base + (pool.unitsPerRun - 1) * pool.unitSize; wasFull) {
+    if (isListedFull) {
+        retireFullRun(pool);
         unlink(pool.full, run);
         pushFront(pool.partial, run);
-        run.flags = unit == lastUnit ? 0 : kFreeListMode;
-        if (run.flags == kFreeListMode)
-            writeLink(unit, nullptr);
-    } else if (unit + pool.unitSize != run.nextUnit) {
-        chainRest(pool, run, lastUnit);
+    }
+    if ((run.flags & kFreeListMode) != 0) {
         writeLink(unit, run.nextUnit);
+    } else if (unit + pool.unitSize != run.nextUnit) {
+        writeLink(unit, chainRest(pool, run));
         run.flags = kFreeListMode;
     }
     run.nextUnit = unit;
+    ++run.freeCount;
     return false;
 }
 

@@ -69,8 +69,8 @@ void useEverySize(const Library& library, bool pooled) {
         std::memset(block, 1, size);
         library.release(block);
     }
-    void* const block = library.allocate(8);
-    require((library.sizeOf(block) == 8) == pooled, "served by the pools, or not");
+    void* const block = library.allocate(9); // 16 bytes from a pool, from no one else
+    require((library.sizeOf(block) == 16) == pooled, "served by the pools, or not");
     library.release(block);
     void* const page = library.allocatePage();
     require(page != nullptr, "a page unit");
