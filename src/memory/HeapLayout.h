@@ -7,7 +7,7 @@
 #include <cstring>
 
 // The structures that describe pages and segments, and what always holds for them between two calls of the heap.
-// Everything stated here is verified by HeapCheck.
+// All of it, but for the access rights that only the system knows, is verified by HeapCheck.
 //
 // A run is what a pool cuts its units from: a page (block pools) or a whole segment (page pools). With u units per run
 // and base = address of the run, for every run that a pool owns:

@@ -14,11 +14,11 @@ namespace tq::detail {
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() {
-    if (m_phase != Phase::eUnbuilt)
+    if (m_isBuilt)
         return;
     // Set first: creating the pools may call back into the heap where the program's operator new is built on it. Such a
     // call is served by the pools that exist by then, or by the C library.
-    m_phase = Phase::eBuilt;
+    m_isBuilt = true;
     DbgDumper::init();
     for (DeferredLocker& deferred : m_lockers)
         new (&deferred.locker) TqLocker;
@@ -31,7 +31,6 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() 
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown() noexcept {
-    m_phase = Phase::eTornDown;
     m_blockPools.destroy();
     m_pagePools.destroy();
     for (DeferredLocker& deferred : m_lockers)

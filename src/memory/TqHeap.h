@@ -95,8 +95,6 @@ public:
 private:
     static_assert(kPoolCount == kBlockPoolCount);
 
-    enum class Phase : std::uint8_t { eUnbuilt, eBuilt, eTornDown };
-
     void* allocFromPool(BlockPool& pool) noexcept {
         if (hasUnit(pool.partial)) [[likely]]
             return takeUnit(pool, *pool.partial);
@@ -112,7 +110,7 @@ private:
     PagePools m_pagePools;
     SegmentTable m_segments;
     bool m_freesSuspended = false; ///< Frees of the heap's own blocks are ignored while set. Nothing here sets it.
-    Phase m_phase = Phase::eUnbuilt;
+    bool m_isBuilt = false;        ///< Stays set after tearDown(), so that the heap is never built again.
 };
 
 using GlobalHeap = TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;

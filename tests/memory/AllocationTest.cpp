@@ -87,7 +87,7 @@ TEST_F(Allocation, ReallocationMovesPoolBlocksAndCopiesTheSmallerSize) {
     for (void* (*reallocate)(void*, std::size_t) : {tqRealloc, tqReallocate}) {
         auto* block = static_cast<char*>(tqMalloc(100));
         std::strcpy(block, "0123456789012345678901234567890123456789");
-        for (const std::size_t size : {104, 40, 300, 5000, 16, 4096, 17}) {
+        for (const std::size_t size : Sizes{104, 40, 300, 5000, 16, 4096, 17}) {
             const bool wasPooled = isPooled(block);
             const std::string kept(block, std::min<std::size_t>({size, 16, tqMsize(block)}));
             auto* const moved = static_cast<char*>(reallocate(block, size));
@@ -153,7 +153,7 @@ TEST_F(Allocation, DebugFormsAllocateNothing) {
 }
 
 TEST_F(Allocation, WideTextsAreCopied) {
-    for (const std::size_t length : {0, 1, 62, 63, 64, 5000}) {
+    for (const std::size_t length : Sizes{0, 1, 62, 63, 64, 5000}) {
         const std::wstring text(length, L'\U0001F4D0');
         wchar_t* const copy = tqStrdup(text.c_str());
         EXPECT_EQ(copy, text);

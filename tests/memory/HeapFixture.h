@@ -7,12 +7,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <initializer_list>
 
 namespace heap_test {
 
 using tq::detail::g_tqGlobalHeap;
 using tq::detail::kPageBytes;
 using tq::detail::kSegmentBytes;
+
+using Sizes = std::initializer_list<std::size_t>;
 
 inline bool isPooled(const void* block) {
     return tq::detail::TqHeapConfigurator::offsetOf(block) < tq::detail::kReservationBytes;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <initializer_list>
 
 namespace {
 
@@ -17,7 +18,7 @@ std::size_t unitOf(std::size_t size) {
         return (size + 7) / 8 * 8;
     if (size <= 256)
         return (size + 15) / 16 * 16;
-    for (const std::size_t unit : {512, 1024, 2048, 4096})
+    for (const std::size_t unit : std::initializer_list<std::size_t>{512, 1024, 2048, 4096})
         if (size <= unit && size >= unit / 512 * 500)
             return unit;
     return 0;
@@ -41,7 +42,7 @@ TEST(SizeClasses, PoolsAreNumberedAsCallersOfTheTablesExpect) {
          {Row{1, 33}, {8, 33},  {9, 32},  {24, 31}, {185, 10}, {192, 10}, {193, 9},  {200, 9},  {201, 8},  {208, 8},
           {209, 7},   {224, 7}, {225, 6}, {241, 5}, {256, 5},  {500, 1},  {1000, 2}, {2000, 3}, {4000, 4}, {4096, 4}})
         EXPECT_EQ(Sizes::poolOfSize(row.size), row.pool) << row.size;
-    for (std::size_t index : {0, 257, 264, 271})
+    for (const std::size_t index : std::initializer_list<std::size_t>{0, 257, 264, 271})
         EXPECT_EQ(Sizes::s_poolIndexOfSize[index], 0) << index;
     EXPECT_EQ(Sizes::s_unitSizeOfPools[34], 0);
 }
