@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 #include <random>
 #include <string>
 #include <utility>
@@ -144,13 +145,15 @@ void addSteps(const std::string& name, const std::vector<Step>& steps) {
                                  [steps](benchmark::State& state) { replace<Heap>(state, steps); });
 }
 
+using Sizes = std::initializer_list<std::size_t>;
+
 template <class... Heaps>
 bool registerAll() {
-    for (const std::size_t size : {16, 64, 256, 1024, 4096}) {
+    for (const std::size_t size : Sizes{16, 64, 256, 1024, 4096}) {
         const std::string name = "heap/one block of " + std::to_string(size);
         (add<Heaps>(name, oneBlock<Heaps>, size), ...);
     }
-    for (const std::size_t size : {16, 48, 64}) {
+    for (const std::size_t size : Sizes{16, 48, 64}) {
         const std::string name = "heap/burst of 128 of " + std::to_string(size);
         (add<Heaps>(name, burst<Heaps>, size), ...);
     }
