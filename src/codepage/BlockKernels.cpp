@@ -1,0 +1,151 @@
+#include "codepage/CharacterSteps.h"
+#include "codepage/TextBlocks.h"
+#include "codepage/TextKernels.h"
+
+#include <cstddef>
+
+namespace tq::detail {
+
+namespace {
+
+template <class Char>
+std::size_t charactersLeft(const Char* src, const Char* end) {
+    return src < end ? static_cast<std::size_t>(end - src) : 0;
+}
+
+// The whole block is widened before its backslashes are looked at: one that begins no escape to decode is then already
+// in place, and the others only move the point from which the next block is written.
+template <class Block>
+wchar_t* narrowToWideBlocks(const char* src, const char* end, wchar_t* out) noexcept {
+    while (charactersLeft(src, end) >= Block::kSize) {
+        const typename Block::Narrow block(src);
+        block.widenTo(out);
+        std::size_t taken = Block::kSize;
+        const char* next = src + Block::kSize;
+        wchar_t* nextOut = out + Block::kSize;
+        for (auto mask = block.backslashes(); mask != 0; mask = Block::withoutFirst(mask)) {
+            taken = Block::firstOf(mask);
+            const char* escape = src + taken;
+            wchar_t* escapeOut = out + taken;
+            stepNarrowToWide(escape, escapeOut);
+            if (escape != src + taken + 1) {
+                next = escape;
+                nextOut = escapeOut;
+                break;
+            }
+        }
+        src = next;
+        out = nextOut;
+    }
+    return plain::narrowToWide(src, end, out);
+}
+
+// Every character becomes at least one byte, so a block's worth of room is left wherever a whole block is.
+template <class Block>
+char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    while (charactersLeft(src, end) >= Block::kSize) {
+        const typename Block::Wide block(src);
+        block.narrowTo(out);
+        const auto mask = block.aboveAscii();
+        const std::size_t taken = mask == 0 ? Block::kSize : Block::firstOf(mask);
+        src += taken;
+        out += taken;
+        while (src<end&& * src> kHighestAscii)
+            stepWideToNarrow(src, out);
+    }
+    return plain::wideToNarrow(src, end, out);
+}
+
+template <class Block>
+wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexcept {
+    while (charactersLeft(src, end) >= Block::kSize) {
+        const typename Block::Narrow block(src);
+        block.widenTo(out);
+        const auto mask = block.aboveAscii();
+        const std::size_t taken = mask == 0 ? Block::kSize : Block::firstOf(mask);
+        src += taken;
+        out += taken;
+        while (src<end&& static_cast<unsigned char>(*src)> kHighestAscii)
+            stepUtf8ToWide(src, out);
+    }
+    return plain::utf8ToWide(src, end, out);
+}
+
+// Characters that are dropped need no room, so only a block that is ASCII throughout may be written whole.
+template <class Block>
+char* wideToUtf8Blocks(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    while (charactersLeft(src, end) >= Block::kSize) {
+        const typename Block::Wide block(src);
+        if (block.aboveAscii() == 0) {
+            block.narrowTo(out);
+            out += Block::kSize;
+        } else {
+            out = plain::wideToUtf8(src, src + Block::kSize, out);
+        }
+        src += Block::kSize;
+    }
+    return plain::wideToUtf8(src, end, out);
+}
+
+} // namespace
+
+namespace word {
+
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
+    return narrowToWideBlocks<WordBlock>(src, end, out);
+}
+
+char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    return wideToNarrowBlocks<WordBlock>(src, end, out);
+}
+
+wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept {
+    return utf8ToWideBlocks<WordBlock>(src, end, out);
+}
+
+char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    return wideToUtf8Blocks<WordBlock>(src, end, out);
+}
+
+} // namespace word
+
+namespace wide {
+
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
+    return narrowToWideBlocks<VectorBlock>(src, end, out);
+}
+
+char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    return wideToNarrowBlocks<VectorBlock>(src, end, out);
+}
+
+wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept {
+    return utf8ToWideBlocks<VectorBlock>(src, end, out);
+}
+
+char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
+    return wideToUtf8Blocks<VectorBlock>(src, end, out);
+}
+
+} // namespace wide
+
+// Loops that compilers vectorise as they stand.
+
+std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
+    std::size_t escaped = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        escaped += src[i] > kHighestAscii ? 1 : 0;
+    return count + escaped * (kUnicodeEscapeLength - 1);
+}
+
+std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
+    std::size_t size = count;
+    for (std::size_t i = 0; i < count; ++i) {
+        const wchar_t c = src[i];
+        const int more = (c > kHighestAscii ? 1 : 0) + (c > 0x7FF ? 1 : 0) - (c > 0xFFFF ? 3 : 0);
+        size += static_cast<std::size_t>(more);
+    }
+    return size;
+}
+
+} // namespace tq::detail

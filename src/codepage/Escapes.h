@@ -1,0 +1,86 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+// The escapes of narrow text. All tests take the characters in ascending order and stop at the first that does not fit,
+// so they never pass the terminator of the text. Char is char, unsigned char or wchar_t.
+
+namespace tq::detail {
+
+inline constexpr std::size_t kUnicodeEscapeLength = 7; ///< \U+XXXX
+inline constexpr std::size_t kMifEscapeLength = 8;     ///< \M+nXXXX
+inline constexpr int kNoEscape = -1;
+
+inline constexpr int kHighestAscii = 127;
+
+inline constexpr auto kHexValues = [] {
+    std::array<std::int8_t, 128> table{};
+    for (int c = 0; c < 128; ++c) {
+        int value = -1;
+        if (c >= '0' && c <= '9')
+            value = c - '0';
+        else if (c >= 'A' && c <= 'F')
+            value = c - 'A' + 10;
+        else if (c >= 'a' && c <= 'f')
+            value = c - 'a' + 10;
+        table[static_cast<std::size_t>(c)] = static_cast<std::int8_t>(value);
+    }
+    return table;
+}();
+
+/// The number that the four hexadecimal digits at `p` give, or kNoEscape.
+template <class Char>
+constexpr int hexQuad(const Char* p) {
+    int value = 0;
+    for (int i = 0; i < 4; ++i) {
+        const auto c = static_cast<std::uint32_t>(p[i]);
+        const int digit = c < kHexValues.size() ? kHexValues[c] : -1;
+        if (digit < 0)
+            return kNoEscape;
+        value = value * 16 + digit;
+    }
+    return value;
+}
+
+/// The character that the Unicode escape at `p` names, or kNoEscape.
+template <class Char>
+constexpr int unicodeEscapeValue(const Char* p) {
+    if (p[0] != '\\' || (p[1] != 'U' && p[1] != 'u') || p[2] != '+')
+        return kNoEscape;
+    return hexQuad(p + 3);
+}
+
+/// The double-byte code of the MIF escape at `p`, or kNoEscape. Its code page digit is p[3].
+template <class Char>
+constexpr int mifEscapeValue(const Char* p) {
+    if (p[0] != '\\' || (p[1] != 'M' && p[1] != 'm') || p[2] != '+' || p[3] < '0' || p[3] > '5')
+        return kNoEscape;
+    return hexQuad(p + 4);
+}
+
+/// True when a MIF escape of this value stands for an ASCII character; the others cannot be mapped without tables.
+constexpr bool isAsciiMifValue(int value) {
+    return value >= 1 && value <= kHighestAscii;
+}
+
+/// Where a conversion of [src, end) stops reading: behind the escape that begins before `end` and runs beyond it, if
+/// there is one, otherwise at `end`. An escape holds no second backslash, so only the last one can begin it.
+template <class Char>
+const Char* endBehindLastEscape(const Char* src, const Char* end) {
+    for (const Char* p = end; p != src && static_cast<std::size_t>(end - p) < kMifEscapeLength - 1;) {
+        --p;
+        if (*p != '\\')
+            continue;
+        std::size_t length = 0;
+        if (unicodeEscapeValue(p) != kNoEscape)
+            length = kUnicodeEscapeLength;
+        else if (mifEscapeValue(p) != kNoEscape)
+            length = kMifEscapeLength;
+        return length > static_cast<std::size_t>(end - p) ? p + length : end;
+    }
+    return end;
+}
+
+} // namespace tq::detail

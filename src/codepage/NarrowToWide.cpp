@@ -1,0 +1,46 @@
+#include "codepage/Escapes.h"
+#include "codepage/TextKernels.h"
+#include "codepage/VectorOutput.h"
+#include "platform/Utf8.h"
+
+#include <TqOsBase/codepage/TqCharMapper.h>
+
+#include <cstddef>
+#include <cstring>
+
+using namespace tq::detail;
+
+namespace {
+
+// The only character of a 0-terminated UTF-8 text, or a question mark.
+wchar_t onlyUtf8Character(const char* src) {
+    char32_t character = 0;
+    if (src == nullptr || *src == '\0')
+        return L'?';
+    const std::size_t length = tq::platform::decodeUtf8(src, character);
+    return length != 0 && src[length] == '\0' ? static_cast<wchar_t>(character) : L'?';
+}
+
+} // namespace
+
+void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length, TqVector<wchar_t>& out) {
+    const bool hasText = length > 0 && src != nullptr;
+    const char* end = src;
+    if (hasText)
+        end = endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
+    const SourceKeeper<wchar_t> keeper(out, src);
+    const auto earlier = static_cast<std::size_t>(out.logicalLength());
+    wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
+    wchar_t* textEnd = elements + earlier;
+    if (hasText)
+        textEnd = wide::narrowToWide(src, end, textEnd);
+    terminate(out, elements, textEnd);
+}
+
+void TqCharMapper::multiByteToWideChar(code_page_id id, unsigned int, const char* src, int length,
+                                       TqVector<wchar_t>& out) {
+    if (id == kCodePageUtf8)
+        out.append(onlyUtf8Character(src));
+    else
+        multiByteToWideChar(id, src, length, out);
+}

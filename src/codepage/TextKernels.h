@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+
+// The inner loops of the text conversions, each in three forms that give the same characters: `plain` walks character
+// by character and is what the others must agree with, `word` takes stretches of ASCII in steps of 64-bit words, and
+// `wide` in steps of 16 with the processor's vector registers, where it has them that this knows (else it is `word`).
+//
+// All convert [src, end), which holds no 0 and, for the escaped form, ends behind every escape that it begins (see
+// endBehindLastEscape); they return the end of what they wrote and write no terminator. The caller's room:
+//   narrowToWide, utf8ToWide   one element per source byte, and one more
+//   wideToNarrow, wideToUtf8   the size of the same name, and one more
+// Up to that room they may write scratch behind their result.
+
+namespace tq::detail {
+
+namespace plain {
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+} // namespace plain
+
+namespace word {
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+} // namespace word
+
+namespace wide {
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
+char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+} // namespace wide
+
+/// The bytes that wideToNarrow writes for `count` characters.
+std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept;
+/// The bytes that wideToUtf8 writes for `count` characters.
+std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept;
+
+} // namespace tq::detail

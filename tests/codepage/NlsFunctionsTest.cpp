@@ -1,0 +1,143 @@
+#include <TqOsBase/codepage/NlsFunctions.h>
+#include <TqOsBase/codepage/TqCharOp.h>
+
+#include <clocale>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <gtest/gtest.h>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+static_assert(std::is_unsigned_v<LCID> && sizeof(LCID) == 4);
+
+namespace {
+
+class LocaleScope {
+public:
+    explicit LocaleScope(const char* name) : m_saved(std::setlocale(LC_ALL, nullptr)) {
+        m_isSet = std::setlocale(LC_ALL, name) != nullptr;
+    }
+    ~LocaleScope() { std::setlocale(LC_ALL, m_saved.c_str()); }
+    bool isSet() const { return m_isSet; }
+
+private:
+    std::string m_saved;
+    bool m_isSet;
+};
+
+TEST(NlsFunctions, AnswerAsASystemWithoutWindowsLocales) {
+    EXPECT_EQ(GetACP(), 0U);
+    EXPECT_EQ(GetThreadLocale(), 0U);
+    EXPECT_TRUE(SetThreadLocale(0x0409));
+    EXPECT_EQ(GetThreadLocale(), 0U);
+    EXPECT_EQ(GetSystemDefaultLCID(), 0U);
+    EXPECT_EQ(GetUserDefaultLCID(), 0U);
+    for (const unsigned codePage : {0U, 932U, 1252U, 65001U}) {
+        EXPECT_FALSE(IsValidCodePage(codePage));
+        EXPECT_FALSE(IsDBCSLeadByteEx(codePage, 0x81));
+    }
+    EXPECT_FALSE(IsDBCSLeadByte(0x81));
+    EXPECT_EQ(isleadbyte(0x81), 0);
+
+    wchar_t untouched[] = L"xyz";
+    EXPECT_EQ(GetLocaleInfo(0x0409, 1, untouched, 3), 0);
+    EXPECT_EQ(LCMapStringW(0x0409, 0x100, L"abc", 3, untouched, 3), 0);
+    EXPECT_STREQ(untouched, L"xyz");
+
+    for (const int count : {3, 0, -1}) {
+        unsigned short types[] = {7, 8, 9};
+        EXPECT_TRUE(GetStringTypeExW(0, 1, L"abc", count, types));
+        EXPECT_EQ(types[0], 0);
+        EXPECT_EQ(types[1], 8);
+        EXPECT_EQ(types[2], 9);
+    }
+    EXPECT_TRUE(GetStringTypeExW(0, 1, L"abc", 3, nullptr));
+}
+
+TEST(NlsConversions, AreTheCLibrarysInItsLocaleBoundedByTheSourceCount) {
+    const LocaleScope locale("C.UTF-8");
+    ASSERT_TRUE(locale.isSet());
+    for (const auto convert : {MultiByteToWideChar, TqCharOp::tqMultiByteToWideChar}) {
+        wchar_t wide[8];
+        std::wmemset(wide, L'#', 8);
+        EXPECT_EQ(convert(1252, 9, "a\xC3\xA9\xE4\xB8\xAD", 7, wide, 0), 3);
+        EXPECT_STREQ(wide, L"a\u00E9\u4E2D");
+        std::wmemset(wide, L'#', 8);
+        EXPECT_EQ(convert(0, 0, "abcd", 2, wide, 8), 2) << "the count bounds what is written";
+        EXPECT_EQ(std::wstring(wide, 4), L"ab##") << "no terminator when it does not fit";
+        EXPECT_EQ(convert(0, 0, "a\xC3\xA9", -1, wide, 0), 2) << "a negative count takes the whole text";
+        EXPECT_EQ(std::wstring(wide, 4), std::wstring(L"a\u00E9\0#", 4));
+        EXPECT_EQ(convert(0, 0, "\xC3\xA9z", 0, nullptr, 0), 2) << "without a destination it counts";
+        EXPECT_EQ(convert(0, 0, "a\xFFz", 3, wide, 8), -1);
+        EXPECT_EQ(convert(0, 0, nullptr, 3, wide, 8), -1);
+    }
+    char narrow[16];
+    bool usedDefault = true;
+    std::memset(narrow, '#', sizeof narrow);
+    EXPECT_EQ(WideCharToMultiByte(0, 0, L"\u00E9\u4E2D", 6, narrow, 0, "?", &usedDefault), 5);
+    EXPECT_STREQ(narrow, "\xC3\xA9\xE4\xB8\xAD");
+    EXPECT_TRUE(usedDefault) << "never written";
+    EXPECT_EQ(WideCharToMultiByte(0, 0, L"\u4E2D\u4E2D\u4E2D", -1, narrow, 0, nullptr, nullptr), 9);
+    EXPECT_EQ(narrow[9], '\0');
+    EXPECT_EQ(WideCharToMultiByte(0, 0, L"\u00E9z", 1, nullptr, 0, nullptr, nullptr), 3);
+    EXPECT_EQ(WideCharToMultiByte(0, 0, nullptr, 3, narrow, 8, nullptr, nullptr), -1);
+    const LocaleScope plain("C");
+    EXPECT_EQ(WideCharToMultiByte(0, 0, L"a\u4E2D", 8, narrow, 8, nullptr, nullptr), -1);
+}
+
+TEST(NlsConversions, CifFormIsBoundedByTheDestinationAndFillsItWithZeros) {
+    struct Row {
+        const char* locale;
+        const wchar_t* text;
+        int room;
+        int result;
+        std::string bytes; // What the room holds afterwards.
+    };
+    using namespace std::string_literals;
+    const Row rows[] = {
+        {"C", L"AB", 10, 3, "AB\0\0\0\0\0\0\0\0"s},
+        {"C", L"ABC", 2, 3, "AB"s},
+        {"C", L"AB", 0, 1, ""s},
+        {"C", L"", 3, 1, "\0\0\0"s},
+        {"C", L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},
+        {"C", nullptr, 3, 0, "\0\0\0"s},
+        {"C", L"AB", -1, 0, ""s},
+        {"C.UTF-8", L"\u00E9A", 5, 4,
+         "\xC3\xA9"
+         "A\0\0"s},
+        {"C.UTF-8", L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s},
+    };
+    for (const Row& row : rows) {
+        const LocaleScope locale(row.locale);
+        ASSERT_TRUE(locale.isSet());
+        std::string room(16, '#');
+        EXPECT_EQ(TqCharOp::WideCharToMultiByteCIF(1252, 1, row.text, 77, room.data(), row.room, 5), row.result);
+        EXPECT_EQ(room, row.bytes + std::string(16 - row.bytes.size(), '#'));
+    }
+}
+
+TEST(GetStringType, KnowsTheFlagsOfTypicalCharacters) {
+    const wchar_t text[] = L"A1 g_\t\x7F";
+    const std::vector<unsigned short> expected = {0x0181, 0x0084, 0x0048, 0x0102, 0x0010, 0x0068, 0x0020};
+    std::vector<unsigned short> types(expected.size() + 1, 0xFFFF);
+    EXPECT_TRUE(TqCharOp::GetStringType(1, text, -1, types.data()));
+    EXPECT_EQ(types.back(), 0xFFFF);
+    types.pop_back();
+    EXPECT_EQ(types, expected);
+
+    unsigned short type = 0x5555;
+    EXPECT_TRUE(TqCharOp::GetStringType(0xFFFF, L"\0", 1, &type)) << "a count may reach over a terminator";
+    EXPECT_EQ(type, kC1Cntrl);
+    type = 0x5555;
+    EXPECT_FALSE(TqCharOp::GetStringType(2, L"A", 1, &type));
+    EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", 0, &type));
+    EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", -2, &type));
+    EXPECT_FALSE(TqCharOp::GetStringType(1, L"", -1, &type));
+    EXPECT_FALSE(TqCharOp::GetStringType(1, nullptr, 1, &type));
+    EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", 1, nullptr));
+    EXPECT_EQ(type, 0x5555);
+}
+
+} // namespace

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <vector>
+
+/// The languages, charsets and characters of the code page tables stated the other way round, and slow answers from
+/// them.
+namespace reference {
+
+struct CharSetLanguages {
+    int charSet;
+    std::vector<unsigned> lcids;
+};
+
+/// Languages by charset.
+inline const std::vector<CharSetLanguages>& charSetLanguages() {
+    static const std::vector<CharSetLanguages> languages = {
+        {0, {0x0403, 0x0406, 0x0407, 0x0409, 0x040A, 0x040B, 0x040C, 0x040F, 0x0410, 0x0413, 0x0414, 0x0416,
+             0x041D, 0x0421, 0x042D, 0x0432, 0x0434, 0x0435, 0x0436, 0x0438, 0x043B, 0x043E, 0x0441, 0x0452,
+             0x0456, 0x046B, 0x046C, 0x0807, 0x0809, 0x080A, 0x080C, 0x0810, 0x0813, 0x0814, 0x0816, 0x081D,
+             0x083B, 0x083E, 0x086B, 0x0C07, 0x0C09, 0x0C0A, 0x0C0C, 0x0C3B, 0x0C6B, 0x1007, 0x1009, 0x100A,
+             0x100C, 0x103B, 0x1407, 0x1409, 0x140A, 0x140C, 0x143B, 0x1809, 0x180A, 0x180C, 0x183B, 0x1C09,
+             0x1C0A, 0x1C3B, 0x2009, 0x200A, 0x203B, 0x2409, 0x240A, 0x243B, 0x2809, 0x280A, 0x2C09, 0x2C0A,
+             0x3009, 0x300A, 0x3409, 0x340A, 0x380A, 0x3C0A, 0x400A, 0x440A, 0x480A, 0x4C0A, 0x500A}},
+        {1, {0x042B, 0x0437, 0x043A, 0x045A, 0x0465, 0x0481}},
+        {128, {0x0411}},
+        {129, {0x0412}},
+        {134, {0x0804, 0x0C04, 0x1004}},
+        {136, {0x0404, 0x1404}},
+        {161, {0x0408}},
+        {162, {0x041F}},
+        {163, {0x042A}},
+        {177, {0x040D}},
+        {178,
+         {0x0401, 0x0420, 0x0429, 0x0801, 0x0C01, 0x1001, 0x1401, 0x1801, 0x1C01, 0x2001, 0x2401, 0x2801, 0x2C01,
+          0x3001, 0x3401, 0x3801, 0x3C01, 0x4001}},
+        {186, {0x0425, 0x0426, 0x0427}},
+        {204, {0x0402, 0x0419, 0x0422, 0x0423, 0x042F, 0x043F, 0x0440, 0x0444, 0x0450, 0x082C, 0x0843, 0x0C1A, 0x1C1A}},
+        {222, {0x041E}},
+        {238,
+         {0x0405, 0x040E, 0x0415, 0x0418, 0x041A, 0x041B, 0x041C, 0x0424, 0x042C, 0x0443, 0x081A, 0x101A, 0x141A,
+          0x181A}},
+        {256, {0x0445}},
+        {257, {0x0446}},
+        {258, {0x0447}},
+        {259, {0x0449}},
+        {260, {0x044A}},
+        {261, {0x044B}},
+        {262, {0x044C}},
+        {263, {0x0439, 0x044E, 0x044F, 0x0457}},
+    };
+    return languages;
+}
+
+/// Charset of a language, if it has one.
+inline std::optional<int> charSetOf(unsigned lcid) {
+    static const std::map<unsigned, int> charSets = [] {
+        std::map<unsigned, int> result;
+        for (const CharSetLanguages& row : charSetLanguages()) {
+            for (const unsigned language : row.lcids)
+                result[language] = row.charSet;
+        }
+        return result;
+    }();
+    const auto found = charSets.find(lcid);
+    return found == charSets.end() ? std::nullopt : std::optional(found->second);
+}
+
+struct Block {
+    int first;
+    int last;
+    int unicodeClass;
+};
+
+/// The blocks of characters that belong to a script; every other code unit is of class 0.
+inline const std::vector<Block>& scriptBlocks() {
+    static const std::vector<Block> blocks = {
+        {0x0040, 0x005A, 31}, {0x0060, 0x007A, 31}, {0x00A0, 0x00FF, 32}, {0x0100, 0x017F, 26}, {0x0180, 0x024F, 25},
+        {0x02B0, 0x02FF, 28}, {0x0370, 0x03FF, 14}, {0x0400, 0x052F, 10}, {0x0590, 0x05FF, 1},  {0x0600, 0x06FF, 2},
+        {0x0900, 0x097F, 24}, {0x0980, 0x09FF, 17}, {0x0A00, 0x0A7F, 18}, {0x0A80, 0x0AFF, 19}, {0x0B80, 0x0BFF, 20},
+        {0x0C00, 0x0C7F, 21}, {0x0C80, 0x0CFF, 22}, {0x0D00, 0x0D7F, 23}, {0x0E00, 0x0E7F, 4},  {0x2000, 0x206F, 32},
+        {0x2070, 0x209F, 6},  {0x20A0, 0x20CF, 3},  {0x2100, 0x214F, 30}, {0x2150, 0x21FF, 13}, {0x2200, 0x22FF, 15},
+        {0x2300, 0x23FF, 11}, {0x2460, 0x24FF, 9},  {0x2500, 0x257F, 29}, {0x2580, 0x259F, 27}, {0x25A0, 0x25FF, 29},
+        {0x2600, 0x26FF, 13}, {0x27C0, 0x27EF, 15}, {0x27F0, 0x27FF, 13}, {0x2900, 0x297F, 13}, {0x2980, 0x2AFF, 15},
+        {0x2E80, 0x2FDF, 13}, {0x2FF0, 0x303F, 13}, {0x3040, 0x30FF, 9},  {0x3100, 0x312F, 8},  {0x3130, 0x318F, 5},
+        {0x3190, 0x319F, 13}, {0x31A0, 0x31BF, 8},  {0x31F0, 0x31FF, 9},  {0x3200, 0x32FF, 13}, {0x3300, 0x33FF, 12},
+        {0x3400, 0x4DBF, 13}, {0x4E00, 0x9FFF, 13}, {0xAC00, 0xD7A3, 5},  {0xE000, 0xF8FF, 16}, {0xF900, 0xFAFF, 12},
+        {0xFE30, 0xFE6F, 7},  {0xFE70, 0xFEFE, 2},  {0xFF00, 0xFFEF, 13},
+    };
+    return blocks;
+}
+
+/// The charsets of each class as a mask of bits, bit 0 for ANSI; written down apart from the library's own lists.
+inline constexpr std::uint32_t kClassMasks[] = {
+    0x000000, 0x000040, 0x000080, 0x000141, 0x000200, 0x001000, 0x001051, 0x002000, 0x002400, 0x005400, 0x005404,
+    0x005441, 0x007000, 0x007400, 0x0074D1, 0x0074DD, 0x0076F8, 0x008000, 0x010000, 0x020000, 0x040000, 0x080000,
+    0x100000, 0x200000, 0x400000, 0x7F85F1, 0x7F95AB, 0x7FB0FF, 0x7FB5E3, 0x7FF4FF, 0x7FF5FF, 0x7FF73F, 0x7FF7FF};
+
+inline constexpr int kMaskCharSets[] = {0,   238, 204, 186, 161, 162, 177, 178, 163, 222, 134, 130,
+                                        129, 136, 128, 256, 257, 258, 259, 260, 261, 262, 263};
+
+inline int classOf(int ch) {
+    for (const Block& block : scriptBlocks()) {
+        if (ch >= block.first && ch <= block.last)
+            return block.unicodeClass;
+    }
+    return 0;
+}
+
+/// The charset to show a character of a class with, chosen by preference instead of by walking.
+inline int charSetFor(int unicodeClass, unsigned lang1, unsigned lang2) {
+    const int first = charSetOf(lang1).value_or(1);
+    const int second = charSetOf(lang2).value_or(1);
+    std::vector<int> inOrder;
+    for (int bit = 0; bit < 23; ++bit) {
+        if ((kClassMasks[unicodeClass] >> bit & 1) != 0)
+            inOrder.push_back(kMaskCharSets[bit]);
+    }
+    const std::set<int> able(inOrder.begin(), inOrder.end());
+    if (able.empty() || able.count(first) != 0)
+        return first;
+    return able.count(second) != 0 ? second : inOrder.front();
+}
+
+} // namespace reference
