@@ -1,0 +1,204 @@
+// Narrow and wide text, both ways: ours, then the C library under a fitting locale, or for texts with escapes, which it
+// does not know, the obvious loop over the characters.
+
+#include <TqOsBase/codepage/TqCharMapper.h>
+
+#include <benchmark/benchmark.h>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kKiB = 1024;
+constexpr std::size_t kMiB = 1024 * kKiB;
+constexpr std::size_t kEscapeEvery = 64;
+
+std::string asciiText(std::size_t size) {
+    std::string text;
+    while (text.size() < size)
+        text += "Wall 240 mm, see sheet A-101; ";
+    text.resize(size);
+    return text;
+}
+
+std::string escapedText(std::size_t size) {
+    std::string text = asciiText(size);
+    for (std::size_t i = 0; i + kEscapeEvery <= size; i += kEscapeEvery)
+        text.replace(i, 7, "\\U+4E2D");
+    return text;
+}
+
+std::wstring wideText(const std::string& narrow) {
+    return {narrow.begin(), narrow.end()};
+}
+
+std::wstring accentedText(std::size_t size) {
+    std::wstring text = wideText(asciiText(size));
+    for (std::size_t i = 0; i < size; i += kEscapeEvery)
+        text[i] = L'\u4E2D';
+    return text;
+}
+
+std::wstring eastAsianText(std::size_t utf8Size) {
+    std::wstring text(utf8Size / 3, L'\0');
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = static_cast<wchar_t>(0x4E00 + i * 7919 % 0x5000);
+    return text;
+}
+
+std::string utf8Of(const std::wstring& text) {
+    TqVector<char> out;
+    TqCharMapper::unicodeToUtf8(text.c_str(), static_cast<int>(text.size()), out);
+    return std::as_const(out).asArrayPtr();
+}
+
+// As the application does it: one vector for many texts.
+void narrowToWide(benchmark::State& state, const std::string& text) {
+    TqVector<wchar_t> out;
+    for (auto _ : state) {
+        out.setLogicalLength(0);
+        TqCharMapper::multiByteToWideChar(kCodePageWestern, text.c_str(), static_cast<int>(text.size()), out);
+        benchmark::DoNotOptimize(out.asArrayPtr());
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void wideToNarrow(benchmark::State& state, const std::wstring& text) {
+    TqVector<char> out;
+    for (auto _ : state) {
+        out.setLogicalLength(0);
+        TqCharMapper::wideCharToMultiByte(kCodePageWestern, text.c_str(), static_cast<int>(text.size()), out);
+        benchmark::DoNotOptimize(out.asArrayPtr());
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void utf8ToWide(benchmark::State& state, const std::string& text) {
+    TqVector<wchar_t> out;
+    for (auto _ : state) {
+        TqCharMapper::utf8ToUnicode(text.c_str(), static_cast<int>(text.size()), out);
+        benchmark::DoNotOptimize(out.asArrayPtr());
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void wideToUtf8(benchmark::State& state, const std::wstring& text) {
+    TqVector<char> out;
+    for (auto _ : state) {
+        out.setLogicalLength(0);
+        TqCharMapper::unicodeToUtf8(text.c_str(), static_cast<int>(text.size()), out);
+        benchmark::DoNotOptimize(out.asArrayPtr());
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void libraryToWide(benchmark::State& state, const std::string& text, const char* locale) {
+    std::setlocale(LC_ALL, locale);
+    std::vector<wchar_t> out(text.size() + 1);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(std::mbstowcs(out.data(), text.c_str(), out.size()));
+    std::setlocale(LC_ALL, "C");
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void libraryToNarrow(benchmark::State& state, const std::wstring& text, const char* locale) {
+    std::setlocale(LC_ALL, locale);
+    std::vector<char> out(text.size() * 4 + 1);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(std::wcstombs(out.data(), text.c_str(), out.size()));
+    std::setlocale(LC_ALL, "C");
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+int hexDigit(int c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const int lower = c | 0x20;
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+void scalarToWide(benchmark::State& state, const std::string& text) {
+    std::vector<wchar_t> room(text.size() + 1);
+    for (auto _ : state) {
+        const char* p = text.c_str();
+        const char* end = p + text.size();
+        wchar_t* out = room.data();
+        while (p < end && *p != 0) {
+            if (p[0] == '\\' && (p[1] | 0x20) == 'u' && p[2] == '+') {
+                int value = 0;
+                int i = 3;
+                for (; i < 7 && hexDigit(p[i]) >= 0; ++i)
+                    value = value * 16 + hexDigit(p[i]);
+                if (i == 7) {
+                    *out++ = static_cast<wchar_t>(value);
+                    p += 7;
+                    continue;
+                }
+            }
+            *out++ = static_cast<unsigned char>(*p++);
+        }
+        *out = 0;
+        benchmark::DoNotOptimize(room.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void scalarToNarrow(benchmark::State& state, const std::wstring& text) {
+    std::vector<char> room(text.size() * 7 + 1);
+    for (auto _ : state) {
+        const wchar_t* p = text.c_str();
+        const wchar_t* end = p + text.size();
+        char* out = room.data();
+        for (; p < end && *p != 0; ++p) {
+            if (*p > 127) {
+                *out++ = '\\';
+                *out++ = 'U';
+                *out++ = '+';
+                for (int shift = 12; shift >= 0; shift -= 4)
+                    *out++ = "0123456789ABCDEF"[*p >> shift & 15];
+            } else {
+                *out++ = static_cast<char>(*p);
+            }
+        }
+        *out = 0;
+        benchmark::DoNotOptimize(room.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+const bool kRegistered = [] {
+    struct Size {
+        const char* name;
+        std::size_t bytes;
+    };
+    for (const Size& size : {Size{"1KiB", kKiB}, Size{"1MiB", kMiB}}) {
+        const auto add = [&size](const std::string& name, auto function, auto... arguments) {
+            const auto at = name.rfind('/');
+            const std::string full = "text/" + name.substr(0, at) + "_" + size.name + name.substr(at);
+            benchmark::RegisterBenchmark(full.c_str(), function, arguments...);
+        };
+        add("narrow_to_wide_ascii/ours", narrowToWide, asciiText(size.bytes));
+        add("narrow_to_wide_ascii/mbstowcs", libraryToWide, asciiText(size.bytes), "C");
+        add("narrow_to_wide_escapes/ours", narrowToWide, escapedText(size.bytes));
+        add("narrow_to_wide_escapes/loop", scalarToWide, escapedText(size.bytes));
+        add("wide_to_narrow_ascii/ours", wideToNarrow, wideText(asciiText(size.bytes)));
+        add("wide_to_narrow_ascii/wcstombs", libraryToNarrow, wideText(asciiText(size.bytes)), "C");
+        add("wide_to_narrow_escapes/ours", wideToNarrow, accentedText(size.bytes));
+        add("wide_to_narrow_escapes/loop", scalarToNarrow, accentedText(size.bytes));
+    }
+    const std::wstring wide = eastAsianText(kMiB);
+    const std::string utf8 = utf8Of(wide);
+    benchmark::RegisterBenchmark("text/utf8_to_wide_1MiB/ours", utf8ToWide, utf8);
+    benchmark::RegisterBenchmark("text/utf8_to_wide_1MiB/mbstowcs", libraryToWide, utf8, "C.UTF-8");
+    benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/ours", wideToUtf8, wide);
+    benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/wcstombs", libraryToNarrow, wide, "C.UTF-8");
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,109 @@
+// Wide text to narrow and to UTF-8, and UTF-8 back: every form of the inner loops gives the same bytes, the measured
+// size is the written one, and what one direction can express comes back unchanged.
+
+#include "Check.h"
+#include "codepage/Escapes.h"
+#include "codepage/TextKernels.h"
+
+#include <TqOsBase/codepage/TqCharMapper.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace detail = tq::detail;
+
+template <class From, class To>
+std::basic_string<To> run(To* (*kernel)(const From*, const From*, To*) noexcept, const From* src, const From* end,
+                          std::size_t size) {
+    std::vector<To> room(size + 1);
+    const To* written = kernel(src, end, room.data());
+    return {static_cast<const To*>(room.data()), written};
+}
+
+template <class Char>
+std::basic_string<Char> text(const TqVector<Char>& out) {
+    fuzz::check(out.logicalLength() >= 1 && out[out.logicalLength() - 1] == 0, "the text is terminated");
+    return {out.asArrayPtr(), static_cast<std::size_t>(out.logicalLength()) - 1};
+}
+
+// Bytes below 0xF0 are characters, the others begin one of three bytes, so that all sizes come up.
+std::vector<wchar_t> charactersOf(const std::uint8_t* data, std::size_t size) {
+    std::vector<wchar_t> characters;
+    for (std::size_t i = 0; i < size; ++i) {
+        std::uint32_t c = data[i];
+        if (c >= 0xF0 && i + 2 < size) {
+            c = (c & 0x0F) << 16 | static_cast<std::uint32_t>(data[i + 1]) << 8 | data[i + 2];
+            c = (c >> 16) == 0x0F ? c | 0xFFF00000U : c;
+            i += 2;
+        }
+        characters.push_back(static_cast<wchar_t>(c));
+    }
+    characters.push_back(L'\0');
+    return characters;
+}
+
+void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
+    const wchar_t* src = characters.data();
+    TqVector<char> out;
+    TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
+    const std::string result = text(out);
+    const wchar_t* end = detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
+    fuzz::check(detail::wideToNarrowSize(src, static_cast<std::size_t>(end - src)) == result.size(), "measured size");
+    fuzz::check(run(detail::plain::wideToNarrow, src, end, result.size()) == result, "plain form agrees");
+    fuzz::check(run(detail::word::wideToNarrow, src, end, result.size()) == result, "word form agrees");
+    fuzz::check(run(detail::wide::wideToNarrow, src, end, result.size()) == result, "wide form agrees");
+}
+
+void checkUtf8(const std::vector<wchar_t>& characters) {
+    const wchar_t* src = characters.data();
+    const std::size_t count = std::wcslen(src);
+    const wchar_t* end = src + count;
+    TqVector<char> out;
+    TqCharMapper::unicodeToUtf8(src, INT_MAX, out);
+    const std::string result = text(out);
+    fuzz::check(detail::wideToUtf8Size(src, count) == result.size(), "measured size of UTF-8");
+    fuzz::check(run(detail::plain::wideToUtf8, src, end, result.size()) == result, "plain UTF-8 agrees");
+    fuzz::check(run(detail::word::wideToUtf8, src, end, result.size()) == result, "word UTF-8 agrees");
+    fuzz::check(run(detail::wide::wideToUtf8, src, end, result.size()) == result, "wide UTF-8 agrees");
+
+    const auto isRepresentable = [](wchar_t c) { return c >= 0 && c <= 0xFFFF; };
+    if (std::all_of(src, end, isRepresentable)) {
+        TqVector<wchar_t> back;
+        TqCharMapper::utf8ToUnicode(result.c_str(), 0, back);
+        fuzz::check(text(back) == std::wstring(src, count), "UTF-8 comes back unchanged");
+    }
+}
+
+void checkDecoder(const std::uint8_t* data, std::size_t size) {
+    std::vector<char> bytes(data, data + size);
+    bytes.push_back('\0');
+    const char* src = bytes.data();
+    const std::size_t present = std::strlen(src);
+    TqVector<wchar_t> out;
+    TqCharMapper::utf8ToUnicode(src, 0, out);
+    const std::wstring result = text(out);
+    fuzz::check(run(detail::plain::utf8ToWide, src, src + present, present) == result, "plain decoder agrees");
+    fuzz::check(run(detail::word::utf8ToWide, src, src + present, present) == result, "word decoder agrees");
+    fuzz::check(run(detail::wide::utf8ToWide, src, src + present, present) == result, "wide decoder agrees");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0)
+        return 0;
+    const std::vector<wchar_t> characters = charactersOf(data + 1, size - 1);
+    if (data[0] != 0)
+        checkEscapedForm(characters, data[0]);
+    checkEscapedForm(characters, INT_MAX);
+    checkUtf8(characters);
+    checkDecoder(data, size);
+    return 0;
+}
