@@ -46,12 +46,17 @@ char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noex
     while (charactersLeft(src, end) >= Block::kSize) {
         const typename Block::Wide block(src);
         block.narrowTo(out);
-        const auto mask = block.aboveAscii();
-        const std::size_t taken = mask == 0 ? Block::kSize : Block::firstOf(mask);
-        src += taken;
-        out += taken;
-        while (src<end&& * src> kHighestAscii)
+        const auto mask = block.notAscii();
+        if (mask == 0) {
+            src += Block::kSize;
+            out += Block::kSize;
+            continue;
+        }
+        src += Block::firstOf(mask);
+        out += Block::firstOf(mask);
+        do
             stepWideToNarrow(src, out);
+        while (src < end && !isAscii(*src));
     }
     return plain::wideToNarrow(src, end, out);
 }
@@ -76,11 +81,11 @@ template <class Block>
 char* wideToUtf8Blocks(const wchar_t* src, const wchar_t* end, char* out) noexcept {
     while (charactersLeft(src, end) >= Block::kSize) {
         const typename Block::Wide block(src);
-        if (block.aboveAscii() == 0) {
+        if (block.notAscii() == 0) {
             block.narrowTo(out);
             out += Block::kSize;
         } else {
-            out = plain::wideToUtf8(src, src + Block::kSize, out);
+            out = block.toUtf8(out);
         }
         src += Block::kSize;
     }
@@ -129,23 +134,13 @@ char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
 
 } // namespace wide
 
-// Loops that compilers vectorise as they stand.
-
 std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
-    std::size_t escaped = 0;
-    for (std::size_t i = 0; i < count; ++i)
-        escaped += src[i] > kHighestAscii ? 1 : 0;
-    return count + escaped * (kUnicodeEscapeLength - 1);
+    return count + std::size_t{VectorBlock::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);
 }
 
 std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
-    std::size_t size = count;
-    for (std::size_t i = 0; i < count; ++i) {
-        const wchar_t c = src[i];
-        const int more = (c > kHighestAscii ? 1 : 0) + (c > 0x7FF ? 1 : 0) - (c > 0xFFFF ? 3 : 0);
-        size += static_cast<std::size_t>(more);
-    }
-    return size;
+    return count + VectorBlock::countAbove(src, count, kHighestAscii) + VectorBlock::countAbove(src, count, 0x7FF) -
+           std::size_t{VectorBlock::countAbove(src, count, 0xFFFF)} * 3;
 }
 
 } // namespace tq::detail

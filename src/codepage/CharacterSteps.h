@@ -30,6 +30,11 @@ inline void stepNarrowToWide(const char*& src, wchar_t*& out) noexcept {
     *out++ = static_cast<unsigned char>(*src++);
 }
 
+/// True for 0 to 127, false for negative characters.
+constexpr bool isAscii(wchar_t c) {
+    return static_cast<std::uint32_t>(c) <= kHighestAscii;
+}
+
 inline constexpr auto kHexPairs = [] {
     std::array<std::array<char, 2>, 256> table{};
     for (std::size_t i = 0; i < table.size(); ++i)

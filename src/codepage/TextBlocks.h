@@ -1,6 +1,6 @@
 #pragma once
 
-#include "codepage/Escapes.h"
+#include "codepage/CharacterSteps.h"
 
 #include <bit>
 #include <cstddef>
@@ -49,23 +49,37 @@ struct WordBlock {
     };
 
     struct Wide {
-        explicit Wide(const wchar_t* p) {
+        explicit Wide(const wchar_t* p) : m_characters(p) {
             for (std::size_t i = 0; i < kSize; ++i) {
                 m_bytes |= (static_cast<std::uint64_t>(p[i]) & 0xFF) << (8 * i);
-                m_aboveAscii |= std::uint64_t{p[i] > kHighestAscii} << (8 * i + 7);
+                m_notAscii |= std::uint64_t{!isAscii(p[i])} << (8 * i + 7);
             }
         }
 
-        Mask aboveAscii() const { return m_aboveAscii; }
+        Mask notAscii() const { return m_notAscii; }
         void narrowTo(char* out) const {
             for (std::size_t i = 0; i < kSize; ++i)
                 out[i] = static_cast<char>(m_bytes >> (8 * i));
         }
+        char* toUtf8(char* out) const {
+            const wchar_t* p = m_characters;
+            for (std::size_t i = 0; i < kSize; ++i)
+                stepWideToUtf8(p, out);
+            return out;
+        }
 
     private:
+        const wchar_t* m_characters;
         std::uint64_t m_bytes = 0;
-        Mask m_aboveAscii = 0;
+        Mask m_notAscii = 0;
     };
+
+    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, wchar_t limit) {
+        std::uint32_t above = 0;
+        for (std::size_t i = 0; i < count; ++i)
+            above += p[i] > limit ? 1U : 0U;
+        return above;
+    }
 };
 
 #if defined(__SSE2__)
@@ -100,31 +114,80 @@ struct VectorBlock {
         __m128i m_bytes;
     };
 
+    // Packed with saturation in two steps, a character above ASCII becomes a byte above it and a negative one becomes
+    // 0, which the text itself does not hold.
     struct Wide {
-        explicit Wide(const wchar_t* p) {
-            const auto* from = reinterpret_cast<const __m128i*>(p);
-            for (int i = 0; i < 4; ++i)
-                m_quads[i] = _mm_loadu_si128(from + i);
+        explicit Wide(const wchar_t* p) : m_characters(p) {
+            const __m128i low = _mm_packs_epi32(quad(p), quad(p + 4));
+            const __m128i high = _mm_packs_epi32(quad(p + 8), quad(p + 12));
+            m_bytes = _mm_packus_epi16(low, high);
         }
 
-        Mask aboveAscii() const {
-            const __m128i highest = _mm_set1_epi32(kHighestAscii);
-            const __m128i low =
-                _mm_packs_epi32(_mm_cmpgt_epi32(m_quads[0], highest), _mm_cmpgt_epi32(m_quads[1], highest));
-            const __m128i high =
-                _mm_packs_epi32(_mm_cmpgt_epi32(m_quads[2], highest), _mm_cmpgt_epi32(m_quads[3], highest));
-            return static_cast<Mask>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+        Mask notAscii() const {
+            const __m128i negative = _mm_cmpeq_epi8(m_bytes, _mm_setzero_si128());
+            return static_cast<Mask>(_mm_movemask_epi8(_mm_or_si128(m_bytes, negative)));
         }
-        void narrowTo(char* out) const {
-            const __m128i byte = _mm_set1_epi32(0xFF);
-            const __m128i low = _mm_packs_epi32(_mm_and_si128(m_quads[0], byte), _mm_and_si128(m_quads[1], byte));
-            const __m128i high = _mm_packs_epi32(_mm_and_si128(m_quads[2], byte), _mm_and_si128(m_quads[3], byte));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(low, high));
+        void narrowTo(char* out) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), m_bytes); }
+        char* toUtf8(char* out) const {
+            for (const wchar_t* p = m_characters; p < m_characters + kSize;) {
+                if (takesThreeBytes(quad(p))) {
+                    writeThreeBytes(quad(p), out);
+                    p += 4;
+                    out += 12;
+                } else {
+                    for (int i = 0; i < 4; ++i)
+                        stepWideToUtf8(p, out);
+                }
+            }
+            return out;
         }
 
     private:
-        __m128i m_quads[4];
+        static bool takesThreeBytes(__m128i characters) {
+            const __m128i above = _mm_cmpgt_epi32(characters, _mm_set1_epi32(0x7FF));
+            const __m128i below = _mm_cmplt_epi32(characters, _mm_set1_epi32(0x10000));
+            return _mm_movemask_epi8(_mm_and_si128(above, below)) == 0xFFFF;
+        }
+
+        // Four characters of three bytes each: first every one in its own four bytes, then two of them together in the
+        // six lowest of eight bytes.
+        static void writeThreeBytes(__m128i characters, char* out) {
+            const __m128i first = _mm_srli_epi32(characters, 12);
+            const __m128i second = _mm_and_si128(_mm_slli_epi32(characters, 2), _mm_set1_epi32(0x3F00));
+            const __m128i third = _mm_and_si128(_mm_slli_epi32(characters, 16), _mm_set1_epi32(0x3F0000));
+            const __m128i marks = _mm_set1_epi32(0x8080E0);
+            const __m128i apart = _mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(third, marks));
+            const __m128i even = _mm_and_si128(apart, _mm_set1_epi64x(0xFFFFFF));
+            const __m128i odd = _mm_and_si128(_mm_srli_epi64(apart, 8), _mm_set1_epi64x(0xFFFFFF000000));
+            const __m128i pairs = _mm_or_si128(even, odd);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(out), pairs);
+            const int fifthToEighth = _mm_cvtsi128_si32(_mm_unpackhi_epi64(pairs, pairs));
+            const auto lastTwo = static_cast<std::uint16_t>(_mm_extract_epi16(pairs, 6));
+            std::memcpy(out + 6, &fifthToEighth, 4);
+            std::memcpy(out + 10, &lastTwo, 2);
+        }
+
+        const wchar_t* m_characters;
+        __m128i m_bytes;
     };
+
+    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, wchar_t limit) {
+        const __m128i limits = _mm_set1_epi32(limit);
+        __m128i first = _mm_setzero_si128(); // Two chains of additions, each lane counting down.
+        __m128i second = first;
+        std::size_t i = 0;
+        for (; i + 8 <= count; i += 8) {
+            first = _mm_add_epi32(first, _mm_cmpgt_epi32(quad(p + i), limits));
+            second = _mm_add_epi32(second, _mm_cmpgt_epi32(quad(p + i + 4), limits));
+        }
+        std::int32_t lanes[4];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), _mm_add_epi32(first, second));
+        const auto above = static_cast<std::uint32_t>(-(lanes[0] + lanes[1] + lanes[2] + lanes[3]));
+        return above + WordBlock::countAbove(p + i, count - i, limit);
+    }
+
+private:
+    static __m128i quad(const wchar_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 };
 
 static_assert(sizeof(wchar_t) == 4);

@@ -35,9 +35,9 @@ wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
 char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
 } // namespace wide
 
-/// The bytes that wideToNarrow writes for `count` characters.
+/// The bytes that wideToNarrow writes for `count` characters, at most INT_MAX of them.
 std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept;
-/// The bytes that wideToUtf8 writes for `count` characters.
+/// The bytes that wideToUtf8 writes for `count` characters, at most INT_MAX of them.
 std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept;
 
 } // namespace tq::detail
