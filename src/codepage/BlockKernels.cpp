@@ -56,7 +56,7 @@ char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noex
         out += Block::firstOf(mask);
         do
             stepWideToNarrow(src, out);
-        while (src < end && !isAscii(*src));
+        while (src < end && !platform::isAscii(*src));
     }
     return plain::wideToNarrow(src, end, out);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "codepage/Escapes.h"
+#include "platform/CharacterClass.h"
 
 #include <array>
 #include <cstddef>
@@ -30,11 +31,6 @@ inline void stepNarrowToWide(const char*& src, wchar_t*& out) noexcept {
     *out++ = static_cast<unsigned char>(*src++);
 }
 
-/// True for 0 to 127, false for negative characters.
-constexpr bool isAscii(wchar_t c) {
-    return static_cast<std::uint32_t>(c) <= kHighestAscii;
-}
-
 inline constexpr auto kHexPairs = [] {
     std::array<std::array<char, 2>, 256> table{};
     for (std::size_t i = 0; i < table.size(); ++i)
@@ -49,7 +45,7 @@ inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
         *out++ = static_cast<char>(c);
         return;
     }
-    const auto unit = static_cast<std::uint16_t>(c);
+    const auto unit = platform::codeOf(c) & 0xFFFF;
     char escape[kUnicodeEscapeLength + 1] = {'\\', 'U', '+'};
     std::memcpy(escape + 3, kHexPairs[unit >> 8].data(), 2);
     std::memcpy(escape + 5, kHexPairs[unit & 0xFF].data(), 2);
@@ -81,7 +77,7 @@ inline void stepUtf8ToWide(const char*& src, wchar_t*& out) noexcept {
 
 inline void stepWideToUtf8(const wchar_t*& src, char*& out) noexcept {
     const wchar_t c = *src++;
-    const auto bits = static_cast<std::uint32_t>(c);
+    const auto bits = platform::codeOf(c);
     if (c <= kHighestAscii) {
         *out++ = static_cast<char>(bits);
     } else if (c <= 0x7FF) {

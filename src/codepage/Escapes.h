@@ -35,7 +35,8 @@ template <class Char>
 constexpr int hexQuad(const Char* p) {
     int value = 0;
     for (int i = 0; i < 4; ++i) {
-        const auto c = static_cast<std::uint32_t>(p[i]);
+        // A negative character becomes a large number and is no digit.
+        const auto c = static_cast<std::uint32_t>(p[i]); // NOLINT(bugprone-signed-char-misuse)
         const int digit = c < kHexValues.size() ? kHexValues[c] : -1;
         if (digit < 0)
             return kNoEscape;

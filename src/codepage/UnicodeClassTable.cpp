@@ -1,5 +1,7 @@
 #include "codepage/UnicodeClassTable.h"
 
+#include "platform/CharacterClass.h"
+
 #include <array>
 #include <cstddef>
 #include <initializer_list>
@@ -104,7 +106,7 @@ int charSetOfBit(int bit) noexcept {
 }
 
 int unicodeClass(wchar_t ch) noexcept {
-    const auto unit = static_cast<std::uint32_t>(ch);
+    const auto unit = platform::codeOf(ch);
     return unit < kCodeUnits ? kUnicodeClasses[unit] : 0;
 }
 

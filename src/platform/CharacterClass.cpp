@@ -38,13 +38,8 @@ constexpr auto kAsciiClasses = [] {
     return table;
 }();
 
-// Negative characters fall outside too.
-bool isAscii(wchar_t c) {
-    return static_cast<std::uint32_t>(c) < kAsciiCount;
-}
-
 bool asciiHas(wchar_t c, CharacterClasses wanted) {
-    return isAscii(c) && (kAsciiClasses[static_cast<std::size_t>(c)] & wanted) != 0;
+    return isAscii(c) && (kAsciiClasses[codeOf(c)] & wanted) != 0;
 }
 
 template <class Test>
@@ -94,7 +89,7 @@ bool isAlpha(wchar_t c) noexcept {
 
 CharacterClasses characterClasses(wchar_t c) noexcept {
     if (isAscii(c))
-        return kAsciiClasses[static_cast<std::size_t>(c)];
+        return kAsciiClasses[codeOf(c)];
     int classes = 0;
     classes |= isUpper(c) ? kUpper : 0;
     classes |= isLower(c) ? kLower : 0;

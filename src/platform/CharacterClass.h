@@ -1,8 +1,19 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 namespace tq::platform {
+
+/// The code of `c` as an unsigned number: a negative character lies above all others.
+constexpr std::uint32_t codeOf(wchar_t c) {
+    return std::bit_cast<std::uint32_t>(c);
+}
+
+/// True for 0 to 127.
+constexpr bool isAscii(wchar_t c) {
+    return codeOf(c) < 128;
+}
 
 /// Set of character classes, one bit each.
 using CharacterClasses = std::uint16_t;

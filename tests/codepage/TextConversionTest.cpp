@@ -267,8 +267,9 @@ TEST(TextConversionOutput, IsAppendedAndLeavesSharersAlone) {
     TqCharMapper::multiByteToWideChar(kCodePageWestern, "one", 3, wide);
     const TqVector<wchar_t> sharer = wide;
     TqCharMapper::multiByteToWideChar(kCodePageWestern, "\\U+0032", 7, wide);
-    const std::wstring first(L"one", 4);
-    EXPECT_EQ(contents(wide), first + std::wstring(L"2", 2));
+    using namespace std::string_literals;
+    const std::wstring first = L"one\0"s;
+    EXPECT_EQ(contents(wide), first + L"2\0"s);
     EXPECT_EQ(contents(sharer), first);
 
     TqVector<char> narrow;
@@ -276,9 +277,17 @@ TEST(TextConversionOutput, IsAppendedAndLeavesSharersAlone) {
     TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"one", 3, narrow);
     const TqVector<char> narrowSharer = narrow;
     TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"\u4E2D", 1, narrow);
-    const std::string narrowFirst("one", 4);
-    EXPECT_EQ(contents(narrow), narrowFirst + std::string("\\U+4E2D", 8));
+    const std::string narrowFirst = "one\0"s;
+    EXPECT_EQ(contents(narrow), narrowFirst + "\\U+4E2D\0"s);
     EXPECT_EQ(contents(narrowSharer), narrowFirst);
+}
+
+TEST(TextConversionOutput, RefusesMoreThanItCanCount) {
+    TqVector<char> full;
+    full.setLogicalLength(INT_MAX);
+    EXPECT_THROW(TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"", 0, full), std::length_error);
+    EXPECT_THROW(TqCharMapper::unicodeToUtf8(L"\u4E2D", 1, full), std::length_error);
+    EXPECT_EQ(full.logicalLength(), INT_MAX);
 }
 
 TEST(TextConversionOutput, MayHoldTheSource) {

@@ -11,18 +11,18 @@ namespace {
 using namespace tq::platform;
 
 struct ClassRow {
-    CharacterClasses bit;
     bool (*ours)(wchar_t) noexcept;
     int (*library)(std::wint_t);
+    CharacterClasses bit;
     bool asciiOnly;
 };
 
 const ClassRow kRows[] = {
-    {kUpper, isUpper, std::iswupper, false}, {kLower, isLower, std::iswlower, false},
-    {kDigit, isDigit, std::iswdigit, true},  {kSpace, isSpace, std::iswspace, false},
-    {kPunct, isPunct, std::iswpunct, false}, {kControl, isControl, std::iswcntrl, false},
-    {kBlank, isBlank, std::iswblank, false}, {kHexDigit, isHexDigit, std::iswxdigit, true},
-    {kAlpha, isAlpha, std::iswalpha, false},
+    {isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
+    {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
+    {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
+    {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
+    {isAlpha, std::iswalpha, kAlpha, false},
 };
 
 TEST(CharacterClass, AgreesWithTheCLibraryInEveryLocale) {
