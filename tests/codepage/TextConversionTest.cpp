@@ -157,6 +157,27 @@ TEST_F(TextConversion, EveryCharacterAlone) {
     }
 }
 
+// Sizes are measured a stretch at a time: texts around whole stretches, with characters of every size at the joints.
+TEST(LongTexts, ConvertLikeShortOnes) {
+    for (const std::size_t length : {2047U, 2048U, 2049U, 4096U, 10000U}) {
+        std::wstring text(length, L'a');
+        for (std::size_t i = 0; i < length; i += 31)
+            text[i] = static_cast<wchar_t>(0x70 + i * 13);
+        for (const int taken : {static_cast<int>(length) - 1, static_cast<int>(length), INT_MAX}) {
+            TqVector<char> narrow;
+            TqCharMapper::wideCharToMultiByte(kCodePageWestern, text.c_str(), taken, narrow);
+            const std::string expected = reference::wideToNarrow(text.c_str(), taken);
+            ASSERT_EQ(contents(narrow), expected + '\0') << length;
+            TqVector<wchar_t> wide;
+            TqCharMapper::multiByteToWideChar(kCodePageWestern, expected.c_str(), INT_MAX, wide);
+            ASSERT_EQ(contents(wide), reference::narrowToWide(expected.c_str(), INT_MAX) + L'\0') << length;
+            TqVector<char> utf8;
+            TqCharMapper::unicodeToUtf8(text.c_str(), taken, utf8);
+            ASSERT_EQ(contents(utf8), reference::unicodeToUtf8(text.c_str(), taken) + '\0') << length;
+        }
+    }
+}
+
 TEST(NarrowToWide, KnownResults) {
     struct Row {
         std::string text;

@@ -193,9 +193,10 @@ TEST(CheckSum, LongTextsAddDoublesInOrder) {
     std::mt19937 random(3);
     std::vector<std::int32_t> units((std::size_t{1} << 23) + 5);
     for (std::size_t i = 0; i < units.size(); ++i) {
-        // Chosen so that nearly every product is close to the largest, and odd.
-        const auto weight = static_cast<std::uint32_t>(i + 1) | 1U;
-        units[i] = static_cast<std::int32_t>((0x7FFFFFFFU - 2 * (random() % 1000)) / weight | 1U);
+        // Products close to the largest, and odd for every other unit, so that the sum passes 2^53 and is rounded then.
+        const auto weight = static_cast<std::uint32_t>(i + 1);
+        const std::uint32_t largest = (0x7FFFFFFFU - static_cast<std::uint32_t>(random() % 1000)) / weight;
+        units[i] = static_cast<std::int32_t>(largest % 2 == 0 ? largest - 1 : largest);
     }
     double expected = 0.0;
     for (std::size_t i = 0; i < units.size(); ++i) {
