@@ -14,7 +14,11 @@ TEST(Utf8, EveryCharacterComesBackExceptSurrogates) {
         char encoded[kMaxUtf8Length];
         const std::size_t length = encodeUtf8(c, encoded);
         std::memcpy(bytes, encoded, length);
-        ASSERT_EQ(length, c < 0x80 ? 1U : c < 0x800 ? 2U : c < 0x10000 ? 3U : 4U) << std::hex << static_cast<unsigned>(c);
+        ASSERT_EQ(length, c < 0x80      ? 1U
+                          : c < 0x800   ? 2U
+                          : c < 0x10000 ? 3U
+                                        : 4U)
+            << std::hex << static_cast<unsigned>(c);
         char32_t decoded = 0xFFFFFFFF;
         if (c >= 0xD800 && c <= 0xDFFF) {
             ASSERT_EQ(decodeUtf8(bytes, decoded), 0U);
