@@ -1,0 +1,219 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+#include <TqOsBase/containers/CStringList.h>
+#include <TqOsBase/diag/ErrorStatus.h>
+#include <TqOsBase/stream/TqFlatMemBuf.h>
+#include <TqOsBase/stream/TqIO.h>
+#include <TqOsBase/stream/TqStreamBuf.h>
+
+#include <cstdint>
+#include <cstdio>
+
+/// A stream over a file. Run-time failures are thrown as bare `const wchar_t*` texts: "File internal error!" (a refused
+/// move), "Write file error!", "Out of file stream buffer!" and "End of file!" (mapped input only). A buffer without a
+/// file answers 0 to tell() and length(), throws "End of file!" from reads and gets, "Write file error!" from writes
+/// and sets, "File internal error!" from moves; closing it does nothing.
+class TQ_API TqFileStreamBuf : public TqStreamBuf {
+public:
+    /// The name as it was given to open(); null without one. Owned by the buffer, valid until it closes.
+    virtual const wchar_t* fileName() const = 0;
+    /// As it was given to open(); 0 without a file.
+    virtual TqIO::ShareMode shareMode() const = 0;
+    /// The C stream (a FILE*). No file: all bits set; after an open that was refused with 72 or 433 because the file is
+    /// in use: null. Who reads or writes through it positions it before using the buffer again.
+    virtual void* fileHandle() const = 0;
+    /// Gives the file up. When bytes that had been accepted cannot be written it throws "Write file error!", and the
+    /// file is closed nevertheless. Destroying a buffer closes it too, and there such a failure ends the process: call
+    /// close() first where the disk may be full.
+    virtual void close() = 0;
+
+protected:
+    TqFileStreamBuf() = default;
+    TqFileStreamBuf(const TqFileStreamBuf&) = delete;
+    TqFileStreamBuf& operator=(const TqFileStreamBuf&) = delete;
+};
+
+/// Reads and writes a file through a C stream, at 64-bit positions. Not thread-safe, and neither is the registry of
+/// exclusive opens, which all buffers share.
+///
+/// Every open takes a read lock over the whole file, which other processes see; not getting it is no failure. These are
+/// the system's record locks: closing any stream of a file gives up this process's lock on it.
+class TQ_API TqFileStreamBufImpl : public TqFileStreamBuf {
+public:
+    /// No file.
+    TqFileStreamBufImpl() = default;
+    /// Opens as open() does but never throws: what open() throws is dropped, and a result other than eOk is stored in
+    /// `status` (which may be null). On success nothing is stored, so the caller sets it to eOk before.
+    TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
+                        TqIO::CreationDisposition creation);
+    /// Takes over `handle`, an open FILE* of the caller's, which close() will close: no name, share mode 0, no lock.
+    /// Null and the all-ones value mean no file.
+    explicit TqFileStreamBufImpl(void* handle);
+    ~TqFileStreamBufImpl() override;
+
+    /// Closes what is open (close() may throw) and opens `name`, in the encoding of the current locale or else UTF-8.
+    /// Returned: eOk; eFileOpenFailed, the system refuses the file, or an existing one may not be read and written as
+    /// kCreateNew or kOpenAlways needs, or the name has no encoding; eFileNotAccessible, kOpenExisting and the file is
+    /// missing or refused, or already open exclusively here; eFileLockedByProcess. Thrown by value as
+    /// Lumo::ErrorStatus: eInvalidFileTarget, a directory, kCreateNew of a file that is there, or kTruncateExisting of
+    /// a missing file or without write access; eInvalidDisposition. A null or empty name throws the text "No filename!"
+    /// and leaves what is open as it was. After any other failure there is no file.
+    ///
+    /// An open for kAccessReadWrite, kShareDenyWrite, kOpenExisting is exclusive: its name, compared as it was given,
+    /// is in the registry until it closes, and it is refused when another process holds any lock on the file. Reading
+    /// alone with any share mode but kShareDenyNone opens for update, so it needs write permission.
+    Lumo::ErrorStatus open(const wchar_t* name, TqIO::AccessMode access, TqIO::ShareMode share,
+                           TqIO::CreationDisposition creation);
+
+    const wchar_t* fileName() const override;
+    TqIO::ShareMode shareMode() const override;
+    void* fileHandle() const override;
+    void close() override;
+
+    /// All bits set where the stream has no position (a pipe).
+    std::uint64_t tell() const override;
+    /// Size of the file, the bytes that are still in the C stream included.
+    std::uint64_t length() const override;
+    /// Deliberately does not shorten the file: moves to its end.
+    void truncate() override;
+    /// kSeekEnd adds the offset to the end (pass a negative one as its 64-bit pattern), unlike in memory. A type that
+    /// is none of the four counts as kSeekStart. Returns 0, not the position. A refused move throws "File internal
+    /// error!"; an offset whose low 32 bits are all set returns all bits set instead.
+    std::uint64_t seek(std::uint64_t offset, TqIO::SeekType type) override;
+
+    using TqFileStreamBuf::readBytes;
+    using TqFileStreamBuf::writeBytes;
+    /// Reading less than `n` bytes, at the end of the file, is not reported; the rest of `buf` is left as it was.
+    void readBytes(unsigned char* buf, std::uint32_t n) override;
+    /// Throws "Write file error!" when the stream does not take all bytes, and always after it has once failed.
+    void writeBytes(const unsigned char* buf, std::uint32_t n) override;
+    /// Reads and puts the position back. Failing to put it back ends the process.
+    void getBytes(unsigned char* buf, std::uint32_t n) override;
+    /// Deliberately leaves the position after the bytes.
+    void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
+    /// Writes through to the file and puts the position back. Failing to put it back ends the process.
+    void setBytes(const unsigned char* buf, std::uint32_t n) override;
+    /// Deliberately leaves the position after the bytes.
+    void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
+
+    /// Names of the files that this process holds open exclusively. Usable before the first and after the last static
+    /// object of the program: constant-initialised, and destroyed after everything that initialises later.
+    static CStringList m_cstrAlreadyOpenFiles;
+
+protected:
+    bool hasFile() const noexcept;
+    /// Throws `text` when there is no file.
+    void requireFile(const wchar_t* text) const;
+    int descriptor() const noexcept { return m_descriptor; }
+
+private:
+    enum class LastOperation : unsigned char { kMove, kRead, kWrite };
+    class PositionKeeper;
+
+    static std::FILE* noFile() noexcept { return reinterpret_cast<std::FILE*>(~std::uintptr_t{0}); }
+    void forget() noexcept;
+
+    std::FILE* m_stream = noFile();
+    wchar_t* m_name = nullptr;
+    TqIO::ShareMode m_shareMode = TqIO::ShareMode{};
+    bool m_isDirty = false;
+    LastOperation m_lastOperation = LastOperation::kMove; // C streams want a move between reading and writing
+    std::int32_t m_descriptor = -1;
+    std::int32_t m_isRegistered = 0;
+};
+
+/// Reads a file that it maps into memory as a whole; shrinking the file meanwhile makes reading it a bus error. What
+/// cannot be mapped (an empty file, a pipe, a device) is read through the C stream, and then behaves as
+/// TqFileStreamBufImpl does, except that all gets advance. It never writes.
+class TQ_API TqFileIStreamBuf : public TqFileStreamBufImpl {
+public:
+    /// As the base's; in addition, a status other than eOk, even one that the caller left there, closes the file.
+    TqFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
+                     TqIO::CreationDisposition creation);
+    ~TqFileIStreamBuf() override;
+
+    void close() override;
+    std::uint64_t tell() const override;
+    std::uint64_t length() const override;
+    /// Always throws "File internal error!".
+    void truncate() override;
+    /// Mapped: as in memory (kSeekEnd goes back from the end) and the new position is returned; beyond the end throws
+    /// "Out of file stream buffer!"; an unknown type moves to 0 and returns 0.
+    std::uint64_t seek(std::uint64_t offset, TqIO::SeekType type) override;
+
+    using TqFileStreamBufImpl::readBytes;
+    using TqFileStreamBufImpl::writeBytes;
+    /// Mapped: throws "End of file!" when fewer than `n` bytes are left.
+    void readBytes(unsigned char* buf, std::uint32_t n) override;
+    /// Deliberately the same as readBytes: it advances.
+    void getBytes(unsigned char* buf, std::uint32_t n) override;
+    void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
+    /// Writes and sets always throw "Write file error!"; the positioned write checks its range first.
+    void writeBytes(const unsigned char* buf, std::uint32_t n) override;
+    void setBytes(const unsigned char* buf, std::uint32_t n) override;
+    void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
+
+private:
+    void* m_mapping = reinterpret_cast<void*>(~std::uintptr_t{0}); // not used
+    unsigned char* m_view = nullptr;
+    std::uint64_t m_viewLength = 0;
+    std::uint64_t m_viewPosition = 0; // <= m_viewLength
+};
+
+/// Writes a file behind a buffer of 16,384 bytes in memory: what is written reaches the file when the buffer is full,
+/// on every move and read, and at close(). tell() and length() count what is pending.
+class TQ_API TqFileOStreamBuf : public TqFileStreamBufImpl {
+public:
+    /// As the base's; in addition `bufferSize` bytes, at most those 16,384, are reserved at once, and a status other
+    /// than eOk, even one that the caller left there, closes the file. Throws std::bad_alloc.
+    TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
+                     TqIO::CreationDisposition creation, unsigned bufferSize);
+    ~TqFileOStreamBuf() override;
+
+    void close() override;
+    std::uint64_t tell() const override;
+    /// The larger of the file's size and tell(), so a move past the end counts.
+    std::uint64_t length() const override;
+    std::uint64_t seek(std::uint64_t offset, TqIO::SeekType type) override;
+
+    using TqFileStreamBufImpl::readBytes;
+    using TqFileStreamBufImpl::writeBytes;
+    void readBytes(unsigned char* buf, std::uint32_t n) override;
+    void writeBytes(const unsigned char* buf, std::uint32_t n) override;
+    void getBytes(unsigned char* buf, std::uint32_t n) override;
+    void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
+    /// Both store the bytes at the stated place, extending the data where they pass its end, and leave the position.
+    /// A start beyond the end of the data throws a TqException, "Out of stream buffer!", and writes nothing.
+    void setBytes(const unsigned char* buf, std::uint32_t n) override;
+    void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
+
+private:
+    void flushPending();
+    std::uint64_t dataLength() const;
+
+    TqFlatMemBuf m_pending; // its position is the number of pending bytes
+};
+
+/// Reads and writes a file through a C stream: its base under a name of its own.
+class TQ_API TqFileIOStreamBuf : public TqFileStreamBufImpl {
+public:
+    using TqFileStreamBufImpl::TqFileStreamBufImpl;
+    ~TqFileIOStreamBuf() override;
+};
+
+/// The factories return a new object of the named class, also when opening failed: see the constructors for `status`.
+/// Release it with destoryFileIOStreamBuf() or delete. Throw std::bad_alloc.
+TQ_API TqFileStreamBuf* createFileStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                            TqIO::ShareMode share, TqIO::CreationDisposition creation);
+TQ_API TqFileStreamBuf* createFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                             TqIO::ShareMode share, TqIO::CreationDisposition creation);
+TQ_API TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                             TqIO::ShareMode share, TqIO::CreationDisposition creation,
+                                             unsigned bufferSize);
+TQ_API TqFileStreamBuf* createFileIOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                              TqIO::ShareMode share, TqIO::CreationDisposition creation);
+/// Over an open C stream; the buffer owns it from now on.
+TQ_API TqFileStreamBuf* createFileIOStreamBuf(void* handle);
+/// Deletes the buffer; null is ignored. (The spelling is what callers link against.)
+TQ_API void destoryFileIOStreamBuf(TqFileStreamBuf* p);

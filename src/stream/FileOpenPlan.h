@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/File.h"
+
+#include <TqOsBase/diag/ErrorStatus.h>
+#include <TqOsBase/stream/TqIO.h>
+
+namespace tq::detail {
+
+/// How a file is to be opened, or, with a status other than eOk, why it is not.
+struct FileOpenPlan {
+    Lumo::ErrorStatus status;
+    platform::OpenMode mode;
+};
+
+/// Decides from what is at `path` now. The mode keeps to the decision should that change before the file is opened:
+/// what was missing is never emptied, what was there is never created. Throws Lumo::ErrorStatus eInvalidFileTarget and
+/// eInvalidDisposition.
+FileOpenPlan planFileOpen(const char* path, TqIO::AccessMode access, TqIO::ShareMode share,
+                          TqIO::CreationDisposition creation);
+
+} // namespace tq::detail

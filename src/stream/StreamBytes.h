@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace tq::detail {
+
+/// True when the n bytes from `pos` on end at or before `length`; no sum that could overflow.
+constexpr bool fits(std::uint64_t pos, std::uint64_t n, std::uint64_t length) noexcept {
+    return pos <= length && n <= length - pos;
+}
+
+/// memmove, with the sizes of the usual records as single moves; pointers may be null when n is 0.
+inline void moveBytes(unsigned char* to, const unsigned char* from, std::size_t n) noexcept {
+    if (n == 8) {
+        std::uint64_t value = 0;
+        std::memcpy(&value, from, sizeof value);
+        std::memcpy(to, &value, sizeof value);
+    } else if (n == 4) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, from, sizeof value);
+        std::memcpy(to, &value, sizeof value);
+    } else if (n == 1) {
+        *to = *from;
+    } else if (n != 0) {
+        std::memmove(to, from, n);
+    }
+}
+
+} // namespace tq::detail

@@ -1,0 +1,117 @@
+#include "stream/StreamErrors.h"
+#include "stream/StreamPosition.h"
+
+#include <TqOsBase/stream/FileStreamBuf.h>
+
+#include <algorithm>
+
+using namespace tq;
+
+namespace {
+
+// More than this is never pending.
+constexpr std::uint32_t kWriteBehind = 16384;
+
+constexpr std::uint64_t kNoPosition = ~std::uint64_t{0};
+
+} // namespace
+
+TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                   TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize)
+    : TqFileStreamBufImpl(name, status, access, share, creation) {
+    m_pending.reserve(std::min(bufferSize, kWriteBehind));
+    if (status != nullptr && *status != Lumo::eOk)
+        TqFileStreamBufImpl::close();
+}
+
+TqFileOStreamBuf::~TqFileOStreamBuf() {
+    TqFileOStreamBuf::close();
+}
+
+void TqFileOStreamBuf::flushPending() {
+    const auto count = static_cast<std::uint32_t>(m_pending.tell());
+    if (count == 0)
+        return;
+    TqFileStreamBufImpl::writeBytes(m_pending.buffer(), count);
+    m_pending.rewind();
+}
+
+void TqFileOStreamBuf::close() {
+    try {
+        flushPending();
+    } catch (const wchar_t*) {
+        m_pending.rewind();
+        try {
+            TqFileStreamBufImpl::close();
+        } catch (const wchar_t*) { // NOLINT(bugprone-empty-catch): the same failure again
+        }
+        throw;
+    }
+    TqFileStreamBufImpl::close();
+}
+
+std::uint64_t TqFileOStreamBuf::tell() const {
+    const std::uint64_t position = TqFileStreamBufImpl::tell();
+    return position == kNoPosition ? position : position + m_pending.tell();
+}
+
+std::uint64_t TqFileOStreamBuf::length() const {
+    const std::uint64_t size = TqFileStreamBufImpl::length();
+    const std::uint64_t position = tell();
+    return position == kNoPosition ? size : std::max(size, position);
+}
+
+std::uint64_t TqFileOStreamBuf::seek(std::uint64_t offset, TqIO::SeekType type) {
+    flushPending();
+    return TqFileStreamBufImpl::seek(offset, type);
+}
+
+void TqFileOStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
+    flushPending();
+    TqFileStreamBufImpl::readBytes(buf, n);
+}
+
+void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
+    requireFile(detail::kWriteFileError);
+    if (n > kWriteBehind - m_pending.tell()) {
+        flushPending();
+        if (n > kWriteBehind) {
+            TqFileStreamBufImpl::writeBytes(buf, n);
+            return;
+        }
+    }
+    m_pending.writeBytes(buf, n);
+}
+
+void TqFileOStreamBuf::getBytes(unsigned char* buf, std::uint32_t n) {
+    flushPending();
+    TqFileStreamBufImpl::getBytes(buf, n);
+}
+
+void TqFileOStreamBuf::getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) {
+    flushPending();
+    TqFileStreamBufImpl::getBytes(pos, buf, n);
+}
+
+void TqFileOStreamBuf::setBytes(const unsigned char* buf, std::uint32_t n) {
+    TqFileOStreamBuf::setBytes(tell(), buf, n);
+}
+
+// A run that is wholly pending, such as a header that is completed late, is changed in memory; any other place is
+// reached through the file.
+void TqFileOStreamBuf::setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {
+    requireFile(detail::kWriteFileError);
+    const std::uint64_t pending = m_pending.tell();
+    const std::uint64_t pendingStart = TqFileStreamBufImpl::tell();
+    if (pendingStart != kNoPosition && pos >= pendingStart && pos - pendingStart <= pending &&
+        n <= pending - (pos - pendingStart)) {
+        m_pending.setBytes(pos - pendingStart, buf, n);
+        return;
+    }
+    flushPending();
+    if (pos > TqFileStreamBufImpl::length())
+        detail::throwOutOfStreamBuffer();
+    const std::uint64_t before = TqFileStreamBufImpl::tell();
+    TqFileStreamBufImpl::seek(pos, TqIO::kSeekStart);
+    detail::thenReturnTo(*this, before, [&] { TqFileStreamBufImpl::setBytes(buf, n); });
+}

@@ -1,0 +1,258 @@
+#include "platform/File.h"
+#include "platform/FileLock.h"
+#include "platform/FileName.h"
+#include "platform/StaticInit.h"
+#include "stream/FileOpenPlan.h"
+#include "stream/StreamErrors.h"
+
+#include <TqOsBase/stream/FileStreamBuf.h>
+
+#include <cwchar>
+#include <memory>
+#include <string>
+#include <utility>
+
+using namespace tq;
+using detail::kEndOfFile;
+using detail::kFileInternalError;
+using detail::kWriteFileError;
+using detail::throwFileError;
+
+namespace {
+
+constexpr long long kRegistryBlockSize = 10;
+// An offset that ends in these bits may be the -1 of a stream without positions: moving there fails quietly.
+constexpr std::uint64_t kQuietOffset = 0xFFFFFFFF;
+
+bool isExclusive(TqIO::AccessMode access, TqIO::ShareMode share, TqIO::CreationDisposition creation) {
+    return access == TqIO::kAccessReadWrite && share == TqIO::kShareDenyWrite && creation == TqIO::kOpenExisting;
+}
+
+std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
+    const std::size_t count = std::wcslen(name) + 1;
+    auto copy = std::make_unique<wchar_t[]>(count);
+    std::wmemcpy(copy.get(), name, count);
+    return copy;
+}
+
+struct StreamCloser {
+    void operator()(std::FILE* stream) const noexcept { platform::closeStream(stream); }
+};
+
+} // namespace
+
+// Constant-initialised, so in order before any constructor runs; first to register its destruction, so destroyed last.
+// Where that order does not hold across libraries (see StaticInit.h) a late buffer meets a list that has emptied
+// itself, and close() looks no further than that.
+TQ_INIT_FIRST constinit CStringList TqFileStreamBufImpl::m_cstrAlreadyOpenFiles(kRegistryBlockSize);
+
+// Puts the stream's position back at the end of its life; its destructor is noexcept, so that failing there ends the
+// process.
+class TqFileStreamBufImpl::PositionKeeper {
+public:
+    explicit PositionKeeper(TqFileStreamBufImpl& owner)
+        : m_owner(owner), m_position(owner.TqFileStreamBufImpl::tell()) {}
+    PositionKeeper(const PositionKeeper&) = delete;
+    PositionKeeper& operator=(const PositionKeeper&) = delete;
+    ~PositionKeeper() { m_owner.TqFileStreamBufImpl::seek(m_position, TqIO::kSeekStart); }
+
+private:
+    TqFileStreamBufImpl& m_owner;
+    std::uint64_t m_position;
+};
+
+TqFileStreamBufImpl::TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                         TqIO::ShareMode share, TqIO::CreationDisposition creation) {
+    try {
+        const Lumo::ErrorStatus result = open(name, access, share, creation);
+        if (result != Lumo::eOk && status != nullptr)
+            *status = result;
+    } catch (...) { // NOLINT(bugprone-empty-catch): the contract; the buffer has no file then
+    }
+}
+
+TqFileStreamBufImpl::TqFileStreamBufImpl(void* handle) {
+    m_stream = static_cast<std::FILE*>(handle);
+    if (!hasFile())
+        return;
+    // What the caller did with the stream is unknown: its bytes go to the file now, and the first write moves first.
+    platform::flushStream(m_stream);
+    m_lastOperation = LastOperation::kRead;
+    m_descriptor = platform::descriptorOf(m_stream);
+}
+
+TqFileStreamBufImpl::~TqFileStreamBufImpl() {
+    TqFileStreamBufImpl::close();
+}
+
+bool TqFileStreamBufImpl::hasFile() const noexcept {
+    return m_stream != nullptr && m_stream != noFile();
+}
+
+void TqFileStreamBufImpl::requireFile(const wchar_t* text) const {
+    if (!hasFile())
+        throwFileError(text);
+}
+
+Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMode access, TqIO::ShareMode share,
+                                            TqIO::CreationDisposition creation) {
+    if (name == nullptr || *name == L'\0')
+        throwFileError(detail::kNoFileName);
+    std::unique_ptr<wchar_t[]> ownName = copyName(name); // `name` may be this buffer's own, which close() releases
+    close();
+
+    std::string path;
+    if (!platform::toFileName(ownName.get(), path))
+        return Lumo::eFileOpenFailed;
+    const detail::FileOpenPlan plan = detail::planFileOpen(path.c_str(), access, share, creation);
+    if (plan.status != Lumo::eOk)
+        return plan.status;
+
+    // Asked before the file is opened: closing a second stream of it would give up the lock that the first one holds.
+    const bool exclusive = isExclusive(access, share, creation);
+    if (exclusive && m_cstrAlreadyOpenFiles.Find(ownName.get()) != nullptr) {
+        m_stream = nullptr;
+        return Lumo::eFileNotAccessible;
+    }
+    std::unique_ptr<std::FILE, StreamCloser> stream(platform::openStream(path.c_str(), plan.mode));
+    if (stream == nullptr)
+        return Lumo::eFileOpenFailed;
+    const int descriptor = platform::descriptorOf(stream.get());
+    if (exclusive) {
+        if (platform::isLockedByAnotherProcess(descriptor)) {
+            m_stream = nullptr;
+            return Lumo::eFileLockedByProcess;
+        }
+        m_cstrAlreadyOpenFiles.AddTail(ownName.get());
+        m_isRegistered = 1;
+    }
+    platform::takeReadLock(descriptor);
+    m_stream = stream.release();
+    m_descriptor = descriptor;
+    m_name = ownName.release();
+    m_shareMode = share;
+    return Lumo::eOk;
+}
+
+const wchar_t* TqFileStreamBufImpl::fileName() const {
+    return m_name;
+}
+
+TqIO::ShareMode TqFileStreamBufImpl::shareMode() const {
+    return m_shareMode;
+}
+
+void* TqFileStreamBufImpl::fileHandle() const {
+    return m_stream;
+}
+
+void TqFileStreamBufImpl::close() {
+    bool isLost = false;
+    if (hasFile()) {
+        if (m_isDirty)
+            isLost = !platform::flushStream(m_stream);
+        platform::releaseLock(m_descriptor);
+        if (!platform::closeStream(m_stream) && m_isDirty)
+            isLost = true;
+    }
+    forget();
+    if (isLost)
+        throwFileError(kWriteFileError);
+}
+
+// The state of a buffer that was never opened.
+void TqFileStreamBufImpl::forget() noexcept {
+    if (m_isRegistered != 0 && m_name != nullptr && !m_cstrAlreadyOpenFiles.IsEmpty()) {
+        if (__POSITION* entry = m_cstrAlreadyOpenFiles.Find(m_name))
+            m_cstrAlreadyOpenFiles.RemoveAt(entry);
+    }
+    m_stream = noFile();
+    delete[] std::exchange(m_name, nullptr);
+    m_shareMode = TqIO::ShareMode{};
+    m_isDirty = false;
+    m_lastOperation = LastOperation::kMove;
+    m_descriptor = -1;
+    m_isRegistered = 0;
+}
+
+std::uint64_t TqFileStreamBufImpl::tell() const {
+    return hasFile() ? static_cast<std::uint64_t>(platform::tellStream(m_stream)) : 0;
+}
+
+std::uint64_t TqFileStreamBufImpl::length() const {
+    if (!hasFile())
+        return 0;
+    const std::uint64_t size = platform::fileSize(m_descriptor);
+    if (m_lastOperation != LastOperation::kWrite)
+        return size; // moving and reading have emptied the C stream
+    const std::int64_t position = platform::tellStream(m_stream);
+    return position > 0 && static_cast<std::uint64_t>(position) > size ? static_cast<std::uint64_t>(position) : size;
+}
+
+void TqFileStreamBufImpl::truncate() {
+    seek(0, TqIO::kSeekEnd);
+}
+
+std::uint64_t TqFileStreamBufImpl::seek(std::uint64_t offset, TqIO::SeekType type) {
+    requireFile(kFileInternalError);
+    auto distance = static_cast<std::int64_t>(offset);
+    int whence = SEEK_SET;
+    if (type == TqIO::kSeekEnd)
+        whence = SEEK_END;
+    else if (type == TqIO::kSeekBackward)
+        distance = static_cast<std::int64_t>(TqFileStreamBufImpl::tell() - offset);
+    else if (type == TqIO::kSeekForward)
+        whence = SEEK_CUR;
+    if (platform::seekStream(m_stream, distance, whence)) {
+        m_lastOperation = LastOperation::kMove;
+        return 0;
+    }
+    if ((offset & kQuietOffset) != kQuietOffset)
+        throwFileError(kFileInternalError);
+    return ~std::uint64_t{0};
+}
+
+void TqFileStreamBufImpl::readBytes(unsigned char* buf, std::uint32_t n) {
+    requireFile(kEndOfFile);
+    if (m_lastOperation == LastOperation::kWrite && !platform::flushStream(m_stream))
+        throwFileError(kWriteFileError);
+    m_lastOperation = LastOperation::kRead;
+    platform::readStream(m_stream, buf, n);
+}
+
+void TqFileStreamBufImpl::writeBytes(const unsigned char* buf, std::uint32_t n) {
+    requireFile(kWriteFileError);
+    if (m_lastOperation == LastOperation::kRead)
+        platform::seekStream(m_stream, 0, SEEK_CUR); // refused by pipes, which need no move
+    m_lastOperation = LastOperation::kWrite;
+    if (!platform::writeStream(m_stream, buf, n))
+        throwFileError(kWriteFileError);
+    m_isDirty = true;
+}
+
+void TqFileStreamBufImpl::getBytes(unsigned char* buf, std::uint32_t n) {
+    requireFile(kEndOfFile);
+    const PositionKeeper keeper(*this);
+    TqFileStreamBufImpl::readBytes(buf, n);
+}
+
+void TqFileStreamBufImpl::getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) {
+    requireFile(kEndOfFile);
+    seek(pos, TqIO::kSeekStart);
+    readBytes(buf, n);
+}
+
+void TqFileStreamBufImpl::setBytes(const unsigned char* buf, std::uint32_t n) {
+    requireFile(kWriteFileError);
+    const PositionKeeper keeper(*this);
+    TqFileStreamBufImpl::writeBytes(buf, n);
+    // Moving back writes the bytes out anyway. Done here, a full disk is an error that can be reported.
+    if (!platform::flushStream(m_stream))
+        throwFileError(kWriteFileError);
+}
+
+void TqFileStreamBufImpl::setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {
+    requireFile(kWriteFileError);
+    seek(pos, TqIO::kSeekStart);
+    writeBytes(buf, n);
+}
