@@ -1,0 +1,469 @@
+#include "stream/StreamTest.h"
+
+#include <TqOsBase/stream/FileStreamBuf.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <memory>
+#include <random>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace streamtest;
+using std::uint32_t;
+using std::uint64_t;
+using BufPtr = std::unique_ptr<TqFileStreamBuf>;
+
+enum Kind { kPlain, kOutput };
+
+BufPtr openForUpdate(Kind kind, const std::wstring& name, TqIO::CreationDisposition creation = TqIO::kCreateAlways) {
+    return BufPtr(
+        kind == kPlain
+            ? createFileIOStreamBuf(name.c_str(), nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, creation)
+            : createFileOStreamBuf(name.c_str(), nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, creation, 64));
+}
+
+BufPtr openForInput(const std::wstring& name) {
+    return BufPtr(
+        createFileIStreamBuf(name.c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting));
+}
+
+// Random operations on a file buffer that reads and writes, against the file as a vector.
+class RandomFileRun {
+public:
+    RandomFileRun(Kind kind, unsigned seed, const TempFolder& folder)
+        : m_kind(kind), m_random(seed), m_path(folder.path("run")), m_buf(openForUpdate(kind, folder.wide("run"))) {}
+
+    void step() {
+        const uint64_t pos = number(m_bytes.size() + 20);
+        // Around the write-behind threshold now and then, small otherwise.
+        const auto n = static_cast<uint32_t>(m_random() % 16 == 0 ? 16380 + m_random() % 10 : m_random() % 3000);
+        Bytes data(n);
+        std::generate(data.begin(), data.end(), [&] { return static_cast<unsigned char>(m_random()); });
+        switch (m_random() % 12) {
+        case 0:
+        case 1:
+        case 2:
+            m_buf->writeBytes(data.data(), n);
+            store(m_position, data);
+            m_position += n;
+            break;
+        case 3:
+            expectRead(m_position, n, [&](unsigned char* buf) { m_buf->readBytes(buf, n); });
+            m_position += available(m_position, n);
+            break;
+        case 4:
+            if (pos + n > known()) {
+                EXPECT_EQ(thrownBy([&] { m_buf->writeBytes(pos, data.data(), n); }), kOutOfBuffer);
+                break;
+            }
+            m_buf->writeBytes(pos, data.data(), n);
+            store(pos, data);
+            if (m_position == pos)
+                m_position += n;
+            break;
+        case 5:
+            if (pos + n > known()) {
+                EXPECT_EQ(thrownBy([&] { m_buf->readBytes(pos, data.data(), n); }), kOutOfBuffer);
+                break;
+            }
+            expectRead(pos, n, [&](unsigned char* buf) { m_buf->readBytes(pos, buf, n); });
+            if (m_position == pos)
+                m_position += n;
+            break;
+        case 6:
+            expectRead(m_position, n, [&](unsigned char* buf) { m_buf->getBytes(buf, n); });
+            break;
+        case 7:
+            expectRead(pos, n, [&](unsigned char* buf) { m_buf->getBytes(pos, buf, n); });
+            m_position = pos + available(pos, n);
+            break;
+        case 8:
+            if (m_kind == kOutput && m_position > m_bytes.size()) {
+                EXPECT_EQ(thrownBy([&] { m_buf->setBytes(data.data(), n); }), kOutOfBuffer);
+                break;
+            }
+            m_buf->setBytes(data.data(), n);
+            store(m_position, data);
+            break;
+        case 9:
+            if (m_kind == kOutput && pos > m_bytes.size()) {
+                EXPECT_EQ(thrownBy([&] { m_buf->setBytes(pos, data.data(), n); }), kOutOfBuffer);
+                break;
+            }
+            m_buf->setBytes(pos, data.data(), n);
+            store(pos, data);
+            if (m_kind == kPlain)
+                m_position = pos + n;
+            break;
+        case 10:
+            seek(pos);
+            break;
+        default:
+            m_buf->truncate();
+            m_position = m_bytes.size();
+        }
+        ASSERT_EQ(m_buf->tell(), m_position);
+        ASSERT_EQ(m_buf->length(), known());
+    }
+
+    void finish() {
+        m_buf->close();
+        EXPECT_EQ(readFile(m_path), m_bytes);
+    }
+
+private:
+    uint64_t number(uint64_t bound) { return m_random() % 4 == 0 ? m_bytes.size() : m_random() % bound; }
+    // What length() answers: the output buffer counts a move past the end.
+    uint64_t known() const {
+        return m_kind == kOutput ? std::max<uint64_t>(m_bytes.size(), m_position) : m_bytes.size();
+    }
+    uint64_t available(uint64_t pos, uint64_t n) const {
+        return pos >= m_bytes.size() ? 0 : std::min<uint64_t>(n, m_bytes.size() - pos);
+    }
+    void store(uint64_t pos, const Bytes& data) {
+        if (!data.empty() && m_bytes.size() < pos + data.size())
+            m_bytes.resize(pos + data.size());
+        std::copy(data.begin(), data.end(), m_bytes.begin() + static_cast<long>(data.empty() ? 0 : pos));
+    }
+    // A short read is not reported, and leaves the rest of the caller's memory alone.
+    template <class Read>
+    void expectRead(uint64_t pos, uint32_t n, const Read& read) {
+        Bytes got(n + 1, 0xC5);
+        Bytes expected(n + 1, 0xC5);
+        const uint64_t count = available(pos, n);
+        if (count > 0)
+            std::memcpy(expected.data(), m_bytes.data() + pos, count);
+        read(got.data());
+        ASSERT_EQ(got, expected);
+    }
+    void seek(uint64_t pos) {
+        const uint64_t end = m_bytes.size();
+        uint64_t result = 1;
+        switch (m_random() % 5) {
+        case 0:
+            result = m_buf->seek(pos, TqIO::kSeekStart);
+            break;
+        case 1:
+            result = m_buf->seek(pos - m_position, TqIO::kSeekForward);
+            break;
+        case 2:
+            result = m_buf->seek(m_position - pos, TqIO::kSeekBackward);
+            break;
+        case 3:
+            result = m_buf->seek(pos - end, TqIO::kSeekEnd);
+            break;
+        default:
+            result = m_buf->seek(pos, static_cast<TqIO::SeekType>(17));
+        }
+        EXPECT_EQ(result, 0U);
+        m_position = pos;
+        const std::wstring refused = thrownBy([&] { m_buf->seek(m_position + 1, TqIO::kSeekBackward); });
+        EXPECT_EQ(refused, kInternalError);
+    }
+
+    Kind m_kind;
+    std::mt19937_64 m_random;
+    std::string m_path;
+    BufPtr m_buf;
+    Bytes m_bytes;
+    uint64_t m_position = 0;
+};
+
+TEST(FileStreamBuf, AgreesWithAVectorUnderRandomOperations) {
+    const TempFolder folder;
+    for (const Kind kind : {kPlain, kOutput})
+        for (unsigned seed = 1; seed <= 30; ++seed) {
+            RandomFileRun run(kind, seed, folder);
+            for (int i = 0; i < 300 && !testing::Test::HasFailure(); ++i)
+                run.step();
+            run.finish();
+            ASSERT_FALSE(testing::Test::HasFailure()) << "kind " << kind << " seed " << seed;
+        }
+}
+
+TEST(FileStreamBuf, PositionsBeyondFourGibibytesAreExact) {
+    constexpr uint64_t kFar = (uint64_t{5} << 32) + 3;
+    const TempFolder folder;
+    const std::wstring name = folder.wide("sparse");
+    for (const Kind kind : {kPlain, kOutput}) {
+        const BufPtr buf = openForUpdate(kind, name);
+        EXPECT_EQ(buf->seek(kFar, TqIO::kSeekStart), 0U);
+        buf->writeBytes(bytesOf("far").data(), 3);
+        EXPECT_EQ(buf->tell(), kFar + 3);
+        EXPECT_EQ(buf->length(), kFar + 3);
+        EXPECT_EQ(buf->readByte(kFar + 1), 'a');
+        buf->setByte(kFar + 2, 'R');
+        buf->close();
+        const BufPtr input = openForInput(name);
+        ASSERT_EQ(input->length(), kFar + 3);
+        EXPECT_EQ(input->seek(3, TqIO::kSeekEnd), kFar);
+        unsigned char text[3] = {};
+        input->readBytes(text, 3);
+        EXPECT_EQ(std::memcmp(text, "faR", 3), 0);
+        EXPECT_EQ(thrownBy([&] { input->getBytes(kFar + 1, text, 3); }), kEndOfFile);
+        EXPECT_EQ(input->tell(), kFar + 3);
+    }
+}
+
+TEST(FileIStreamBuf, MappedFileIsReadAsMemory) {
+    const TempFolder folder;
+    const Bytes text = bytesOf("0123456789");
+    writeFile(folder.path("f"), text);
+    const BufPtr buf = openForInput(folder.wide("f"));
+    unsigned char got[16] = {};
+    buf->getBytes(got, 4);
+    EXPECT_EQ(buf->tell(), 4U) << "the input buffer's get advances";
+    buf->readBytes(got + 4, 6);
+    EXPECT_EQ(std::memcmp(got, text.data(), 10), 0);
+    EXPECT_TRUE(buf->isEOS());
+    EXPECT_EQ(thrownBy([&] { buf->readByte(); }), kEndOfFile);
+    buf->readBytes(got, 0);
+
+    struct Row {
+        uint64_t start, offset;
+        int type;
+        uint64_t target;
+        bool isRefused;
+    };
+    const Row rows[] = {
+        {0, 0, 3, 10, false}, {3, 10, 0, 10, false},       {3, 11, 0, 0, true},         {3, 7, 1, 10, false},
+        {3, 8, 1, 0, true},   {3, UINT64_MAX, 1, 0, true}, {3, 3, 2, 0, false},         {3, 4, 2, 0, true},
+        {3, 10, 3, 0, false}, {3, 11, 3, 0, true},         {3, UINT64_MAX, 3, 0, true}, {3, UINT64_MAX - 1, 0, 0, true},
+        {3, 5, 4, 0, false},  {3, 5, -1, 0, false},
+    };
+    for (const Row& row : rows) {
+        buf->seek(row.start, TqIO::kSeekStart);
+        uint64_t result = 99;
+        EXPECT_EQ(thrownBy([&] { result = buf->seek(row.offset, static_cast<TqIO::SeekType>(row.type)); }),
+                  row.isRefused ? kOutOfFile : L"");
+        EXPECT_EQ(result, row.isRefused ? 99 : row.target);
+        EXPECT_EQ(buf->tell(), row.isRefused ? row.start : row.target);
+    }
+
+    buf->seek(2, TqIO::kSeekStart);
+    const std::pair<std::wstring, std::function<void()>> refused[] = {
+        {kEndOfFile, [&] { buf->readBytes(got, 9); }},      {kEndOfFile, [&] { buf->getBytes(got, UINT32_MAX); }},
+        {kEndOfFile, [&] { buf->getBytes(9, got, 2); }},    {kOutOfFile, [&] { buf->getBytes(11, got, 0); }},
+        {kOutOfBuffer, [&] { buf->readBytes(9, got, 2); }}, {kOutOfBuffer, [&] { buf->writeBytes(9, got, 2); }},
+        {kWriteError, [&] { buf->writeBytes(3, got, 2); }}, {kWriteError, [&] { buf->writeBytes(2, got, 2); }},
+        {kWriteError, [&] { buf->writeBytes(got, 2); }},    {kWriteError, [&] { buf->writeByte(1); }},
+        {kWriteError, [&] { buf->setBytes(got, 2); }},      {kWriteError, [&] { buf->setBytes(0, got, 2); }},
+        {kInternalError, [&] { buf->truncate(); }},
+    };
+    for (const auto& [text2, call] : refused) {
+        EXPECT_EQ(thrownBy(call), text2);
+        EXPECT_EQ(buf->tell(), 2U);
+    }
+    buf->getBytes(9, got, 1);
+    EXPECT_EQ(got[0], '9');
+    EXPECT_EQ(buf->tell(), 10U);
+    EXPECT_EQ(readFile(folder.path("f")), text);
+    buf->close();
+    EXPECT_EQ(buf->length(), 0U);
+}
+
+TEST(FileIStreamBuf, WhatCannotBeMappedIsReadThroughTheStream) {
+    const TempFolder folder;
+    writeFile(folder.path("empty"), {});
+    const BufPtr buf = openForInput(folder.wide("empty"));
+    ASSERT_NE(buf->fileName(), nullptr);
+    EXPECT_EQ(buf->length(), 0U);
+    EXPECT_EQ(buf->tell(), 0U);
+    unsigned char byte = 7;
+    buf->readBytes(&byte, 1);
+    buf->getBytes(&byte, 1);
+    EXPECT_EQ(byte, 7) << "a short read is not reported";
+    writeFile(folder.path("empty"), bytesOf("grown"));
+    EXPECT_EQ(buf->length(), 5U);
+    buf->getBytes(1, &byte, 1);
+    EXPECT_EQ(byte, 'r');
+    EXPECT_EQ(buf->tell(), 2U);
+    EXPECT_EQ(thrownBy([&] { buf->truncate(); }), kInternalError);
+    EXPECT_EQ(thrownBy([&] { buf->setBytes(0, &byte, 1); }), kWriteError);
+
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    const int writer = ::open(folder.path("pipe").c_str(), O_RDWR);
+    ASSERT_EQ(::write(writer, "pipe", 4), 4);
+    const BufPtr pipe = openForInput(folder.wide("pipe"));
+    EXPECT_EQ(pipe->length(), 0U);
+    EXPECT_EQ(pipe->tell(), UINT64_MAX) << "no position";
+    unsigned char text[4] = {};
+    pipe->readBytes(text, 4);
+    EXPECT_EQ(std::memcmp(text, "pipe", 4), 0);
+    EXPECT_EQ(thrownBy([&] { pipe->seek(2, TqIO::kSeekStart); }), kInternalError);
+    EXPECT_EQ(pipe->seek(UINT64_MAX, TqIO::kSeekStart), UINT64_MAX) << "quietly";
+    ::close(writer);
+}
+
+TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
+    const TempFolder folder;
+    const auto size = [&] { return std::filesystem::file_size(folder.path("f")); };
+    const BufPtr buf = openForUpdate(kOutput, folder.wide("f"));
+    // Unbuffered below, so that what is flushed shows in the file at once.
+    ASSERT_EQ(std::setvbuf(static_cast<std::FILE*>(buf->fileHandle()), nullptr, _IONBF, 0), 0);
+    const Bytes piece(2000, 'p');
+    for (unsigned i = 1; i <= 10; ++i) {
+        buf->writeBytes(piece.data(), 2000);
+        EXPECT_EQ(size(), i < 9 ? 0U : 16000U) << "write " << i;
+        EXPECT_EQ(buf->tell(), i * 2000U);
+        EXPECT_EQ(buf->length(), i * 2000U);
+    }
+    const Bytes large(20000, 'q');
+    buf->writeBytes(large.data(), 20000);
+    EXPECT_EQ(size(), 40000U) << "straight through";
+    const Bytes full(16384, 'r');
+    buf->writeBytes(full.data(), 16384);
+    EXPECT_EQ(size(), 40000U) << "just fits";
+    buf->setBytes(40000, bytesOf("head").data(), 4);
+    EXPECT_EQ(size(), 40000U) << "changed while pending";
+    buf->writeByte('s');
+    EXPECT_EQ(size(), 56384U);
+    buf->close();
+    EXPECT_EQ(size(), 56385U);
+    const Bytes written = readFile(folder.path("f"));
+    EXPECT_EQ(std::memcmp(written.data() + 39998, "qqheadrr", 8), 0);
+    EXPECT_EQ(written.back(), 's');
+}
+
+TEST(FileStreamBuf, PlainTruncateOnlyMovesToTheEnd) {
+    const TempFolder folder;
+    writeFile(folder.path("f"), bytesOf("0123456789"));
+    const BufPtr buf = openForUpdate(kPlain, folder.wide("f"), TqIO::kOpenExisting);
+    buf->seek(4, TqIO::kSeekStart);
+    buf->truncate();
+    EXPECT_EQ(buf->tell(), 10U);
+    EXPECT_EQ(buf->length(), 10U);
+    EXPECT_EQ(buf->getByte(3), '3');
+    EXPECT_EQ(buf->tell(), 4U) << "a positioned get of the plain buffer advances";
+}
+
+TEST(FileStreamBuf, LayoutKeepsItsOrder) {
+    const TempFolder folder;
+    const BufPtr buf = openForUpdate(kPlain, folder.wide("f"));
+    buf->writeByte('x');
+    unsigned char raw[40] = {};
+    std::memcpy(raw, static_cast<void*>(buf.get()), sizeof raw);
+    const auto field = [&](std::size_t offset, auto value) {
+        std::memcpy(&value, raw + offset, sizeof value);
+        return value;
+    };
+    EXPECT_EQ(field(8, static_cast<void*>(nullptr)), buf->fileHandle());
+    EXPECT_EQ(field(16, static_cast<const wchar_t*>(nullptr)), buf->fileName());
+    EXPECT_EQ(field(24, 0), buf->shareMode());
+    EXPECT_EQ(raw[28], 1) << "dirty";
+    EXPECT_EQ(field(32, 0), ::fileno(static_cast<std::FILE*>(buf->fileHandle())));
+    EXPECT_EQ(field(36, 0), 0) << "registered";
+}
+
+TEST(FileStreamBuf, TakesOverAnOpenStream) {
+    std::FILE* file = std::tmpfile();
+    ASSERT_NE(file, nullptr);
+    ASSERT_EQ(std::fwrite("0123456789", 1, 10, file), 10U);
+    const BufPtr buf(createFileIOStreamBuf(file));
+    EXPECT_EQ(buf->fileHandle(), file);
+    EXPECT_EQ(buf->fileName(), nullptr);
+    EXPECT_EQ(buf->shareMode(), 0);
+    EXPECT_EQ(buf->length(), 10U) << "what was still in the stream included";
+    EXPECT_EQ(buf->tell(), 10U);
+    EXPECT_EQ(buf->readByte(4), '4');
+    buf->writeByte('a');
+    EXPECT_EQ(buf->length(), 11U);
+    buf->rewind();
+    EXPECT_EQ(buf->readByte(), '0');
+    buf->writeByte('b');
+    EXPECT_EQ(buf->readByte(), '2') << "reading and writing may follow each other";
+    EXPECT_EQ(buf->readByte(1), 'b');
+    for (void* none : {static_cast<void*>(nullptr), reinterpret_cast<void*>(~std::uintptr_t{0})}) {
+        const BufPtr empty(createFileIOStreamBuf(none));
+        EXPECT_EQ(thrownBy([&] { empty->writeByte(1); }), kWriteError);
+        EXPECT_EQ(empty->length(), 0U);
+    }
+}
+
+TEST(FileStreamBuf, CopiesBetweenFilesAndMemory) {
+    const TempFolder folder;
+    Bytes source(10000);
+    for (std::size_t i = 0; i < source.size(); ++i)
+        source[i] = static_cast<unsigned char>(i * 7 + i / 256);
+    writeFile(folder.path("in"), source);
+    const BufPtr in = openForInput(folder.wide("in"));
+    const BufPtr out = openForUpdate(kOutput, folder.wide("out"));
+    out->copyFrom(in.get(), 0, 0);
+    EXPECT_EQ(in->tell(), 0U);
+    EXPECT_EQ(thrownBy([&] { out->copyFrom(in.get(), 9000, 10001); }), kEndOfFile);
+    EXPECT_EQ(in->tell(), 0U);
+    in->copyTo(out.get(), 10, 20);
+    out->close();
+    Bytes expected = source;
+    std::copy_n(source.begin(), 10, expected.begin() + 10);
+    EXPECT_EQ(readFile(folder.path("out")), expected);
+}
+
+BufPtr openFull(Kind kind) {
+    return openForUpdate(kind, L"/dev/full", TqIO::kOpenExisting);
+}
+
+TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
+    const Bytes large(100000, 'x');
+    for (const Kind kind : {kPlain, kOutput}) {
+        const BufPtr buf = openFull(kind);
+        ASSERT_NE(buf->fileName(), nullptr);
+        EXPECT_EQ(thrownBy([&] { buf->writeBytes(large.data(), 100000); }), kWriteError);
+        EXPECT_EQ(thrownBy([&] { buf->writeBytes(large.data(), 20000); }), kWriteError) << "the stream stays in error";
+
+        const BufPtr pending = openFull(kind);
+        pending->writeBytes(large.data(), 100);
+        EXPECT_EQ(thrownBy([&] { pending->close(); }), kWriteError);
+        EXPECT_EQ(pending->fileName(), nullptr);
+        EXPECT_EQ(pending->tell(), 0U);
+        EXPECT_EQ(thrownBy([&] { pending->close(); }), L"") << "once";
+
+        const BufPtr reopened = openFull(kind);
+        reopened->writeBytes(large.data(), 100);
+        auto& impl = dynamic_cast<TqFileStreamBufImpl&>(*reopened);
+        EXPECT_EQ(
+            thrownBy([&] { impl.open(L"/dev/null", TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting); }),
+            kWriteError);
+        EXPECT_EQ(reopened->fileName(), nullptr);
+    }
+    const BufPtr plain = openFull(kPlain);
+    EXPECT_EQ(thrownBy([&] { plain->setBytes(large.data(), 10); }), kWriteError);
+}
+
+TEST(FileStreamBufDeathTest, PendingBytesLostInTheDestructorEndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const Kind kind : {kPlain, kOutput})
+        EXPECT_DEATH(
+            {
+                BufPtr buf = openFull(kind);
+                buf->writeByte('x');
+                destoryFileIOStreamBuf(buf.release());
+            },
+            "");
+}
+
+TEST(FileStreamBuf, ReadingWhereReadingIsNotAllowedSpoilsNoLaterWrite) {
+    const TempFolder folder;
+    for (const bool isOutput : {false, true}) {
+        const auto open = [&] {
+            const std::wstring name = folder.wide("w");
+            return isOutput ? createFileOStreamBuf(name.c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone,
+                                                   TqIO::kCreateAlways, 0)
+                            : createFileStreamBuf(name.c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone,
+                                                  TqIO::kCreateAlways);
+        };
+        const BufPtr buf(open());
+        buf->writeBytes(bytesOf("ab").data(), 2);
+        EXPECT_EQ(buf->readByte(), 0);
+        buf->writeBytes(bytesOf("cd").data(), 2);
+        buf->close();
+        EXPECT_EQ(readFile(folder.path("w")), bytesOf("abcd"));
+    }
+}
+
+} // namespace
