@@ -10,6 +10,14 @@ namespace tq::platform {
 
 namespace {
 
+// Asked first, because a C library may encode more than Unicode has: longer forms of UTF-8 that name no character.
+bool isUnicode(const wchar_t* name) {
+    constexpr char32_t kLastCharacter = 0x10FFFF;
+    while (*name != L'\0' && static_cast<char32_t>(*name) <= kLastCharacter)
+        ++name;
+    return *name == L'\0';
+}
+
 bool toLocaleEncoding(const wchar_t* name, std::string& out) {
     constexpr auto kNotExpressible = static_cast<std::size_t>(-1);
     const std::size_t length = std::wcstombs(nullptr, name, 0);
@@ -19,25 +27,24 @@ bool toLocaleEncoding(const wchar_t* name, std::string& out) {
     return std::wcstombs(out.data(), name, length + 1) == length;
 }
 
-bool toUtf8(const wchar_t* name, std::string& out) {
+void toUtf8(const wchar_t* name, std::string& out) {
     out.clear();
     for (; *name != L'\0'; ++name) {
         char sequence[kMaxUtf8Length];
-        const std::size_t length = encodeUtf8(static_cast<char32_t>(*name), sequence);
-        if (length == 0)
-            return false;
-        out.append(sequence, length);
+        out.append(sequence, encodeUtf8(static_cast<char32_t>(*name), sequence));
     }
-    return true;
 }
 
 } // namespace
 
 bool toFileName(const wchar_t* name, std::string& out) {
+    if (!isUnicode(name))
+        return false;
     const int before = errno;
-    const bool isExpressible = toLocaleEncoding(name, out) || toUtf8(name, out);
+    if (!toLocaleEncoding(name, out))
+        toUtf8(name, out);
     errno = before;
-    return isExpressible;
+    return true;
 }
 
 } // namespace tq::platform
