@@ -71,6 +71,8 @@ bool flushStream(std::FILE* stream) noexcept {
 }
 
 std::size_t readStream(std::FILE* stream, void* buffer, std::size_t n) noexcept {
+    if (n == 0)
+        return 0;
     const bool hadFailed = std::ferror(stream) != 0;
     std::size_t done = std::fread(buffer, 1, n, stream);
     while (done < n && !hadFailed && std::ferror(stream) != 0) {
@@ -84,7 +86,9 @@ std::size_t readStream(std::FILE* stream, void* buffer, std::size_t n) noexcept 
 }
 
 bool writeStream(std::FILE* stream, const void* buffer, std::size_t n) noexcept {
-    return std::ferror(stream) == 0 && std::fwrite(buffer, 1, n, stream) == n && std::ferror(stream) == 0;
+    if (std::ferror(stream) != 0)
+        return false;
+    return n == 0 || (std::fwrite(buffer, 1, n, stream) == n && std::ferror(stream) == 0);
 }
 
 bool seekStream(std::FILE* stream, std::int64_t offset, int whence) noexcept {

@@ -155,7 +155,7 @@ public:
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
 
 private:
-    void* m_mapping = reinterpret_cast<void*>(~std::uintptr_t{0}); // not used
+    [[maybe_unused]] void* m_mapping = reinterpret_cast<void*>(~std::uintptr_t{0});
     unsigned char* m_view = nullptr;
     std::uint64_t m_viewLength = 0;
     std::uint64_t m_viewPosition = 0; // <= m_viewLength
