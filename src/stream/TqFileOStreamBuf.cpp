@@ -1,9 +1,11 @@
+#include "stream/StreamBytes.h"
 #include "stream/StreamErrors.h"
 #include "stream/StreamPosition.h"
 
 #include <TqOsBase/stream/FileStreamBuf.h>
 
 #include <algorithm>
+#include <utility>
 
 using namespace tq;
 
@@ -36,17 +38,24 @@ void TqFileOStreamBuf::flushPending() {
     m_pending.rewind();
 }
 
+void TqFileOStreamBuf::dropPending() {
+    m_pending.rewind();
+    if (m_pending.length() != 0)
+        m_pending.resize(0);
+}
+
 void TqFileOStreamBuf::close() {
     try {
         flushPending();
     } catch (const wchar_t*) {
-        m_pending.rewind();
+        dropPending();
         try {
             TqFileStreamBufImpl::close();
         } catch (const wchar_t*) { // NOLINT(bugprone-empty-catch): the same failure again
         }
         throw;
     }
+    dropPending();
     TqFileStreamBufImpl::close();
 }
 
@@ -72,15 +81,29 @@ void TqFileOStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
 }
 
 void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
-    requireFile(detail::kWriteFileError);
-    if (n > kWriteBehind - m_pending.tell()) {
-        flushPending();
-        if (n > kWriteBehind) {
-            TqFileStreamBufImpl::writeBytes(buf, n);
-            return;
-        }
+    const std::uint32_t pending = m_pending.m_position;
+    const std::uint64_t room = m_pending.length() - pending;
+    if (std::uint64_t{n} - 1 < room) { // n = 0 is left to the slow way, where a missing file shows
+        auto* bytes = const_cast<unsigned char*>(std::as_const(m_pending.m_bytes).asArrayPtr()); // never shared
+        m_pending.m_position = pending + n;
+        detail::moveBytes(bytes + pending, buf, n);
+        return;
     }
-    m_pending.writeBytes(buf, n);
+    writeSlowly(buf, n);
+}
+
+void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
+    requireFile(detail::kWriteFileError);
+    if (n > kWriteBehind - m_pending.tell())
+        flushPending();
+    if (n > kWriteBehind) {
+        TqFileStreamBufImpl::writeBytes(buf, n);
+        return;
+    }
+    m_pending.resize(kWriteBehind);
+    const std::uint64_t pending = m_pending.tell();
+    m_pending.setBytes(pending, buf, n);
+    m_pending.moveTo(pending + n);
 }
 
 void TqFileOStreamBuf::getBytes(unsigned char* buf, std::uint32_t n) {

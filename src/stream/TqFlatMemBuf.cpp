@@ -57,14 +57,6 @@ unsigned char* TqFlatMemBuf::writableBytes() {
     return m_bytes.asArrayPtr();
 }
 
-std::uint64_t TqFlatMemBuf::tell() const {
-    return m_position;
-}
-
-std::uint64_t TqFlatMemBuf::length() const {
-    return logicalLength(m_bytes);
-}
-
 void TqFlatMemBuf::setlength(std::uint64_t length) {
     setLogicalLength(length);
 }

@@ -189,10 +189,13 @@ public:
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
 
 private:
+    void writeSlowly(const unsigned char* buf, std::uint32_t n);
     void flushPending();
-    std::uint64_t dataLength() const;
+    void dropPending();
 
-    TqFlatMemBuf m_pending; // its position is the number of pending bytes
+    // Its position is the number of pending bytes. Its length is 0 without a file and until the first write, then the
+    // write-behind limit: so one comparison decides whether bytes can be appended.
+    TqFlatMemBuf m_pending;
 };
 
 /// Reads and writes a file through a C stream: its base under a name of its own.

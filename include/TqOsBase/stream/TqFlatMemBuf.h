@@ -16,8 +16,8 @@ public:
     TqFlatMemBuf& operator=(const TqFlatMemBuf&) = default;
     ~TqFlatMemBuf() override;
 
-    std::uint64_t tell() const override;
-    std::uint64_t length() const override;
+    std::uint64_t tell() const override { return m_position; }
+    std::uint64_t length() const override { return static_cast<std::uint64_t>(m_bytes.logicalLength()); }
     /// resize(); throws beyond 32 bits.
     void setlength(std::uint64_t length) override;
     /// The data ends at the position: cut there, or extended to it.
@@ -71,6 +71,8 @@ public:
     void close() override;
 
 private:
+    friend class TqFileOStreamBuf; // appends to its write-behind buffer without a call
+
     unsigned char* setLogicalLength(std::uint64_t length);
     unsigned char* writableBytes();
 
