@@ -70,7 +70,7 @@ wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexce
         const std::size_t taken = mask == 0 ? Block::kSize : Block::firstOf(mask);
         src += taken;
         out += taken;
-        while (src<end&& static_cast<unsigned char>(*src)> kHighestAscii)
+        while (src < end && !platform::isAscii(static_cast<unsigned char>(*src)))
             stepUtf8ToWide(src, out);
     }
     return plain::utf8ToWide(src, end, out);

@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# Runs convert_text ($1) on the sample of the source tree ($2), on odd texts and on everything that can go wrong.
+set -uo pipefail
+program=$1 sample=$2/examples/data/title_block.txt
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
+cd "$work"
+failures=0
+
+fail() {
+    echo "FAILED: $*"
+    failures=$((failures + 1))
+}
+
+# expect_status STATUS ARGUMENTS...: the exit status; a failure with status 1 also says why in exactly one line.
+expect_status() {
+    local expected=$1 status
+    shift
+    "$program" "$@" >stdout 2>stderr
+    status=$?
+    [ $status -eq "$expected" ] || fail "$* gave $status, not $expected: $(cat stderr)"
+    if [ "$expected" -eq 1 ] && [ "$(wc -l <stderr)" -ne 1 ]; then
+        fail "$* said more or less than one line: $(cat stderr)"
+    fi
+}
+
+# expect_text DIRECTION INPUT OUTPUT [MESSAGE]: texts in the notation of printf; the message is looked for as it stands.
+expect_text() {
+    printf "$2" >in.txt
+    printf "$3" >expected.txt
+    expect_status 0 "$1" in.txt out.txt
+    cmp -s expected.txt out.txt || fail "$1 of '$2' gave $(od -c out.txt)"
+    [ $# -lt 4 ] || grep -qF -- "$4" stderr || fail "$1 of '$2' did not say '$4' but: $(cat stderr)"
+}
+
+expect_status 0 --help
+expect_status 2
+expect_status 2 --to-utf8 only-one
+expect_status 2 --to-latin in out
+expect_status 2 --to-utf8 in out more
+expect_status 1 --to-utf8 missing.txt out.txt
+expect_status 1 --to-utf8 "$work" out.txt
+expect_status 1 --to-utf8 "$sample" "$work"
+expect_status 1 --to-utf8 "$sample" no-such-folder/out.txt
+expect_status 1 --to-utf8 "$sample" /dev/full
+cp "$sample" same.txt
+expect_status 1 --to-utf8 same.txt ./same.txt
+cmp -s "$sample" same.txt || fail "the file that was input and output at once is damaged"
+cp "$sample" unreadable.txt
+chmod 000 unreadable.txt
+if [ "$(id -u)" -eq 0 ]; then
+    cp "$program" ./unprivileged
+    message=$(LD_LIBRARY_PATH=$(dirname "$(ldd "$program" | awk '/libTqOsBase/ {print $3}')") \
+        setpriv --reuid=65534 --regid=65534 --clear-groups ./unprivileged --to-utf8 unreadable.txt /dev/null 2>&1)
+    [ $? -eq 1 ] || fail "an unreadable file was read"
+    [[ $message == *"permission denied"* ]] || fail "an unreadable file gave: $message"
+else
+    expect_status 1 --to-utf8 unreadable.txt /dev/null
+fi
+
+expect_status 0 --to-utf8 "$sample" utf8.txt
+grep -qF 'converting back gives the same bytes: yes' stderr || fail "the sample does not come back: $(cat stderr)"
+grep -qF 'code page 932:' stderr || fail "escapes are not counted by code page: $(cat stderr)"
+grep -qF 'Hafenfußgängerbrücke' utf8.txt || fail "no UTF-8 in the converted sample"
+expect_status 0 --to-escaped utf8.txt back.txt
+cmp -s "$sample" back.txt || fail "the sample differs after there and back"
+
+expect_text --to-utf8 '' '' 'lines:            0'
+expect_text --to-utf8 'a\r\nb\n\nc' 'a\r\nb\n\nc' 'lines:            4'
+expect_text --to-utf8 'x\\U+00E9\\u+4e2d\\M+18140\\M+10041\\U+00G1' 'x\xC3\xA9\xE4\xB8\xAD\\M+18140A\\U+00G1' \
+    'same bytes: no'
+expect_text --to-utf8 'a\000b\\U+00E9\000' 'a\000b\xC3\xA9\000' 'same bytes: yes'
+expect_text --to-utf8 'one\ntw\\U+D83D\\U+0000!' 'one\ntw\\U+D83D\\U+0000!' 'in.txt:2:3: \U+D83D'
+expect_text --to-utf8 'one\ntw\\U+D83D\\U+0000!' 'one\ntw\\U+D83D\\U+0000!' 'in.txt:2:10: \U+0000'
+expect_text --to-escaped 'a\xC3\xA9\xEF\xBF\xBD' 'a\\U+00E9\\U+FFFD' 'same bytes: yes'
+expect_text --to-escaped 'x\n\xC3\xA9\xF0\x9F\x98\x80y' 'x\n\\U+00E9\\U+FFFDy' 'in.txt:2:2: U+1F600'
+expect_text --to-escaped 'x\xE9y\xC0\x80' 'x\\U+00E9y\\U+00C0\\U+0080' 'in.txt:1:2: byte E9'
+expect_text --to-escaped 'a\000\xC3\xA9' 'a\000\\U+00E9' 'not carried:      0'
+
+# A line of some 460 KiB, in pieces whose ends fall on every part of an escape.
+yes 'Kaistra\U+00DFe\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.txt
+yes 'Kaistraße\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.expected
+expect_status 0 --to-utf8 long.txt long.utf8
+cmp -s long.expected long.utf8 || fail "a long line is torn"
+expect_status 0 --to-escaped long.utf8 long.back
+cmp -s long.txt long.back || fail "a long line is torn on the way back"
+grep -qF '\U+ escapes:      13000' stderr || fail "escapes of a long line are miscounted: $(cat stderr)"
+
+[ $failures -eq 0 ] && echo "all as expected"
+exit $((failures > 0))
