@@ -195,7 +195,8 @@ void CStringList::addBlock() {
     }
 }
 
-// The value is copied before anything changes: it may lie in the list, and when memory runs out the list stays as it was.
+// The value is copied before anything changes: it may lie in the list, and when memory runs out the list stays as it
+// was.
 CStringList::CNode* CStringList::newNode(CNode* prev, CNode* next, const String& value) {
     String copy(value);
     if (m_pNodeFree == nullptr)

@@ -51,8 +51,8 @@ void streams(const char* path) {
     const std::wstring name(path, path + std::strlen(path));
     Lumo::ErrorStatus status = Lumo::eOk;
     const unsigned char bytes[] = {1, 2, 3};
-    TqFileStreamBuf* out = createFileOStreamBuf(name.c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone,
-                                                TqIO::kCreateAlways, 0);
+    TqFileStreamBuf* out =
+        createFileOStreamBuf(name.c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways, 0);
     out->writeBytes(bytes, 3);
     destoryFileIOStreamBuf(out);
     TqFileStreamBuf* in =
