@@ -24,7 +24,7 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 // A longer line is converted in pieces of about this size.
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = 65536;
 
 constexpr char kUsage[] =
     "usage: convert_text --to-utf8 IN OUT\n"
