@@ -61,6 +61,8 @@ private:
     std::uint64_t m_position;
 };
 
+TqFileStreamBuf::~TqFileStreamBuf() = default;
+
 TqFileStreamBufImpl::TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                          TqIO::ShareMode share, TqIO::CreationDisposition creation) {
     try {

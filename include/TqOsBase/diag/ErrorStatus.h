@@ -1,10 +1,12 @@
 #pragma once
 
+#include <TqOsBase/Export.h>
+
 namespace Lumo {
 
 /// The application's 32-bit status number. The library passes any value through unchanged and itself produces only
 /// the values named here; the file layer says in its own headers when each one is returned, stored or thrown.
-enum ErrorStatus : int {
+enum TQ_API ErrorStatus : int {
     eOk = 0,                    ///< Success.
     eInvalidDisposition = 2,    ///< The creation disposition is not one of 1 to 5.
     eFileOpenFailed = 53,       ///< The system refused to open the file.

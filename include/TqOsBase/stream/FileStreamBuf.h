@@ -16,6 +16,8 @@
 /// and sets, "File internal error!" from moves; closing it does nothing.
 class TQ_API TqFileStreamBuf : public TqStreamBuf {
 public:
+    ~TqFileStreamBuf() override;
+
     /// The name as it was given to open(); null without one. Owned by the buffer, valid until it closes.
     virtual const wchar_t* fileName() const = 0;
     /// As it was given to open(); 0 without a file.
