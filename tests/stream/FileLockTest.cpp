@@ -56,7 +56,7 @@ private:
         while (::read(m_commands[0], &command, 1) == 1) {
             struct flock lock = {};
             lock.l_whence = SEEK_SET;
-            lock.l_type = command == 'r' ? F_RDLCK : command == 'u' ? F_UNLCK : F_WRLCK;
+            lock.l_type = static_cast<short>(command == 'r' ? F_RDLCK : command == 'u' ? F_UNLCK : F_WRLCK);
             const int result = ::fcntl(file, command == 'g' ? F_GETLK : F_SETLK, &lock);
             const auto answer = static_cast<signed char>(result != 0 ? -1 : command == 'g' ? lock.l_type : 0);
             if (::write(m_answers[1], &answer, 1) != 1)
