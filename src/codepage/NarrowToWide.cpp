@@ -1,6 +1,7 @@
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 #include "codepage/VectorOutput.h"
+#include "containers/SourceKeeper.h"
 #include "platform/Utf8.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
@@ -28,7 +29,7 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     const char* end = src;
     if (hasText)
         end = endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
-    const SourceKeeper<wchar_t> keeper(out, src);
+    const SourceKeeper keeper(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;

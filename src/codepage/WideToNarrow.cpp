@@ -2,6 +2,7 @@
 #include "codepage/TextKernels.h"
 #include "codepage/TextMeasure.h"
 #include "codepage/VectorOutput.h"
+#include "containers/SourceKeeper.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
@@ -19,7 +20,7 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
         end = endBehindLastEscape(src, src + text.count);
         size = text.size + static_cast<std::size_t>(end - (src + text.count));
     }
-    const SourceKeeper<char> keeper(out, src);
+    const SourceKeeper keeper(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     char* elements = resize(out, earlier + size + 1);
     char* textEnd = elements + earlier;

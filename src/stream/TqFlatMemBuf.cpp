@@ -1,3 +1,4 @@
+#include "containers/SourceKeeper.h"
 #include "stream/StreamBytes.h"
 #include "stream/StreamErrors.h"
 
@@ -8,6 +9,7 @@
 
 using tq::detail::fits;
 using tq::detail::moveBytes;
+using tq::detail::SourceKeeper;
 using tq::detail::throwOutOfStreamBuffer;
 
 namespace {
@@ -27,18 +29,6 @@ std::uint64_t endOf(std::uint64_t pos, std::uint32_t n) {
         throwOutOfStreamBuffer();
     return pos + n;
 }
-
-// Keeps the storage that growing replaces alive while the bytes to be written, which may lie in it, are copied.
-class StorageHold {
-public:
-    StorageHold(const TqByteVector& bytes, std::uint64_t newLength) {
-        if (newLength > static_cast<std::uint64_t>(bytes.physicalLength()))
-            m_held = bytes;
-    }
-
-private:
-    TqByteVector m_held;
-};
 
 } // namespace
 
@@ -132,7 +122,7 @@ void TqFlatMemBuf::readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_
 void TqFlatMemBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     const std::uint64_t end = std::uint64_t{m_position} + n;
     if (end > static_cast<std::uint64_t>(m_bytes.physicalLength())) {
-        const StorageHold hold(m_bytes, end);
+        const SourceKeeper keeper(m_bytes, buf);
         moveBytes(setLogicalLength(end) + m_position, buf, n);
     } else {
         moveBytes(setLogicalLength(end) + m_position, buf, n);
@@ -142,7 +132,7 @@ void TqFlatMemBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
 
 void TqFlatMemBuf::writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {
     const std::uint64_t end = endOf(pos, n);
-    const StorageHold hold(m_bytes, end);
+    const SourceKeeper keeper(m_bytes, buf);
     if (end > logicalLength(m_bytes))
         setLogicalLength(end);
     moveBytes(writableBytes() + pos, buf, n);
@@ -195,7 +185,7 @@ void TqFlatMemBuf::open(void* data, std::uint32_t size, std::uint32_t pos) {
     const std::uint64_t length = std::uint64_t{size} + pos;
     if (length > UINT32_MAX)
         throwOutOfStreamBuffer();
-    const StorageHold hold(m_bytes, length);
+    const SourceKeeper keeper(m_bytes, data);
     close();
     moveBytes(setLogicalLength(length), static_cast<const unsigned char*>(data), size);
     m_position = pos;

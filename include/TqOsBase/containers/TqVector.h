@@ -60,12 +60,14 @@ public:
         m_data->m_logicalLength = length;
     }
 
-    /// Moves the elements to a record of their own with exactly `length` slots; 0 returns the vector to the shared
-    /// empty record, and the present number changes nothing. The new record's logical length is 0 although the
-    /// elements are in their slots: the caller sets it afterwards.
+    /// Gives the elements a record of their own with exactly `length` slots; 0 returns the vector to the shared empty
+    /// record, and the present number changes nothing. The logical length is 0 then although the elements are in their
+    /// slots: the caller sets it afterwards.
     void setPhysicalLength(int length) {
         requireLength(length);
         if (length == physicalLength())
+            return;
+        if (length > 0 && m_data->tryResize(length))
             return;
         const DataPtr moved = newData(length, growLength());
         moved->copyElements(*m_data.get(), std::min(logicalLength(), length));

@@ -12,6 +12,16 @@
 #include <new>
 #include <type_traits>
 
+namespace tq::detail {
+
+// Whether an allocator can resize slots, which saves a growing vector a copy.
+template <class Allocator, class = void>
+inline constexpr bool kCanResize = false;
+template <class Allocator>
+inline constexpr bool kCanResize<Allocator, std::void_t<decltype(&Allocator::resize)>> = true;
+
+} // namespace tq::detail
+
 /// The record that the copies of one vector share. It lives in a block from tqMalloc; its slots come from Allocator.
 ///
 /// With S the number of TqVectorDataPtr that refer to the record, it holds between any two calls:
@@ -56,6 +66,21 @@ public:
     void copyElements(const TqVectorData& source, int count) noexcept {
         if (count > 0)
             std::memcpy(static_cast<void*>(m_elements), source.m_elements, static_cast<std::size_t>(count) * sizeof(T));
+    }
+
+    /// Changes the number of slots, which the record must have, keeping the elements that fit; the logical length is 0
+    /// afterwards. Returns false, and changes nothing, when others share the record or Allocator cannot do it. Throws
+    /// what Allocator throws, with the record unchanged.
+    bool tryResize([[maybe_unused]] int physicalLength) {
+        if constexpr (tq::detail::kCanResize<Allocator>) {
+            if (isShared())
+                return false;
+            m_elements = Allocator::resize(m_elements, physicalLength);
+            m_physicalLength = physicalLength;
+            m_logicalLength = 0;
+            return true;
+        }
+        return false;
     }
 
     /// Gives slots and record back. Only for the holder that took the count to 0.

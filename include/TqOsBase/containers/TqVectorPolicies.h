@@ -25,6 +25,14 @@ struct TqDelegateMemAllocator {
             throw std::bad_alloc();
         return static_cast<T*>(slots);
     }
+    /// Moves slots to a block for `count` of them, in place where the system can; the elements that fit are kept.
+    /// Throws std::bad_alloc and leaves them as they were.
+    static T* resize(T* slots, int count) {
+        void* moved = tqRealloc(slots, static_cast<std::size_t>(count) * sizeof(T));
+        if (moved == nullptr)
+            throw std::bad_alloc();
+        return static_cast<T*>(moved);
+    }
     static void release(T* slots, int physicalLength) noexcept {
         if (physicalLength > 0)
             tqFree(slots);
