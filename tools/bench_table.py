@@ -52,7 +52,8 @@ def main() -> int:
         sys.exit(f"no benchmark programs in {args.folder}")
     cases: dict = {}
     for program in programs:
-        for entry in run(program, args):
+        # Interleaved runs come shuffled; the family index is the order of registration.
+        for entry in sorted(run(program, args), key=lambda entry: entry["family_index"]):
             if "error_message" in entry:
                 sys.exit(f"{entry['name']}: {entry['error_message']}")
             if entry.get("aggregate_name") != "median":
@@ -62,7 +63,7 @@ def main() -> int:
 
     header = ["area", "case", "ours", "baseline", "baseline/ours", "peers (peer/ours)"]
     rows = []
-    for (area, case), times in sorted(cases.items(), key=lambda item: item[0][0]):
+    for (area, case), times in cases.items():
         if "ours" not in times or len(times) < 2:
             sys.exit(f"{area}/{case}: needs ours and a baseline, has {', '.join(times)}")
         ours = times.pop("ours")
