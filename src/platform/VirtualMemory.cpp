@@ -1,5 +1,7 @@
 #include "platform/VirtualMemory.h"
 
+#include "platform/VirtualMemoryFlags.h"
+
 #include <sys/mman.h>
 
 #if defined(__has_feature)
@@ -19,6 +21,19 @@ bool choosesOwnLayout() noexcept {
 #endif
 }
 
+bool reserveAt(std::uintptr_t address, std::size_t size) noexcept {
+    void* const wanted = reinterpret_cast<void*>(address);
+    const int flags = MAP_PRIVATE | MAP_ANON | MAP_NORESERVE | noReplaceFlag();
+    void* const mapping = ::mmap(wanted, size, PROT_NONE, flags, -1, 0);
+    if (mapping == MAP_FAILED)
+        return false;
+    if (mapping != wanted) {
+        ::munmap(mapping, size);
+        return false;
+    }
+    return true;
+}
+
 void unreserve(std::uintptr_t address, std::size_t size) noexcept {
     ::munmap(reinterpret_cast<void*>(address), size);
 }
@@ -31,9 +46,13 @@ void makeInaccessible(void* address, std::size_t size) noexcept {
     ::mprotect(address, size, PROT_NONE);
 }
 
+void giveBack(void* address, std::size_t size) noexcept {
+    ::madvise(address, size, giveBackAdvice());
+}
+
 std::uintptr_t reserveAnywhere(std::size_t size, std::size_t alignment) noexcept {
     const std::size_t extended = size + alignment;
-    void* const mapping = ::mmap(nullptr, extended, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* const mapping = ::mmap(nullptr, extended, PROT_NONE, MAP_PRIVATE | MAP_ANON | MAP_NORESERVE, -1, 0);
     if (mapping == MAP_FAILED)
         return 0;
     const auto start = reinterpret_cast<std::uintptr_t>(mapping);

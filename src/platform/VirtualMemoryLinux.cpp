@@ -1,35 +1,16 @@
-#include "platform/VirtualMemory.h"
+#include "platform/VirtualMemoryFlags.h"
 
 #include <sys/mman.h>
 
-namespace tq::platform {
-
-namespace {
-
 // Older C libraries do not name the flag; kernels that do not know it take the address as a hint.
+int tq::platform::noReplaceFlag() noexcept {
 #if defined(MAP_FIXED_NOREPLACE)
-constexpr int kNoReplace = MAP_FIXED_NOREPLACE;
+    return MAP_FIXED_NOREPLACE;
 #else
-constexpr int kNoReplace = 0x100000;
+    return 0x100000;
 #endif
-
-} // namespace
-
-bool reserveAt(std::uintptr_t address, std::size_t size) noexcept {
-    void* const wanted = reinterpret_cast<void*>(address);
-    void* const mapping =
-        ::mmap(wanted, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | kNoReplace, -1, 0);
-    if (mapping == MAP_FAILED)
-        return false;
-    if (mapping != wanted) {
-        ::munmap(mapping, size);
-        return false;
-    }
-    return true;
 }
 
-void giveBack(void* address, std::size_t size) noexcept {
-    ::madvise(address, size, MADV_DONTNEED);
+int tq::platform::giveBackAdvice() noexcept {
+    return MADV_DONTNEED;
 }
-
-} // namespace tq::platform

@@ -1,0 +1,13 @@
+#pragma once
+
+// What the systems name differently in mapping memory.
+namespace tq::platform {
+
+/// Flag that keeps a mapping at a given address from replacing what is there; 0 where an address without the fixed flag
+/// is a hint, which the system follows when the range is free.
+int noReplaceFlag() noexcept;
+
+/// The advice that gives the memory of private pages back.
+int giveBackAdvice() noexcept;
+
+} // namespace tq::platform
