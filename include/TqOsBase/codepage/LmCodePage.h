@@ -17,9 +17,10 @@ public:
     /// Supported code page number `index`, in the order in which they are offered; outside 0 to 13 the first, 1252.
     static int CodePageEntry(int index);
 
-    /// Charsets 0 and 2 are 1252; 0 for a charset without a code page (1, 130, the Indic ones).
+    /// 0 and 2: 1252, 128: 932, 129: 949, 134: 936, 136: 950, 161: 1253, 162: 1254, 163: 1258, 177: 1255, 178: 1256,
+    /// 186: 1257, 204: 1251, 222: 874, 238: 1250; 0 for a charset without a code page (1, 130, the Indic ones).
     static int CharSetToCodePage(int charset);
-    /// 0 for 1252 and for any unknown code page.
+    /// The inverse of CharSetToCodePage; 0 for 1252 and for any unknown code page.
     static int CodePageToCharSet(unsigned int codePage);
     /// Code page of the charset looked up; 0 for an unknown LCID or a charset without a code page.
     static int LanguageToCodePage(unsigned short lcid);
@@ -28,9 +29,11 @@ public:
     /// The same as LCIDToCharSet.
     static int LanguageToCharSet(int lcid);
 
-    /// The LCID that stands for a charset. 239 to 255 are first replaced by the charset of the system default LCID; a
-    /// charset without a language (1, 2, 130, 256, negative) gives the system default LCID. Not the inverse of the
-    /// lookup for Indic charsets: 257 gives 0x0447, whose charset is 258.
+    /// The LCID that stands for a charset: 0: 0x0409, 128: 0x0411, 129: 0x0412, 134: 0x0804, 136: 0x0404, 161: 0x0408,
+    /// 162: 0x041F, 163: 0x042A, 177: 0x040D, 178: 0x0401, 186: 0x0425, 204: 0x0419, 222: 0x041E, 238: 0x0405, and for
+    /// 257 to 264 0x0447, 0x0449, 0x044A, 0x044B, 0x044C, 0x044E, 0x0446, 0x0448. 239 to 255 are first replaced by the
+    /// charset of the system default LCID; a charset without a language (1, 2, 130, 256, negative) gives the system
+    /// default LCID. Not the inverse of the lookup for Indic charsets: 257 gives 0x0447, whose charset is 258.
     static LCID CharSetToLCID(int charset);
     /// The same as CharSetToLCID.
     static LCID CharSetToLanguage(int charset);
@@ -43,7 +46,7 @@ public:
     static int CharSetToCodePageIndex(int charset);
     /// Index of the charset looked up; 0 for an unknown LCID.
     static int LanguageToCodePageIndex(short lcid);
-    /// 0 for an index outside 1 to 5.
+    /// The inverse of CharSetToCodePageIndex; 0 for an index outside 1 to 5.
     static int CodePageIndexToCharSet(int index);
     /// 0 for Johab (4), which has no code page; 1252 for an index outside 1 to 5.
     static int CodePageIndexToCodePage(int index);

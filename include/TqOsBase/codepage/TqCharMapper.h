@@ -16,9 +16,10 @@
 class TQ_API TqCharMapper {
 public:
     /// Narrow to wide, appended with a terminating 0 behind what `out` holds. Converts `length` bytes or up to the
-    /// first 0 byte; a length of 0 or less appends the terminator only. `\U+XXXX` becomes that character, `\M+nXXXX`
-    /// with a value of 1 to 127 that character and otherwise stays as it stands, every other byte becomes the character
-    /// of its value (0x80 to 0xFF: U+0080 to U+00FF).
+    /// first 0 byte; a length of 0 or less appends the terminator only. `\U+XXXX` becomes that character (also
+    /// `\U+0000`, which puts a 0 into the text, so that only the logical length tells where it ends), `\M+nXXXX` with a
+    /// value of 1 to 127 that character and otherwise stays as it stands, every other byte becomes the character of its
+    /// value (0x80 to 0xFF: U+0080 to U+00FF).
     static void multiByteToWideChar(code_page_id id, const char* src, int length, TqVector<wchar_t>& out);
 
     /// As above, flags ignored, except for kCodePageUtf8: then the 0-terminated `src`, whatever `length`, must hold

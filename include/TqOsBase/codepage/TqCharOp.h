@@ -32,8 +32,9 @@ public:
                                       char* dst, int dstCount, unsigned int reserved);
 
     /// Stores the type 1 flags of `count` characters in types[0 .. count - 1] and returns true; a count of -1 means up
-    /// to the terminator. Characters below 128 are classified by the ASCII table, those above by the current C locale,
-    /// except that digit and hexadecimal digit are never set there. Returns false and writes nothing when a pointer is
-    /// null, bit 0 of infoType is clear (other types are not served) or no character is left to classify.
+    /// to the terminator. Characters from 0 to 127 are classified by the ASCII table, those from 128 on by the current
+    /// C locale, except that digit and hexadecimal digit are never set there; negative ones have no flag. Returns false
+    /// and writes nothing when a pointer is null, bit 0 of infoType is clear (other types are not served) or no
+    /// character is left to classify.
     static bool GetStringType(unsigned int infoType, const wchar_t* src, int count, unsigned short* types);
 };

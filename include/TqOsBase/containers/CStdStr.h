@@ -11,6 +11,7 @@ class CStdStr : public std::basic_string<T> {
     using Base = std::basic_string<T>;
 
 public:
+    using Base::Base;
     CStdStr() = default;
     /// Null gives the empty string.
     CStdStr(const T* text) : Base(text != nullptr ? Base(text) : Base()) {}
@@ -24,10 +25,6 @@ public:
             this->assign(text);
         else
             this->clear();
-        return *this;
-    }
-    CStdStr& operator=(std::nullptr_t) {
-        this->clear();
         return *this;
     }
 };

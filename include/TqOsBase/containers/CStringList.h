@@ -59,7 +59,8 @@ public:
     void SetAt(__POSITION* pos, const wchar_t* value);
     void SetAt(__POSITION* pos, const String& value);
 
-    /// Adds at one end and returns the new position. A null pointer adds an empty string.
+    /// Adds at one end and returns the new position. A null `const wchar_t*` adds an empty string (a bare nullptr could
+    /// also mean a list and does not compile).
     __POSITION* AddHead(const wchar_t* value);
     __POSITION* AddHead(const String& value);
     __POSITION* AddTail(const wchar_t* value);

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <type_traits>
 
@@ -15,7 +16,7 @@
 ///   m_refCount = S                         (S + 1 in the static empty headers, which are so never freed)
 ///   m_refCount = kPermanentCount           header that is neither counted up nor down nor freed
 ///   m_usedLength <= m_capacity             0 used means: the empty string, whose characters are not read
-/// Counts change atomically; the characters are not protected.
+/// Counts change atomically; the characters, and the heap that blocks come from and go to, are not protected.
 struct TQ_API TqMemDataHeader {
     /// Count of a header that is never released, however often it is held or let go.
     static constexpr std::uint32_t kPermanentCount = 0xFFFFFFFFU;
@@ -101,7 +102,9 @@ public:
             const std::uint64_t shortfall = needed - now.m_usedLength;
             const std::uint64_t step =
                 std::max(std::min(now.m_capacity, kLargestDoubling), std::max(now.m_growStep, shortfall));
-            requireRoom(reallocData(now.m_usedLength, now.m_capacity + step));
+            const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+            const bool isCountable = step <= most - now.m_capacity;
+            requireRoom(reallocData(now.m_usedLength, isCountable ? now.m_capacity + step : most));
         }
         header().m_usedLength = needed;
     }

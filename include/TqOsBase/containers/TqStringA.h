@@ -34,9 +34,11 @@ struct TQ_API TqEmptyStrHeaderA : TqStrHeaderA {
 };
 
 /// Reference-counted, copy-on-write narrow string that remembers the code page of its bytes. The object is one
-/// pointer; copies share their characters until one of them is changed, and may be released on different threads. The
-/// text may hold zero bytes; what is read from `const char*` ends at the first one. Every operation that needs a block
-/// and cannot have it throws std::bad_alloc and leaves the string as it was; blocks hold at most 2 GiB.
+/// pointer; copies share their characters until one of them is changed. Counts are atomic, but blocks come from the
+/// library's heap, which serves one thread at a time: on another thread a copy may be made, read and let go, not
+/// changed, and the last one not let go, while the heap is in use elsewhere. The text may hold zero bytes; what is read
+/// from `const char*` ends at the first one. Every operation that needs a block and cannot have it throws
+/// std::bad_alloc and leaves the string as it was; blocks hold at most 2 GiB.
 ///
 /// The instance that exists is TqStringA.
 template <class T, class Header>
@@ -75,7 +77,9 @@ public:
     std::size_t capacity() const noexcept { return static_cast<std::size_t>(m_data.header().m_capacity); }
 
     /// A writable private buffer for `count` characters and the terminator, which keeps the present text. Write a
-    /// terminated text into it, then call releaseBuffer. Null, and nothing changed, for a negative count.
+    /// terminated text into it, then call releaseBuffer: until then the string counts as `count` long (or as long as it
+    /// was, if that is more), and what lies between the text and that end is undefined. Null, and nothing changed, for
+    /// a negative count.
     T* getBuffer(int count);
     /// Ends what getBuffer began: the text is now `count` characters long (-1: up to its first zero byte), cut to what
     /// the block can hold. 0 returns the string to the shared empty one. Nothing happens for other negative counts and

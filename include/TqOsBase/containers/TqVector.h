@@ -11,8 +11,11 @@
 
 /// Growable array of trivially copyable elements with shared storage: copies share one record until one of them is
 /// changed. The object is one pointer. Allocator says where the slots come from, RefCounter (TqRefCounter or int)
-/// whether the share count is atomic, GrowPolicy how capacity grows. With TqRefCounter the copies of a vector may live
-/// on different threads; one vector object may not.
+/// whether the share count is atomic, GrowPolicy how capacity grows.
+///
+/// Threads: with TqRefCounter copies may be made, read and let go on different threads as long as none of these calls
+/// allocates or frees. What does (a write that unshares or grows, letting the last copy go) uses the library's heap,
+/// which serves one thread at a time. One vector object belongs to one thread.
 ///
 /// The logical length counts the elements in use, the physical length the slots. Lengths are `int`: a negative one
 /// throws std::length_error; slots that cannot be had throw std::bad_alloc; the vector is unchanged in both cases.
@@ -25,7 +28,8 @@ public:
 
     /// No elements, no storage of its own.
     TqVector() noexcept : m_data(Data::gpEmptyVectorData) {}
-    /// No elements, `physicalLength` slots (0: no storage of its own), growing by `growLength`.
+    /// No elements, `physicalLength` slots, growing by `growLength`; one of 0 or below never adds slack. Below 1 slot
+    /// there is no storage of its own, and the grow length is the default one.
     explicit TqVector(int physicalLength, int growLength = Data::kDefaultGrowLength)
         : m_data(newData(physicalLength, growLength)) {}
     /// Copies share the record.
@@ -62,7 +66,8 @@ public:
 
     /// Gives the elements a record of their own with exactly `length` slots; 0 returns the vector to the shared empty
     /// record, and the present number changes nothing. The logical length is 0 then although the elements are in their
-    /// slots: the caller sets it afterwards.
+    /// slots: the caller sets it before anything else, because a copy that unshares takes only the elements that count.
+    /// Length 0 also returns the grow length to the default one.
     void setPhysicalLength(int length) {
         requireLength(length);
         if (length == physicalLength())
@@ -94,7 +99,7 @@ public:
         return m_data->m_elements;
     }
 
-    /// Element `index`, 0 to logicalLength() - 1 (asserted in debug builds).
+    /// Element `index`, 0 to logicalLength() - 1: an assertion where the calling code inlines it, else unchecked.
     const T& operator[](int index) const noexcept {
         assert(index >= 0 && index < logicalLength());
         return m_data->m_elements[index];
