@@ -3,12 +3,12 @@
 #include <TqOsBase/codepage/TqCodePageMapper.h>
 
 #include <climits>
-#include <cstring>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <map>
-#include <set>
-#include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 static_assert(std::is_same_v<std::underlying_type_t<code_page_id>, std::int32_t>);
 
@@ -16,6 +16,11 @@ namespace {
 
 code_page_id id(int value) {
     return static_cast<code_page_id>(value);
+}
+
+int valueOr(const std::map<int, int>& map, int key, int fallback) {
+    const auto found = map.find(key);
+    return found == map.end() ? fallback : found->second;
 }
 
 // The Windows code pages of identifiers 0 to 45.
@@ -35,12 +40,8 @@ TEST(TqCodePageMapper, MapsIdentifiersBothWays) {
     }
     for (const int outside : kOutside)
         EXPECT_EQ(TqCodePageMapper::lumoCpToAnsiCp(id(outside)), 3);
-    for (int codePage = -1; codePage <= 66000; ++codePage) {
-        const auto found = highest.find(codePage);
-        ASSERT_EQ(TqCodePageMapper::ansiCpToLumoCp(codePage), found == highest.end() ? 0 : found->second) << codePage;
-    }
-    EXPECT_EQ(TqCodePageMapper::ansiCpToLumoCp(0), 43);
-    EXPECT_EQ(TqCodePageMapper::ansiCpToLumoCp(932), 38);
+    for (int codePage = -1; codePage <= 66000; ++codePage)
+        ASSERT_EQ(TqCodePageMapper::ansiCpToLumoCp(codePage), valueOr(highest, codePage, 0)) << codePage;
     EXPECT_EQ(TqCodePageMapper::currentSystemAnsiCp(), 0);
 }
 
@@ -50,34 +51,28 @@ TEST(TqCharMapper, CharSetsAndIdentifiers) {
                                             {178, 35}, {186, 36}, {204, 29}, {222, 37}, {238, 28}};
     std::map<int, int> charSetOfId;
     for (int charSet = 0; charSet <= 0xFFFF; ++charSet) {
-        const auto found = idOfCharSet.find(charSet);
-        const int expected = found == idOfCharSet.end() ? 0 : found->second;
+        const int expected = valueOr(idOfCharSet, charSet, 0);
         ASSERT_EQ(TqCharMapper::getCodepageByCharset(static_cast<unsigned short>(charSet)), expected) << charSet;
         if (expected != 0 && charSet != 2)
             charSetOfId[expected] = charSet;
     }
-    for (int i = -3; i <= 50; ++i) {
-        const auto found = charSetOfId.find(i);
-        EXPECT_EQ(TqCharMapper::getCharSetByCodepageId(id(i)), found == charSetOfId.end() ? 1 : found->second) << i;
-    }
+    for (int i = -3; i <= 50; ++i)
+        EXPECT_EQ(TqCharMapper::getCharSetByCodepageId(id(i)), valueOr(charSetOfId, i, 1)) << i;
     for (const int outside : kOutside)
         EXPECT_EQ(TqCharMapper::getCharSetByCodepageId(id(outside)), 1);
 }
 
 TEST(MifDigits, NameTheDoubleByteCodePages) {
-    const std::set<int> doubleByte = {22, 24, 25, 26, 31, 38, 39, 40, 41, 42};
-    const std::map<int, wchar_t> digits = {{22, L'1'}, {24, L'2'}, {25, L'3'}, {26, L'4'}, {31, L'5'},
-                                           {38, L'1'}, {39, L'5'}, {40, L'3'}, {41, L'2'}, {42, L'4'}};
+    const std::map<int, int> digits = {{22, '1'}, {24, '2'}, {25, '3'}, {26, '4'}, {31, '5'},
+                                       {38, '1'}, {39, '5'}, {40, '3'}, {41, '2'}, {42, '4'}};
     for (int i = -70; i <= 120; ++i) {
-        EXPECT_EQ(IsMultiByteCodePage(id(i)), doubleByte.count(i) != 0) << i;
-        EXPECT_EQ(isAsianCodepage(id(i)), doubleByte.count(i) != 0) << i;
-        EXPECT_EQ(reMapCodepage(id(i)), digits.count(i) != 0 ? digits.at(i) : L'0') << i;
+        EXPECT_EQ(IsMultiByteCodePage(id(i)), digits.count(i) != 0) << i;
+        EXPECT_EQ(isAsianCodepage(id(i)), digits.count(i) != 0) << i;
+        EXPECT_EQ(reMapCodepage(id(i)), valueOr(digits, i, '0')) << i;
     }
     const std::map<int, int> ids = {{'0', 43}, {'1', 38}, {'2', 41}, {'3', 40}, {'4', 42}, {'5', 39}};
-    for (int digit = SHRT_MIN; digit <= SHRT_MAX; ++digit) {
-        const auto found = ids.find(digit & 0xFF);
-        ASSERT_EQ(mapCodepage(static_cast<short>(digit)), found == ids.end() ? 0 : found->second) << digit;
-    }
+    for (int digit = SHRT_MIN; digit <= SHRT_MAX; ++digit)
+        ASSERT_EQ(mapCodepage(static_cast<short>(digit)), valueOr(ids, digit & 0xFF, 0)) << digit;
 }
 
 TEST(TqCharMapper, SingleCharactersMapForAsciiOnly) {
@@ -87,11 +82,9 @@ TEST(TqCharMapper, SingleCharactersMapForAsciiOnly) {
         for (const int page : {0, 30, 38, 45, 46, -1}) {
             wchar_t out = L'#';
             EXPECT_FALSE(TqCharMapper::unicodeToCodepage(ch, id(page), out, true)) << "even when it stored";
-            EXPECT_EQ(out, maps ? ch : L'#');
-            out = L'#';
+            EXPECT_EQ(std::exchange(out, L'#'), maps ? ch : L'#');
             EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, id(page), out), maps);
-            EXPECT_EQ(out, maps ? ch : L'#');
-            out = L'#';
+            EXPECT_EQ(std::exchange(out, L'#'), maps ? ch : L'#');
             EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, 9U, id(page), out), maps);
             EXPECT_EQ(out, maps ? ch : L'#');
             EXPECT_FALSE(TqCharMapper::isLeadByte(static_cast<unsigned char>(c), id(page)));
@@ -99,40 +92,71 @@ TEST(TqCharMapper, SingleCharactersMapForAsciiOnly) {
     }
 }
 
+// The exact form of the digits is swept by the text conversions and the fuzz target; here, what each part must be.
 TEST(ParseMifString, ReadsExactlyTheEscape) {
     struct Row {
         const char* text;
-        bool isEscape;
-        int value;
+        int value; // -1: no escape, nothing is stored
         int codePage;
     };
     const Row rows[] = {
-        {"\\M+18140", true, 0x8140, 38}, {"\\m+5b0a1", true, 0xB0A1, 39}, {"\\M+2FfEeZ", true, 0xFFEE, 41},
-        {"\\M+30000", true, 0, 40},      {"\\M+4007F", true, 0x7F, 42},   {"\\M+08140", true, 0x8140, 43},
-        {"\\M+68140", false, 0, 0},      {"\\M+1814G", false, 0, 0},      {"\\M+/8140", false, 0, 0},
-        {"\\M-18140", false, 0, 0},      {"\\N+18140", false, 0, 0},      {"/M+18140", false, 0, 0},
-        {"\\U+18140", false, 0, 0},      {"\\M+1@140", false, 0, 0},      {"\\M+1`140", false, 0, 0},
-        {"\\M+1:140", false, 0, 0},      {"\\M+181\xB1", false, 0, 0},
-    };
-    const auto parse = [](const char* text, wchar_t& value, code_page_id& codePage) {
-        return TqCharConverter::parseMIFString(reinterpret_cast<const unsigned char*>(text), value, codePage);
+        {"\\M+18140", 0x8140, 38},
+        {"\\m+5b0a1", 0xB0A1, 39},
+        {"\\M+2FfEeZ", 0xFFEE, 41},
+        {"\\M+30000", 0, 40},
+        {"\\M+4007F", 0x7F, 42},
+        {"\\M+08140", 0x8140, 43},
+        {"\\M+68140", -1, 0},
+        {"\\M+/8140", -1, 0},
+        {"\\M+1814G", -1, 0},
+        {"\\M-18140", -1, 0},
+        {"/M+18140", -1, 0},
+        {"\\U+18140", -1, 0},
+        {"\\M+1@140", -1, 0},
+        {"\\M+1`140", -1, 0},
+        {"\\M+1:140", -1, 0},
+        {"\\M+181\xB1", -1, 0},
+        {"\\M+1814", -1, 0},
+        {"\\M+1", -1, 0},
+        {"\\", -1, 0},
+        {"", -1, 0},
+        {nullptr, -1, 0},
     };
     for (const Row& row : rows) {
         wchar_t value = L'#';
         code_page_id codePage = id(7);
-        EXPECT_EQ(parse(row.text, value, codePage), row.isEscape) << row.text;
-        EXPECT_EQ(value, row.isEscape ? row.value : L'#') << row.text;
-        EXPECT_EQ(codePage, row.isEscape ? row.codePage : 7) << row.text;
+        const auto* text = reinterpret_cast<const unsigned char*>(row.text);
+        EXPECT_EQ(TqCharConverter::parseMIFString(text, value, codePage), row.value >= 0)
+            << testing::PrintToString(row.text);
+        EXPECT_EQ(value, row.value >= 0 ? row.value : L'#');
+        EXPECT_EQ(codePage, row.value >= 0 ? row.codePage : 7);
     }
-    wchar_t value = L'#';
-    code_page_id codePage = id(7);
-    EXPECT_FALSE(TqCharConverter::parseMIFString<unsigned char const>(nullptr, value, codePage));
-    for (std::size_t length = 0; length < 8; ++length) {
-        const std::string truncated("\\M+18140", length);
-        EXPECT_FALSE(parse(truncated.c_str(), value, codePage)) << truncated;
+}
+
+TEST(CheckSum, KnownSums) {
+    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("AB", 2), 197.0);
+    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("\xFF", 1), -1.0);
+    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("AB", INT_MIN), 0.0);
+    EXPECT_EQ(TqCharMapper::getCheckSumUnicode(L"AB", -1), 0.0);
+    EXPECT_EQ(TqCharMapper::getCheckSumAnsi(nullptr, 3), 0.0);
+    const std::int32_t wraps[] = {INT32_MIN, INT32_MAX, 0x40000000, -1};
+    EXPECT_EQ(TqCharMapper::getCheckSumUnicode(wraps, 4), -2147483648.0 - 2.0 - 1073741824.0 - 4.0);
+    char unaligned[9] = {0, 1, 0, 0, 0, 2, 0, 0, 0};
+    EXPECT_EQ(TqCharMapper::getCheckSumUnicode(unaligned + 1, 2), 5.0);
+}
+
+// Longer than the sum of so many products can be exact in a double: the order and the rounding of the additions show.
+TEST(CheckSum, LongTextsAddDoublesInOrder) {
+    std::vector<std::int32_t> units((std::size_t{1} << 23) + 5);
+    double expected = 0.0;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        // Products close to the largest, and odd for every other unit, so that the sum passes 2^53 and is rounded then.
+        const auto weight = static_cast<std::int64_t>(i + 1);
+        const std::int64_t unit = ((INT32_MAX - weight % 1000) / weight - 1) | 1;
+        units[i] = static_cast<std::int32_t>(unit);
+        expected += static_cast<double>(unit * weight);
     }
-    EXPECT_EQ(value, L'#');
-    EXPECT_EQ(codePage, 7);
+    EXPECT_EQ(TqCharMapper::getCheckSumUnicode(units.data(), static_cast<int>(units.size())), expected);
 }
 
 } // namespace

@@ -5,16 +5,20 @@
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <random>
+#include <stdexcept>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace {
 
 namespace detail = tq::detail;
+using namespace std::string_literals;
 
 constexpr std::size_t kCapacity = 2048;
 constexpr std::size_t kLongestText = 70; // Several steps of every width, with every tail.
@@ -33,10 +37,131 @@ std::wstring widened(const std::string& text) {
     return wide;
 }
 
+// The four conversions: the function, what becomes of a vector that holds '#', the text that the inner loops are given
+// (null: none), and these.
+template <class From, class To>
+using Form = To* (*)(const From*, const From*, To*) noexcept;
+
+struct NarrowToWide {
+    static constexpr bool kReplaces = false;
+    static constexpr Form<char, wchar_t> kForms[] = {detail::plain::narrowToWide, detail::word::narrowToWide,
+                                                     detail::wide::narrowToWide};
+    static void convert(const char* src, int length, TqVector<wchar_t>& out) {
+        TqCharMapper::multiByteToWideChar(kCodePageWestern, src, length, out);
+    }
+    static std::wstring expected(const char* src, int length) {
+        return L'#' + reference::narrowToWide(src, length) + L'\0';
+    }
+    static const char* end(const char* src, int length) {
+        if (length <= 0)
+            return nullptr;
+        return detail::endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
+    }
+};
+
+struct WideToNarrow {
+    static constexpr bool kReplaces = false;
+    static constexpr Form<wchar_t, char> kForms[] = {detail::plain::wideToNarrow, detail::word::wideToNarrow,
+                                                     detail::wide::wideToNarrow};
+    static void convert(const wchar_t* src, int length, TqVector<char>& out) {
+        TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
+    }
+    static std::string expected(const wchar_t* src, int length) {
+        return '#' + reference::wideToNarrow(src, length) + '\0';
+    }
+    static const wchar_t* end(const wchar_t* src, int length) {
+        if (length <= 0)
+            return nullptr;
+        return detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
+    }
+};
+
+struct Utf8ToWide {
+    static constexpr bool kReplaces = true;
+    static constexpr Form<char, wchar_t> kForms[] = {detail::plain::utf8ToWide, detail::word::utf8ToWide,
+                                                     detail::wide::utf8ToWide};
+    static void convert(const char* src, int length, TqVector<wchar_t>& out) {
+        TqCharMapper::utf8ToUnicode(src, length, out);
+    }
+    static std::wstring expected(const char* src, int length) { return reference::utf8ToUnicode(src, length) + L'\0'; }
+    static const char* end(const char* src, int length) { return length == 0 ? src + std::strlen(src) : nullptr; }
+};
+
+struct WideToUtf8 {
+    static constexpr bool kReplaces = false;
+    static constexpr Form<wchar_t, char> kForms[] = {detail::plain::wideToUtf8, detail::word::wideToUtf8,
+                                                     detail::wide::wideToUtf8};
+    static void convert(const wchar_t* src, int length, TqVector<char>& out) {
+        TqCharMapper::unicodeToUtf8(src, length, out);
+    }
+    static std::string expected(const wchar_t* src, int length) {
+        return length == 0 ? "#" : '#' + reference::unicodeToUtf8(src, length) + '\0';
+    }
+    static const wchar_t* end(const wchar_t* src, int length) {
+        return length <= 0 ? nullptr : src + ::wcsnlen(src, static_cast<std::size_t>(length) + 1);
+    }
+};
+
+class TextConversion : public testing::Test {
+protected:
+    template <class Direction, class From>
+    void check(const From* src, int length) {
+        using To = std::conditional_t<std::is_same_v<From, char>, wchar_t, char>;
+        const std::basic_string<To> expected = Direction::expected(src, length);
+        TqVector<To> out;
+        out.append('#');
+        Direction::convert(src, length, out);
+        ASSERT_EQ(contents(out), expected) << "length " << length;
+        const From* end = Direction::end(src, length);
+        if (end == nullptr)
+            return;
+        const auto text = expected.substr(Direction::kReplaces ? 0 : 1);
+        const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
+        for (const auto form : Direction::kForms) {
+            To* first = std::get<reference::GuardedBuffer<To>>(m_output).last(room);
+            To* last = form(src, end, first);
+            ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
+        }
+    }
+
+    template <class Direction, class From>
+    void checkCopy(const std::basic_string<From>& text, int length) {
+        check<Direction>(place(text), length);
+    }
+
+    // The text with its terminator, right before memory that cannot be read.
+    template <class From>
+    const From* place(const std::basic_string<From>& text) {
+        return std::get<reference::GuardedBuffer<From>>(m_source).place(text.c_str(), text.size() + 1);
+    }
+
+    // The piece at every offset in the text, with nothing behind it, a little, and enough for another step; taken
+    // whole, too far, not at all, and cut at each of its characters.
+    template <class Direction, class From>
+    void sweep(const std::basic_string<From>& around, const std::basic_string<From>& piece) {
+        for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
+            for (const std::size_t rest : {0U, 3U, 17U}) {
+                const auto whole = around.substr(0, offset) + piece + around.substr(offset, rest);
+                const From* src = place(whole);
+                const auto total = static_cast<int>(whole.size());
+                for (const int length : {INT_MIN, -1, 0, 1, total, total + 9, INT_MAX})
+                    ASSERT_NO_FATAL_FAILURE(check<Direction>(src, length));
+                for (std::size_t length = offset; length <= offset + piece.size(); ++length)
+                    ASSERT_NO_FATAL_FAILURE(check<Direction>(src, static_cast<int>(length)));
+            }
+        }
+    }
+
+    template <class Char>
+    using Buffer = reference::GuardedBuffer<Char>;
+    std::tuple<Buffer<char>, Buffer<wchar_t>> m_source{kCapacity, kCapacity};
+    std::tuple<Buffer<char>, Buffer<wchar_t>> m_output{kCapacity, kCapacity};
+};
+
 // Every byte value but 0 and the backslash, in an order that puts high ones everywhere.
-std::string filler(std::size_t length) {
+std::string filler() {
     std::string text;
-    for (unsigned i = 0; text.size() < length; ++i) {
+    for (unsigned i = 0; text.size() < kLongestText; ++i) {
         const auto byte = static_cast<char>(i * 37 + 65);
         if (byte != 0 && byte != '\\')
             text += byte;
@@ -45,132 +170,80 @@ std::string filler(std::size_t length) {
 }
 
 // Whole escapes, broken ones, and runs of backslashes.
-const std::string kPieces[] = {"",          "\\U+4E2D",     "\\u+00e9",       "\\U+0000",         "\\U+005C",
-                               "\\M+18140", "\\m+5b0a1",    "\\M+10041",      "\\M+2007F",        "\\M+30080",
-                               "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",           "\\U",
-                               "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",         "\\\\U+0041",
-                               "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
+const std::string kEscapes[] = {"",          "\\U+4E2D",     "\\u+00e9",       "\\U+0000",         "\\U+005C",
+                                "\\M+18140", "\\m+5b0a1",    "\\M+10041",      "\\M+2007F",        "\\M+30080",
+                                "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",           "\\U",
+                                "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",         "\\\\U+0041",
+                                "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
 
-std::vector<int> interestingLengths(std::size_t offset, std::size_t piece, std::size_t total) {
-    std::vector<int> lengths = {0, 1, static_cast<int>(total), static_cast<int>(total) + 9, INT_MAX};
-    for (std::size_t i = offset; i <= offset + piece; ++i)
-        lengths.push_back(static_cast<int>(i));
-    return lengths;
-}
-
-class TextConversion : public testing::Test {
-protected:
-    void checkNarrowToWide(const char* src, int length) {
-        const std::wstring expected = reference::narrowToWide(src, length);
-        TqVector<wchar_t> out;
-        TqCharMapper::multiByteToWideChar(kCodePageWestern, src, length, out);
-        ASSERT_EQ(contents(out), expected + L'\0') << "length " << length;
-        if (length <= 0)
-            return;
-        const char* end = detail::endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
-        for (const auto form : {detail::plain::narrowToWide, detail::word::narrowToWide, detail::wide::narrowToWide}) {
-            wchar_t* room = m_wide.last(static_cast<std::size_t>(end - src) + 1);
-            wchar_t* written = form(src, end, room);
-            ASSERT_EQ(std::wstring(room, written), expected) << "length " << length;
-        }
-    }
-
-    void checkWideToNarrow(const wchar_t* src, int length) {
-        const std::string expected = reference::wideToNarrow(src, length);
-        TqVector<char> out;
-        TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
-        ASSERT_EQ(contents(out), expected + '\0') << "length " << length;
-        if (length <= 0)
-            return;
-        const wchar_t* end = detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
-        for (const auto form : {detail::plain::wideToNarrow, detail::word::wideToNarrow, detail::wide::wideToNarrow}) {
-            char* room = m_narrow.last(expected.size() + 1);
-            char* written = form(src, end, room);
-            ASSERT_EQ(std::string(room, written), expected) << "length " << length;
-        }
-    }
-
-    reference::GuardedBuffer<char> m_narrowSource{kCapacity};
-    reference::GuardedBuffer<wchar_t> m_wideSource{kCapacity};
-    reference::GuardedBuffer<char> m_narrow{kCapacity};
-    reference::GuardedBuffer<wchar_t> m_wide{kCapacity};
-};
-
-TEST_F(TextConversion, NarrowToWideAtEveryOffsetAndLength) {
-    const std::string text = filler(kLongestText);
-    for (const std::string& piece : kPieces) {
-        for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
-            // Nothing behind the piece, a little, and enough for another step.
-            for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}}) {
-                const std::string whole = text.substr(0, offset) + piece + text.substr(offset, rest);
-                const char* src = m_narrowSource.place(whole.c_str(), whole.size() + 1);
-                for (const int length : interestingLengths(offset, piece.size(), whole.size()))
-                    ASSERT_NO_FATAL_FAILURE(checkNarrowToWide(src, length));
-            }
-        }
-    }
-}
-
-TEST_F(TextConversion, WideToNarrowAtEveryOffsetAndLength) {
-    std::wstring text = widened(filler(kLongestText));
-    const wchar_t special[] = {
-        127, 128, 0xFFFF, 0x10000, 0x1F600, static_cast<wchar_t>(-1), static_cast<wchar_t>(INT_MIN)};
-    for (std::size_t i = 0; i < text.size(); i += 9)
-        text[i] = special[i / 9 % std::size(special)];
+TEST_F(TextConversion, EscapesAtEveryOffsetAndLength) {
     const std::wstring ascii(kLongestText, L'a');
-    for (const std::wstring& around : {text, ascii}) {
-        for (const std::string& narrowPiece : kPieces) {
-            const std::wstring piece = widened(narrowPiece);
-            for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
-                for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}}) {
-                    const std::wstring whole = around.substr(0, offset) + piece + around.substr(offset, rest);
-                    const wchar_t* src = m_wideSource.place(whole.c_str(), whole.size() + 1);
-                    for (const int length : interestingLengths(offset, piece.size(), whole.size()))
-                        ASSERT_NO_FATAL_FAILURE(checkWideToNarrow(src, length));
-                }
-            }
-        }
+    std::wstring mixed = widened(filler());
+    const int special[] = {127, 128, 0xFFFF, 0x10000, 0x1F600, -1, -191, INT_MIN};
+    for (std::size_t i = 0; i < mixed.size(); i += 9)
+        mixed[i] = static_cast<wchar_t>(special[i / 9]);
+    for (const std::string& piece : kEscapes) {
+        ASSERT_NO_FATAL_FAILURE(sweep<NarrowToWide>(filler(), piece));
+        ASSERT_NO_FATAL_FAILURE(sweep<WideToNarrow>(mixed, widened(piece)));
+        ASSERT_NO_FATAL_FAILURE(sweep<WideToNarrow>(ascii, widened(piece)));
+    }
+}
+
+TEST_F(TextConversion, Utf8AtEveryOffsetAndLength) {
+    for (const char* bytes : {"", "\xE4\xB8\xAD", "\xE4\xB8", "\xE4", "\xC3\xA9", "\xC3", "\x80\xBF", "\xE4\xB8\x41",
+                              "\xFF\x80\x80", "\xFF\x80", "\xF0\x9F\x98\x80", "\xE0\xC3\xA9", "\xC0\x80\xED\xA0\x80",
+                              "\xE4\xB8\xAD\xE6\x96\x87\xC3\xA9\xE5\xAD\x97"})
+        ASSERT_NO_FATAL_FAILURE(sweep<Utf8ToWide>(std::string(kLongestText, 'a'), std::string(bytes)));
+    for (const std::wstring& characters :
+         {L""s, L"\x7F\x80"s, L"\u07FF\u0800"s, L"\uFFFF\U00010000"s, L"\U0001F600\U0001F600\U0001F600"s, L"\xD800"s,
+          L"\u4E2D\u6587a\u5B57"s, std::wstring(1, static_cast<wchar_t>(-60)), std::wstring(20, L'\U0001F600')})
+        ASSERT_NO_FATAL_FAILURE(sweep<WideToUtf8>(std::wstring(kLongestText, L'a'), characters));
+
+    std::mt19937 random(7);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text(random() % 60, ' ');
+        for (char& c : text)
+            c = "aZ\x80\xBF\xC3\xE4\xF0\xFF"[random() % 8];
+        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(text, 0));
+        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(text, static_cast<int>(random() % 70)));
     }
 }
 
 TEST_F(TextConversion, ReadsNothingBehindTheLengthOfAnUnterminatedText) {
     for (std::size_t length = 1; length <= kLongestText; ++length) {
-        for (const std::string& tail : {std::string(), std::string("\\U+4E2D"), std::string("\\M+18140")}) {
-            const std::string text = filler(length) + tail;
-            ASSERT_NO_FATAL_FAILURE(
-                checkNarrowToWide(m_narrowSource.place(text.data(), text.size()), static_cast<int>(text.size())));
+        for (const std::string& tail : {""s, "\\U+4E2D"s, "\\M+18140"s}) {
+            const std::string text = filler().substr(0, length) + tail;
             const std::wstring wide = widened(text);
-            ASSERT_NO_FATAL_FAILURE(
-                checkWideToNarrow(m_wideSource.place(wide.data(), wide.size()), static_cast<int>(wide.size())));
+            const auto size = static_cast<int>(text.size());
+            const char* src = std::get<0>(m_source).place(text.data(), text.size());
+            ASSERT_NO_FATAL_FAILURE(check<NarrowToWide>(src, size));
+            const wchar_t* wideSrc = std::get<1>(m_source).place(wide.data(), wide.size());
+            ASSERT_NO_FATAL_FAILURE(check<WideToNarrow>(wideSrc, size));
         }
     }
 }
 
 TEST_F(TextConversion, EveryCharacterAlone) {
-    for (int byte = 1; byte < 256; ++byte) {
-        const char text[] = {static_cast<char>(byte), '\0'};
-        ASSERT_NO_FATAL_FAILURE(checkNarrowToWide(m_narrowSource.place(text, 2), 1));
-    }
+    for (int byte = 1; byte < 256; ++byte)
+        ASSERT_NO_FATAL_FAILURE(checkCopy<NarrowToWide>(std::string(1, static_cast<char>(byte)), 1));
     for (int c = 1; c < 0x10100; ++c) {
-        const wchar_t text[] = {static_cast<wchar_t>(c), L'\0'};
-        ASSERT_NO_FATAL_FAILURE(checkWideToNarrow(m_wideSource.place(text, 2), 1));
+        const std::wstring text(1, static_cast<wchar_t>(c));
+        ASSERT_NO_FATAL_FAILURE(checkCopy<WideToNarrow>(text, 1));
+        ASSERT_NO_FATAL_FAILURE(checkCopy<WideToUtf8>(text, 1));
+        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(reference::unicodeToUtf8(text.c_str(), 1), 0));
     }
 }
 
 // Sizes are measured a stretch at a time: texts around whole stretches, with characters of every size at the joints.
-TEST(LongTexts, ConvertLikeShortOnes) {
+TEST_F(TextConversion, LongTextsConvertLikeShortOnes) {
     for (const std::size_t length : {2047U, 2048U, 2049U, 4096U, 10000U}) {
         std::wstring text(length, L'a');
         for (std::size_t i = 0; i < length; i += 31)
             text[i] = static_cast<wchar_t>(0x70 + i * 13);
-        for (const int taken : {static_cast<int>(length) - 1, static_cast<int>(length), INT_MAX}) {
+        for (const int taken : {static_cast<int>(length) - 1, INT_MAX}) {
             TqVector<char> narrow;
             TqCharMapper::wideCharToMultiByte(kCodePageWestern, text.c_str(), taken, narrow);
-            const std::string expected = reference::wideToNarrow(text.c_str(), taken);
-            ASSERT_EQ(contents(narrow), expected + '\0') << length;
-            TqVector<wchar_t> wide;
-            TqCharMapper::multiByteToWideChar(kCodePageWestern, expected.c_str(), INT_MAX, wide);
-            ASSERT_EQ(contents(wide), reference::narrowToWide(expected.c_str(), INT_MAX) + L'\0') << length;
+            ASSERT_EQ(contents(narrow), reference::wideToNarrow(text.c_str(), taken) + '\0') << length;
             TqVector<char> utf8;
             TqCharMapper::unicodeToUtf8(text.c_str(), taken, utf8);
             ASSERT_EQ(contents(utf8), reference::unicodeToUtf8(text.c_str(), taken) + '\0') << length;
@@ -178,132 +251,99 @@ TEST(LongTexts, ConvertLikeShortOnes) {
     }
 }
 
-TEST(NarrowToWide, KnownResults) {
+// Anchors for the reference, for every code page, with and without flags.
+TEST(KnownTexts, ConvertTheSameForEveryCodePage) {
     struct Row {
-        std::string text;
+        std::string narrow;
         int length;
-        std::wstring expected;
+        std::wstring wide;
     };
-    using namespace std::string_literals;
-    const Row rows[] = {
-        {"A\\U+00e9B", 9, L"A\u00E9B\0"s},
-        {"\\U+00G1", 7, L"\\U+00G1\0"s},
-        {"\\M+18140", 8, L"\\M+18140\0"s},
-        {"\\M+10041", 8, L"A\0"s},
+    const Row toWide[] = {
+        {"A\\U+00e9B", 9, L"A\u00E9B\0"s}, {"\\M+18140", 8, L"\\M+18140\0"s}, {"\\M+10041", 8, L"A\0"s},
         {"\\M+18140", 1, L"\\M+18140\0"s}, // begins before the end
-        {"x\\U+4E2Dy", 2, L"x\u4E2D\0"s},
-        {"\xE9", 1, L"\u00E9\0"s},
-        {"ab\0cd"s, 5, L"ab\0"s},
-        {"abc", 0, L"\0"s},
-        {"abc", -4, L"\0"s},
-        {"abc", INT_MIN, L"\0"s},
-        {"\\U+D83D\\U+DE00", 14, L"\xD83D\xDE00\0"s}, // units are not joined
+        {"x\\U+4E2Dy", 2, L"x\u4E2D\0"s},  {"\xE9", 1, L"\u00E9\0"s},         {"\\U+D83D", 7, L"\xD83D\0"s},
+        {"ab\0cd"s, 5, L"ab\0"s},          {"\\U+00G1", 7, L"\\U+00G1\0"s},   {"abc", -4, L"\0"s},
     };
-    for (const Row& row : rows) {
-        for (const int page : {0, 1, 30, 38, 45, 46, -1}) {
+    const Row toNarrow[] = {
+        {"\\U+00E9\0"s, 1, L"\u00E9"},     {"\\U+4E2D\0"s, 7, L"\\U+4E2D"}, {"\\u+4e2d\0"s, 3, L"\\u+4e2d"},
+        {"\\U+F600\0"s, 1, L"\U0001F600"}, {"ab\0"s, 5, L"ab\0cd"s},        {"\0"s, 0, L"abc"},
+    };
+    for (const int number : {0, 1, 30, 38, 45, 46, -1}) {
+        const auto page = static_cast<code_page_id>(number);
+        for (const Row& row : toWide) {
             TqVector<wchar_t> out;
-            TqCharMapper::multiByteToWideChar(static_cast<code_page_id>(page), row.text.c_str(), row.length, out);
-            EXPECT_EQ(contents(out), row.expected) << row.text << " page " << page;
-            if (page == kCodePageUtf8)
-                continue;
+            TqCharMapper::multiByteToWideChar(page, row.narrow.c_str(), row.length, out);
+            EXPECT_EQ(contents(out), row.wide) << row.narrow << " page " << page;
             TqVector<wchar_t> flagged;
-            TqCharMapper::multiByteToWideChar(static_cast<code_page_id>(page), 8U, row.text.c_str(), row.length,
-                                              flagged);
-            EXPECT_EQ(contents(flagged), row.expected) << row.text << " page " << page;
+            TqCharMapper::multiByteToWideChar(page, 8U, row.narrow.c_str(), row.length, flagged);
+            if (page != kCodePageUtf8) {
+                EXPECT_EQ(contents(flagged), row.wide) << row.narrow << " page " << page;
+            }
+        }
+        for (const Row& row : toNarrow) {
+            TqVector<char> out;
+            TqCharMapper::wideCharToMultiByte(page, row.wide.c_str(), row.length, out);
+            EXPECT_EQ(contents(out), row.narrow) << " page " << page;
         }
     }
-    TqVector<wchar_t> out;
-    TqCharMapper::multiByteToWideChar(kCodePageWestern, nullptr, 5, out);
-    EXPECT_EQ(contents(out), L"\0"s);
 }
 
-TEST(NarrowToWide, Utf8PageTakesOneWellFormedCharacter) {
-    struct Row {
-        const char* text;
-        wchar_t expected;
-    };
-    const Row rows[] = {
+TEST(KnownTexts, WithoutSource) {
+    TqVector<wchar_t> wide;
+    TqCharMapper::multiByteToWideChar(kCodePageWestern, nullptr, 5, wide);
+    EXPECT_EQ(contents(wide), L"\0"s);
+    TqCharMapper::utf8ToUnicode(nullptr, 3, wide);
+    EXPECT_EQ(contents(wide), L"\0"s);
+    TqVector<char> narrow;
+    TqCharMapper::unicodeToUtf8(nullptr, 5, narrow);
+    TqCharMapper::unicodeToUtf8(nullptr, -1, narrow);
+    EXPECT_TRUE(narrow.isEmpty());
+    TqCharMapper::wideCharToMultiByte(kCodePageWestern, nullptr, 5, narrow);
+    EXPECT_EQ(contents(narrow), "\0"s);
+}
+
+TEST(KnownTexts, Utf8WithFlagsIsOneCharacterOrAQuestionMark) {
+    const std::pair<const char*, wchar_t> rows[] = {
         {"A", L'A'},
-        {"\xC3\xA9", L'\u00E9'},
         {"\xE4\xB8\xAD", L'\u4E2D'},
         {"\xF0\x9F\x98\x80", L'\U0001F600'},
         {"", L'?'},
-        {"AB", L'?'},
-        {"\xC3\xA9\xC3\xA9", L'?'},
-        {"\xE4\xB8", L'?'},
-        {"\xC0\x80", L'?'},
-        {"\xED\xA0\x80", L'?'},
-        {"\xF4\x90\x80\x80", L'?'},
-        {"\x80", L'?'},
-        {"\\U+4E2D", L'?'},
-        {nullptr, L'?'},
         {"\xE4\xB8\xAD ", L'?'},
         {"\xF0\x9F\x98\x80\x80", L'?'},
+        {"AB", L'?'},
+        {"\xE4\xB8", L'?'},
+        {"\\U+4E2D", L'?'},
+        {"\x80", L'?'},
+        {nullptr, L'?'},
     };
-    for (const Row& row : rows) {
+    for (const auto& [text, expected] : rows) {
         for (const int length : {-1, 0, 1, 100}) {
             TqVector<wchar_t> out;
             out.append(L'<');
-            TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0U, row.text, length, out);
-            EXPECT_EQ(contents(out), (std::wstring{L'<', row.expected})) << "no terminator; length " << length;
+            TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0U, text, length, out);
+            EXPECT_EQ(contents(out), (std::wstring{L'<', expected})) << "no terminator; length " << length;
         }
     }
 }
 
-TEST(WideToNarrow, KnownResults) {
-    struct Row {
-        std::wstring text;
-        int length;
-        std::string expected;
-    };
-    using namespace std::string_literals;
-    const Row rows[] = {
-        {L"\u00E9", 1, "\\U+00E9\0"s},
-        {L"\\U+4E2D", 7, "\\U+4E2D\0"s},
-        {L"\\u+4e2d", 3, "\\u+4e2d\0"s}, // begins before the end, keeps its case
-        {L"\\M+61234", 8, "\\M+61234\0"s},
-        {L"\\M+61234", 3, "\\M+\0"s},
-        {L"\\m+18140", 1, "\\m+18140\0"s},
-        {L"\U0001F600", 1, "\\U+F600\0"s},
-        {std::wstring(1, static_cast<wchar_t>(-191)), 1, "A\0"s}, // a negative character is its low byte
-        {L"ab\0cd"s, 5, "ab\0"s},
-        {L"\0cd"s, 3, "\0"s},
-        {L"abc", 0, "\0"s},
-        {L"abc", INT_MIN, "\0"s},
-    };
-    for (const Row& row : rows) {
-        for (const int page : {0, 30, 45, 46, -1}) {
-            TqVector<char> out;
-            TqCharMapper::wideCharToMultiByte(static_cast<code_page_id>(page), row.text.c_str(), row.length, out);
-            EXPECT_EQ(contents(out), row.expected);
-        }
-    }
-    TqVector<char> out;
-    TqCharMapper::wideCharToMultiByte(kCodePageWestern, nullptr, 5, out);
-    EXPECT_EQ(contents(out), "\0"s);
-}
-
-TEST(TextConversionOutput, IsAppendedAndLeavesSharersAlone) {
+TEST(ConversionOutput, LeavesSharersAlone) {
     TqVector<wchar_t> wide;
     TqCharMapper::multiByteToWideChar(kCodePageWestern, "one", 3, wide);
     const TqVector<wchar_t> sharer = wide;
-    TqCharMapper::multiByteToWideChar(kCodePageWestern, "\\U+0032", 7, wide);
-    using namespace std::string_literals;
-    const std::wstring first = L"one\0"s;
-    EXPECT_EQ(contents(wide), first + L"2\0"s);
-    EXPECT_EQ(contents(sharer), first);
+    TqCharMapper::multiByteToWideChar(kCodePageWestern, "2", 1, wide);
+    EXPECT_EQ(contents(wide), L"one\0"s + L"2\0"s);
+    EXPECT_EQ(contents(sharer), L"one\0"s);
 
     TqVector<char> narrow;
     narrow.setPhysicalLength(64); // room to write in place, if it were not shared
     TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"one", 3, narrow);
     const TqVector<char> narrowSharer = narrow;
-    TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"\u4E2D", 1, narrow);
-    const std::string narrowFirst = "one\0"s;
-    EXPECT_EQ(contents(narrow), narrowFirst + "\\U+4E2D\0"s);
-    EXPECT_EQ(contents(narrowSharer), narrowFirst);
+    TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"2", 1, narrow);
+    EXPECT_EQ(contents(narrow), "one\0"s + "2\0"s);
+    EXPECT_EQ(contents(narrowSharer), "one\0"s);
 }
 
-TEST(TextConversionOutput, RefusesMoreThanItCanCount) {
+TEST(ConversionOutput, RefusesMoreThanItCanCount) {
     TqVector<char> full;
     full.setLogicalLength(INT_MAX);
     EXPECT_THROW(TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"", 0, full), std::length_error);
@@ -311,36 +351,37 @@ TEST(TextConversionOutput, RefusesMoreThanItCanCount) {
     EXPECT_EQ(full.logicalLength(), INT_MAX);
 }
 
-TEST(TextConversionOutput, MayHoldTheSource) {
-    // Once so that it must grow and once so that it need not.
-    for (const int slots : {0, 400}) {
-        const std::wstring text = L"held \\U+4E2D in the vector itself \u4E2D " + std::wstring(90, L'x');
-        TqVector<char> narrow;
-        narrow.setPhysicalLength(slots * 8);
-        const auto bytes = static_cast<int>((text.size() + 1) * sizeof(wchar_t));
-        narrow.setLogicalLength(bytes);
-        std::memcpy(narrow.asArrayPtr(), text.c_str(), static_cast<std::size_t>(bytes));
-        const std::string before = contents(narrow);
-        const auto* wideSource =
-            reinterpret_cast<const wchar_t*>(static_cast<const TqVector<char>&>(narrow).asArrayPtr());
-        TqCharMapper::wideCharToMultiByte(kCodePageWestern, wideSource, INT_MAX, narrow);
-        EXPECT_EQ(contents(narrow), before + reference::wideToNarrow(text.c_str(), INT_MAX) + '\0');
+// A vector of To whose elements hold the text, with its terminator, and room for `slots` elements.
+template <class To, class From>
+TqVector<To> holding(const std::basic_string<From>& text, int slots) {
+    const std::size_t bytes = (text.size() + 1) * sizeof(From);
+    TqVector<To> vector;
+    vector.setPhysicalLength(slots);
+    vector.setLogicalLength(static_cast<int>((bytes + sizeof(To) - 1) / sizeof(To)));
+    std::memcpy(vector.asArrayPtr(), text.c_str(), bytes);
+    return vector;
+}
 
-        const std::string source = "held \\U+4E2D here " + std::string(91, 'y');
-        TqVector<wchar_t> wide;
-        wide.setPhysicalLength(slots);
-        wide.setLogicalLength(static_cast<int>(source.size() / sizeof(wchar_t) + 1));
-        std::memcpy(wide.asArrayPtr(), source.c_str(), source.size() + 1);
-        const TqVector<wchar_t>& held = wide;
-        const auto* narrowSource = reinterpret_cast<const char*>(held.asArrayPtr());
-        TqVector<wchar_t> replaced(wide);
-        TqCharMapper::utf8ToUnicode(reinterpret_cast<const char*>(std::as_const(replaced).asArrayPtr()), 0, replaced);
-        EXPECT_EQ(contents(replaced), widened(source) + L'\0');
+template <class From, class To>
+const From* sourceIn(const TqVector<To>& vector) {
+    return reinterpret_cast<const From*>(vector.asArrayPtr());
+}
+
+TEST(ConversionOutput, MayHoldTheSource) {
+    const std::wstring wideText = L"held \\U+4E2D in the vector itself \u4E2D " + std::wstring(90, L'x');
+    const std::string text = "held \\U+4E2D here " + std::string(93, 'y');
+    for (const int slots : {0, 3200}) { // so that it must grow, and so that it need not
+        auto narrow = holding<char>(wideText, slots);
+        const std::string before = contents(narrow);
+        TqCharMapper::wideCharToMultiByte(kCodePageWestern, sourceIn<wchar_t>(narrow), INT_MAX, narrow);
+        EXPECT_EQ(contents(narrow), before + reference::wideToNarrow(wideText.c_str(), INT_MAX) + '\0');
+
+        auto wide = holding<wchar_t>(text, slots);
         const std::wstring wideBefore = contents(wide);
-        TqCharMapper::multiByteToWideChar(kCodePageWestern, narrowSource, INT_MAX, wide);
-        EXPECT_EQ(contents(wide), wideBefore + reference::narrowToWide(source.c_str(), INT_MAX) + L'\0');
-        TqCharMapper::utf8ToUnicode(reinterpret_cast<const char*>(held.asArrayPtr()), 0, wide);
-        EXPECT_EQ(contents(wide), widened(source) + L'\0');
+        TqCharMapper::multiByteToWideChar(kCodePageWestern, sourceIn<char>(wide), INT_MAX, wide);
+        EXPECT_EQ(contents(wide), wideBefore + reference::narrowToWide(text.c_str(), INT_MAX) + L'\0');
+        TqCharMapper::utf8ToUnicode(sourceIn<char>(wide), 0, wide);
+        EXPECT_EQ(contents(wide), widened(text) + L'\0');
     }
 }
 

@@ -33,20 +33,13 @@ TEST(HeapCheck, SeesDamage) {
 
     expectViolation(page.poolNumber, 2, "pool number of a run");
     expectViolation(page.freeCount, page.freeCount + 1, "length of the free list");
-    expectViolation(page.freeCount, 0, "length of the free list");
     expectViolation(page.freeCount, 8, "free count of a run");
     expectViolation(page.nextUnit, page.nextUnit + 8, "out of place");
     expectViolation(page.previous, &bump, "back link of a run");
-    expectViolation(page.next, &page, "back link of a run");
     expectViolation(*reinterpret_cast<char**>(blocks[1]), blocks[3], "chained twice");
-    expectViolation(*reinterpret_cast<char**>(blocks[1]), nullptr, "length of the free list");
     expectViolation(bump.nextUnit, bump.nextUnit + 64, "bump position");
-    writeLink(bump.nextUnit, nullptr);
-    expectViolation(bump.flags, kFreeListMode, "length of the free list");
-
     expectViolation(segment.committedCount, segment.committedCount + 1, "committed count");
     expectViolation(segment.uncommittedCount, segment.uncommittedCount - 1, "uncommitted count");
-    expectViolation(segment.committedFree, segment.committedFree->next, "committed count");
     expectViolation(segment.committedFree->poolNumber, 3, "pool number of a free page");
     Page* lastCommitted = segment.committedFree;
     while (lastCommitted->next != nullptr)

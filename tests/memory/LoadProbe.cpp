@@ -1,13 +1,11 @@
 // Loads the shared library, whose path it is given, under conditions that a test program cannot set up for itself.
 // Usage: memory_load_probe <library> plain|taken|limit. Ends with 0 when the library behaves.
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
-#include <fstream>
 #include <string>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -34,21 +32,10 @@ void require(bool holds, const char* what) {
         fail(what);
 }
 
-std::size_t residentPages() {
-    std::size_t size = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident;
-}
-
 Library load(const char* path) {
-    const std::size_t before = residentPages();
-    const auto start = std::chrono::steady_clock::now();
     void* const handle = ::dlopen(path, RTLD_NOW);
-    const std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - start;
     if (handle == nullptr)
         fail(::dlerror());
-    std::printf("loaded in %.0f us, %zu pages\n", taken.count(), residentPages() - before);
     Library library{};
     const auto find = [handle](const char* name, auto& function) {
         void* const symbol = ::dlsym(handle, name);
