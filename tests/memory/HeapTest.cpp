@@ -229,4 +229,59 @@ TEST_F(Heap, ARefusedCommitGivesNullAndIsMendedLater) {
     freeAll(blocks);
 }
 
+TEST_F(Heap, HintsComeRoundAfterFour) {
+    constexpr std::uintptr_t kGiB = std::uintptr_t{1} << 30;
+    const std::uintptr_t expected[] = {64 * kGiB, 0 - 128 * kGiB, 0 - 64 * kGiB, 0};
+    for (std::uint32_t counter = 1; counter < 9; ++counter)
+        EXPECT_EQ(tq::detail::TqHeapConfigurator::hintAddress(counter), expected[(counter - 1) % 4]) << counter;
+}
+
+// Damages a field, which is mended before the heap is used again.
+template <class Field, class Value>
+void expectSeen(Field& field, Value damaged, const char* expected) {
+    ASSERT_EQ(checkHeap(g_tqGlobalHeap), "");
+    const Field saved = field;
+    field = static_cast<Field>(damaged);
+    const std::string text = checkHeap(g_tqGlobalHeap);
+    field = saved;
+    EXPECT_NE(text.find(expected), std::string::npos) << expected << ": " << text;
+}
+
+TEST_F(Heap, DamageIsSeenByTheCheckThatTheseTestsRelyOn) {
+    using namespace tq::detail;
+    const std::vector<char*> blocks = allocate(5, 512);
+    char* const lone = static_cast<char*>(tqMalloc(64));
+    void* const unit = tqAllocPageHeap(8192);
+    tqFree(blocks[1]);
+    tqFree(blocks[3]); // free list: 3, 1, then the rest of the page
+    Page& page = *pageOf(blocks[0]);
+    Page& bump = *pageOf(lone);
+    expectSeen(page.poolNumber, 2, "pool number of a run");
+    expectSeen(page.freeCount, page.freeCount + 1, "length of the free list");
+    expectSeen(page.freeCount, 8, "free count of a run");
+    expectSeen(page.nextUnit, page.nextUnit + 8, "out of place");
+    expectSeen(page.previous, &bump, "back link of a run");
+    expectSeen(*reinterpret_cast<char**>(blocks[1]), blocks[3], "chained twice");
+    expectSeen(bump.nextUnit, bump.nextUnit + 64, "bump position");
+
+    Segment& segment = *segmentHeader(lone);
+    expectSeen(segment.committedCount, segment.committedCount + 1, "committed count");
+    expectSeen(segment.uncommittedCount, segment.uncommittedCount - 1, "uncommitted count");
+    expectSeen(segment.committedFree->poolNumber, 3, "pool number of a free page");
+    expectSeen(segment.highWater, kInitialPages - 1, "high water");
+    expectSeen(segment.previous, 77, "back link of a segment");
+    expectSeen(segment.next, kSegmentCount, "link of a segment");
+
+    const auto record = [](std::size_t segmentId) -> UnitSegment& {
+        return const_cast<UnitSegment&>(g_tqGlobalHeap.pagePools().record(segmentId));
+    };
+    UnitSegment& used = record(TqHeapConfigurator::segmentOf(unit));
+    expectSeen(used.identifierComplement, 0, "identifier of a record");
+    expectSeen(used.freeCount, used.freeCount - 1, "bump position");
+    expectSeen(record(5).freeCount, 1, "remains in a record");
+    expectSeen(record(5).identifierComplement, 5, "record of an unused segment");
+    tqFree(unit);
+    freeAll(std::vector<char*>{lone, blocks[0], blocks[2], blocks[4]});
+}
+
 } // namespace

@@ -1,14 +1,18 @@
 #pragma once
 
 #include <TqOsBase/diag/Exceptions.h>
+#include <TqOsBase/stream/FileStreamBuf.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace streamtest {
@@ -34,6 +38,17 @@ std::wstring thrownBy(const Call& call) {
     }
     return L"";
 }
+
+/// A call and the text that it must throw.
+using Refusal = std::pair<std::wstring, std::function<void()>>;
+
+template <class Refusals>
+void expectRefusals(const Refusals& refusals) {
+    for (const Refusal& refusal : refusals)
+        EXPECT_EQ(thrownBy(refusal.second), refusal.first) << "refusal " << &refusal - std::begin(refusals);
+}
+
+using BufPtr = std::unique_ptr<TqFileStreamBuf>;
 
 inline const std::wstring kOutOfBuffer = L"TqException Out of stream buffer!";
 inline const std::wstring kEndOfBuffer = L"TqException End of stream buffer!";

@@ -1,0 +1,101 @@
+#include "platform/CharacterClass.h"
+#include "platform/FileName.h"
+#include "platform/Utf8.h"
+#include "reference/GuardedBuffer.h"
+
+#include <cerrno>
+#include <climits>
+#include <clocale>
+#include <cwctype>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+
+namespace {
+
+using namespace tq::platform;
+
+struct ClassRow {
+    bool (*ours)(wchar_t) noexcept;
+    int (*library)(std::wint_t);
+    CharacterClasses bit;
+    bool asciiOnly;
+};
+
+const ClassRow kRows[] = {
+    {isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
+    {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
+    {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
+    {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
+    {isAlpha, std::iswalpha, kAlpha, false},
+};
+
+// Each test in the locale "C" and in "C.UTF-8".
+class InLocale : public testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override { ASSERT_NE(std::setlocale(LC_ALL, GetParam()), nullptr); }
+    void TearDown() override { std::setlocale(LC_ALL, "C"); }
+};
+INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", "C.UTF-8"),
+                         [](const auto& row) { return std::string(row.index == 0 ? "plain" : "utf8"); });
+
+TEST_P(InLocale, CharacterClassesAgreeWithTheCLibrary) {
+    for (int code = -300; code < 0x3100; ++code) {
+        const auto c = static_cast<wchar_t>(code);
+        for (const ClassRow& row : kRows) {
+            const bool isAsked = code >= 0 && (code < 128 || !row.asciiOnly);
+            const bool expected = isAsked && row.library(static_cast<std::wint_t>(c)) != 0;
+            ASSERT_EQ(row.ours(c), expected) << std::hex << code << " class " << row.bit;
+            ASSERT_EQ((characterClasses(c) & row.bit) != 0, expected) << std::hex << code << " class " << row.bit;
+        }
+    }
+    EXPECT_EQ(characterClasses(static_cast<wchar_t>(INT_MIN)), 0);
+    EXPECT_EQ(isUpper(L'\u0416'), GetParam() != std::string("C")) << "the locale is really asked";
+}
+
+TEST_P(InLocale, FileNamesAreUtf8AndLeaveErrnoAlone) {
+    const std::pair<std::wstring, const char*> rows[] = {
+        {L"", ""},
+        {L"\u00E9\u4E2D\U0001F600", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
+        {L"a\U0010FFFF", "a\xF4\x8F\xBF\xBF"},
+        {std::wstring(L"a") + static_cast<wchar_t>(0x110000), nullptr}, // refused
+        {std::wstring(L"a") + static_cast<wchar_t>(-2), nullptr},
+    };
+    for (const auto& [name, expected] : rows) {
+        std::string out = "left over";
+        errno = EXDEV;
+        EXPECT_EQ(toFileName(name.c_str(), out), expected != nullptr);
+        EXPECT_EQ(errno, EXDEV);
+        if (expected != nullptr) {
+            EXPECT_EQ(out, expected);
+        }
+    }
+}
+
+TEST(Utf8, EveryCharacterComesBackExceptSurrogates) {
+    for (char32_t c = 0; c <= 0x10FFFF; ++c) {
+        char encoded[kMaxUtf8Length] = {};
+        const std::size_t length = encodeUtf8(c, encoded);
+        ASSERT_EQ(length, c < 0x80 ? 1U : c < 0x800 ? 2U : c < 0x10000 ? 3U : 4U);
+        const bool isSurrogate = c >= 0xD800 && c <= 0xDFFF;
+        char32_t decoded = 0xFFFFFFFF;
+        ASSERT_EQ(decodeUtf8(std::string(encoded, length).c_str(), decoded), isSurrogate ? 0 : length);
+        ASSERT_TRUE(decoded == (isSurrogate ? 0xFFFFFFFF : c)) << std::hex << static_cast<unsigned>(c);
+    }
+    char encoded[kMaxUtf8Length];
+    EXPECT_EQ(encodeUtf8(0x110000, encoded), 0U);
+    EXPECT_EQ(encodeUtf8(0xFFFFFFFF, encoded), 0U);
+}
+
+TEST(Utf8, MalformedBytesAreRefusedWithoutReadingOn) {
+    reference::GuardedBuffer<char> buffer(16);
+    for (const std::string row :
+         {"\x80", "\xBF", "\xC3", "\xC3\x41", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xE4\xB8",
+          "\xE4", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80", "\xFF", "\xF0\x9F\x98"}) {
+        char32_t decoded = 7;
+        EXPECT_EQ(decodeUtf8(buffer.place(row.c_str(), row.size() + 1), decoded), 0U) << testing::PrintToString(row);
+        EXPECT_TRUE(decoded == 7);
+    }
+}
+
+} // namespace
