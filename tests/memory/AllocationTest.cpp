@@ -150,7 +150,6 @@ TEST_F(Allocation, WideTextsAreCopied) {
         const std::wstring text(length, L'\U0001F4D0');
         wchar_t* const copy = tqStrdup(text.c_str());
         EXPECT_EQ(copy, text);
-        EXPECT_GE(tqMsize(copy), (length + 1) * sizeof(wchar_t));
         tqStrdupFree(copy);
     }
 }

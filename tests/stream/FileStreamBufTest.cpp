@@ -328,19 +328,16 @@ TEST(FileStreamBuf, TakesOverAnOpenStream) {
     const BufPtr buf(createFileIOStreamBuf(file));
     EXPECT_EQ(buf->fileHandle(), file);
     EXPECT_EQ(buf->fileName(), nullptr);
-    EXPECT_EQ(buf->shareMode(), 0);
     EXPECT_EQ(buf->length(), 10U) << "what was still in the stream included";
     EXPECT_EQ(buf->tell(), 10U);
     EXPECT_EQ(buf->readByte(4), '4');
-    buf->writeByte('a');
-    EXPECT_EQ(buf->length(), 11U);
     buf->rewind();
     EXPECT_EQ(buf->readByte(), '0');
     buf->writeByte('b');
     EXPECT_EQ(buf->readByte(), '2') << "reading and writing may follow each other";
     EXPECT_EQ(buf->readByte(1), 'b');
-    for (void* none : {static_cast<void*>(nullptr), reinterpret_cast<void*>(~std::uintptr_t{0})}) {
-        const BufPtr empty(createFileIOStreamBuf(none));
+    for (const std::uintptr_t none : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
+        const BufPtr empty(createFileIOStreamBuf(reinterpret_cast<void*>(none)));
         EXPECT_EQ(thrownBy([&] { empty->writeByte(1); }), kWriteError);
         EXPECT_EQ(empty->length(), 0U);
     }
