@@ -92,45 +92,26 @@ TEST(TqCharMapper, SingleCharactersMapForAsciiOnly) {
     }
 }
 
-// The exact form of the digits is swept by the text conversions and the fuzz target; here, what each part must be.
+void expectParsed(const char* text, bool isEscape, int expectedValue, int expectedPage) {
+    wchar_t value = L'#';
+    code_page_id page = id(7);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    EXPECT_EQ(TqCharConverter::parseMIFString(bytes, value, page), isEscape) << testing::PrintToString(text);
+    EXPECT_EQ(value, expectedValue) << testing::PrintToString(text);
+    EXPECT_EQ(page, expectedPage) << testing::PrintToString(text);
+}
+
 TEST(ParseMifString, ReadsExactlyTheEscape) {
-    struct Row {
-        const char* text;
-        int value; // -1: no escape, nothing is stored
-        int codePage;
-    };
-    const Row rows[] = {
-        {"\\M+18140", 0x8140, 38},
-        {"\\m+5b0a1", 0xB0A1, 39},
-        {"\\M+2FfEeZ", 0xFFEE, 41},
-        {"\\M+30000", 0, 40},
-        {"\\M+4007F", 0x7F, 42},
-        {"\\M+08140", 0x8140, 43},
-        {"\\M+68140", -1, 0},
-        {"\\M+/8140", -1, 0},
-        {"\\M+1814G", -1, 0},
-        {"\\M-18140", -1, 0},
-        {"/M+18140", -1, 0},
-        {"\\U+18140", -1, 0},
-        {"\\M+1@140", -1, 0},
-        {"\\M+1`140", -1, 0},
-        {"\\M+1:140", -1, 0},
-        {"\\M+181\xB1", -1, 0},
-        {"\\M+1814", -1, 0},
-        {"\\M+1", -1, 0},
-        {"\\", -1, 0},
-        {"", -1, 0},
-        {nullptr, -1, 0},
-    };
-    for (const Row& row : rows) {
-        wchar_t value = L'#';
-        code_page_id codePage = id(7);
-        const auto* text = reinterpret_cast<const unsigned char*>(row.text);
-        EXPECT_EQ(TqCharConverter::parseMIFString(text, value, codePage), row.value >= 0)
-            << testing::PrintToString(row.text);
-        EXPECT_EQ(value, row.value >= 0 ? row.value : L'#');
-        EXPECT_EQ(codePage, row.value >= 0 ? row.codePage : 7);
-    }
+    expectParsed("\\M+18140", true, 0x8140, 38);
+    expectParsed("\\m+5b0a1", true, 0xB0A1, 39);
+    expectParsed("\\M+2FfEeZ", true, 0xFFEE, 41);
+    expectParsed("\\M+30000", true, 0, 40);
+    expectParsed("\\M+4007F", true, 0x7F, 42);
+    expectParsed("\\M+08140", true, 0x8140, 43);
+    for (const char* text : {"\\M+68140", "\\M+/8140", "\\M+1814G", "\\M-18140", "/M+18140", "\\U+18140", "\\M+1@140",
+                             "\\M+1`140", "\\M+1:140", "\\M+181\xB1", "\\M+1814", "\\M+1", "\\M", "\\", ""})
+        expectParsed(text, false, L'#', 7);
+    expectParsed(nullptr, false, L'#', 7);
 }
 
 TEST(CheckSum, KnownSums) {
