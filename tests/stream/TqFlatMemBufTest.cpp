@@ -264,13 +264,13 @@ TEST(TqFlatMemBuf, BytesOfTheBufferItselfMayBeWrittenWhileItGrows) {
     TqFlatMemBuf buf;
     const Bytes text = bytesOf("01234567");
     buf.writeBytes(text.data(), 8);
-    while (buf.length() < 2048)
+    while (buf.length() < 16384)
         buf.writeBytes(buf.buffer(), static_cast<uint32_t>(buf.length()));
-    buf.writeBytes(2040, buf.buffer(), 2048);
-    ASSERT_EQ(buf.length(), 4088U);
-    for (uint32_t i = 0; i < 4088; ++i)
+    buf.writeBytes(16376, buf.buffer(), 16384);
+    ASSERT_EQ(buf.length(), 32760U);
+    for (uint32_t i = 0; i < 32760; ++i)
         ASSERT_EQ(buf.getByte(i), text[i % 8]);
-    buf.open(buf.buffer() + 1, 4, 5000);
+    buf.open(buf.buffer() + 1, 4, 50000);
     EXPECT_EQ(std::memcmp(buf.buffer(), "1234", 4), 0);
 }
 
