@@ -97,7 +97,10 @@ private:
                 require(m_runs.insert(base).second, "run listed twice", segment, page);
                 require(run->poolNumber == number, "pool number of a run", segment, page);
                 require((run->freeCount == 0) == isFull || run == pool.partial, "run in the wrong list", segment, page);
-                checkUnits(pool, *run, base, segment, page);
+                if (isFull)
+                    require(run->nextUnit == nullptr, "next unit of a full run", segment, page);
+                else
+                    checkUnits(pool, *run, base, segment, page);
             }
         }
     }

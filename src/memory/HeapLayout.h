@@ -12,7 +12,8 @@
 // A run is what a pool cuts its units from: a page (block pools) or a whole segment (page pools). With u units per run
 // and base = address of the run, for every run that a pool owns:
 //   0 <= freeCount < u                  a run that becomes wholly free leaves its pool at once
-//   in the full list  =>  freeCount == 0;   freeCount == 0  =>  in the full list, or the first of the partial list
+//   in the full list  =>  freeCount == 0 and nextUnit == null
+//   freeCount == 0  =>  in the full list, or the first of the partial list
 //   bump mode:       nextUnit == base + (u - freeCount) * unitSize; units from there on are free
 //   free-list mode:  the chain from nextUnit has freeCount distinct units of the run and ends with null
 //   poolNumber == number of the pool that lists it

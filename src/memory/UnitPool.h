@@ -79,6 +79,7 @@ void retireFullRun(UnitPool<Run>& pool) noexcept {
     if (run == nullptr || run->freeCount != 0)
         return;
     unlink(pool.partial, *run);
+    run->nextUnit = nullptr;
     pushFront(pool.full, *run);
 }
 
@@ -94,8 +95,22 @@ std::byte* chainRest(const UnitPool<Run>& pool, const Run& run) noexcept {
     return run.freeCount != 0 ? run.nextUnit : nullptr;
 }
 
+template <class Run>
+inline constexpr std::size_t kRunBytes = 0;
+template <>
+inline constexpr std::size_t kRunBytes<Page> = kPageBytes;
+template <>
+inline constexpr std::size_t kRunBytes<UnitSegment> = kSegmentBytes;
+
+/// True for the last unit of its run. Runs are aligned to their size.
+template <class Run>
+bool isLastUnit(const UnitPool<Run>& pool, const std::byte* unit) noexcept {
+    return reinterpret_cast<std::uintptr_t>(unit) % kRunBytes<Run> == (pool.unitsPerRun - 1) * pool.unitSize;
+}
+
 /// Gives a unit back to the run that it was taken from. Returns true when that leaves the run wholly free: it is then
-/// out of the pool's lists. Units freed in the reverse order of their allocation keep the run in bump mode.
+/// out of the pool's lists. Units freed in the reverse order of their allocation keep the run in bump mode, and a full
+/// run comes back to it when its last unit is the first that is freed.
 template <class Run>
 bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
     const bool isListedFull = run.freeCount == 0 && pool.partial != &run;
@@ -108,7 +123,9 @@ bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
         unlink(pool.full, run);
         pushFront(pool.partial, run);
     }
-    if ((run.flags & kFreeListMode) != 0) {
+    if (run.freeCount == 0 && isLastUnit(pool, unit)) {
+        run.flags = 0;
+    } else if ((run.flags & kFreeListMode) != 0) {
         writeLink(unit, run.nextUnit);
     } else if (unit + pool.unitSize != run.nextUnit) {
         writeLink(unit, chainRest(pool, run));

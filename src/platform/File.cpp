@@ -70,6 +70,10 @@ bool flushStream(std::FILE* stream) noexcept {
     return std::fflush(stream) == 0;
 }
 
+bool hasFailed(std::FILE* stream) noexcept {
+    return std::ferror(stream) != 0;
+}
+
 std::size_t readStream(std::FILE* stream, void* buffer, std::size_t n) noexcept {
     if (n == 0)
         return 0;

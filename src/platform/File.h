@@ -32,6 +32,8 @@ std::FILE* openStream(const char* path, const OpenMode& mode) noexcept;
 /// Closes `stream`; false when bytes that were still in it could not be written. The stream is gone in either case.
 bool closeStream(std::FILE* stream) noexcept;
 bool flushStream(std::FILE* stream) noexcept;
+/// True when writing to `stream` has failed before, in a write, a flush or a move.
+bool hasFailed(std::FILE* stream) noexcept;
 
 /// Reads up to `n` bytes and returns how many there were. A failing read leaves no error mark on the stream, so that it
 /// is not held against a later write.

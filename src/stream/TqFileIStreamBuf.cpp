@@ -19,7 +19,7 @@ TqFileIStreamBuf::TqFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
 }
 
 TqFileIStreamBuf::~TqFileIStreamBuf() {
-    TqFileIStreamBuf::close();
+    closeForGood();
 }
 
 void TqFileIStreamBuf::close() {

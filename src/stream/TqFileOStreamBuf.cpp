@@ -27,7 +27,7 @@ TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
 }
 
 TqFileOStreamBuf::~TqFileOStreamBuf() {
-    TqFileOStreamBuf::close();
+    closeForGood();
 }
 
 void TqFileOStreamBuf::flushPending() {

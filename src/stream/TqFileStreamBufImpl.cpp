@@ -8,6 +8,7 @@
 #include <TqOsBase/stream/FileStreamBuf.h>
 
 #include <cwchar>
+#include <exception>
 #include <memory>
 #include <string>
 #include <utility>
@@ -84,7 +85,17 @@ TqFileStreamBufImpl::TqFileStreamBufImpl(void* handle) {
 }
 
 TqFileStreamBufImpl::~TqFileStreamBufImpl() {
-    TqFileStreamBufImpl::close();
+    closeForGood();
+}
+
+void TqFileStreamBufImpl::closeForGood() noexcept {
+    const bool wasThrown = hasFile() && platform::hasFailed(m_stream);
+    try {
+        close(); // of the class whose destructor runs
+    } catch (const wchar_t*) {
+        if (!wasThrown)
+            std::terminate();
+    }
 }
 
 bool TqFileStreamBufImpl::hasFile() const noexcept {
@@ -151,8 +162,9 @@ void* TqFileStreamBufImpl::fileHandle() const {
 void TqFileStreamBufImpl::close() {
     bool isLost = false;
     if (hasFile()) {
-        if (m_isDirty)
-            isLost = !platform::flushStream(m_stream);
+        isLost = platform::hasFailed(m_stream);
+        if (m_isDirty && !platform::flushStream(m_stream))
+            isLost = true;
         platform::releaseLock(m_descriptor);
         if (!platform::closeStream(m_stream) && m_isDirty)
             isLost = true;
@@ -230,6 +242,16 @@ void TqFileStreamBufImpl::writeBytes(const unsigned char* buf, std::uint32_t n) 
     if (!platform::writeStream(m_stream, buf, n))
         throwFileError(kWriteFileError);
     m_isDirty = true;
+}
+
+void TqFileStreamBufImpl::readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) {
+    requireFile(kEndOfFile);
+    TqFileStreamBuf::readBytes(pos, buf, n);
+}
+
+void TqFileStreamBufImpl::writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {
+    requireFile(kWriteFileError);
+    TqFileStreamBuf::writeBytes(pos, buf, n);
 }
 
 void TqFileStreamBufImpl::getBytes(unsigned char* buf, std::uint32_t n) {

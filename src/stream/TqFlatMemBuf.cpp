@@ -5,6 +5,8 @@
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 
 #include <algorithm>
+#include <climits>
+#include <stdexcept>
 #include <utility>
 
 using tq::detail::fits;
@@ -30,16 +32,22 @@ std::uint64_t endOf(std::uint64_t pos, std::uint32_t n) {
     return pos + n;
 }
 
+// A length as the vector takes it, or what is thrown for one that it cannot take.
+int vectorLength(std::uint64_t length) {
+    if (length > UINT32_MAX)
+        throwOutOfStreamBuffer();
+    if (length > INT_MAX)
+        throw std::length_error("TqFlatMemBuf: more than 2 GiB");
+    return static_cast<int>(length);
+}
+
 } // namespace
 
 TqFlatMemBuf::~TqFlatMemBuf() = default;
 
-// Sets the length and returns the bytes, which no other buffer shares afterwards. Beyond INT_MAX the vector itself
-// refuses; a number that a vector length cannot even express must not reach it cut.
+// Sets the length and returns the bytes, which no other buffer shares afterwards.
 unsigned char* TqFlatMemBuf::setLogicalLength(std::uint64_t length) {
-    if (length > UINT32_MAX)
-        throwOutOfStreamBuffer();
-    m_bytes.setLogicalLength(static_cast<int>(static_cast<std::uint32_t>(length)));
+    m_bytes.setLogicalLength(vectorLength(length));
     return const_cast<unsigned char*>(std::as_const(m_bytes).asArrayPtr());
 }
 
@@ -183,8 +191,7 @@ std::uint64_t TqFlatMemBuf::moveTo(std::uint64_t pos) {
 
 void TqFlatMemBuf::open(void* data, std::uint32_t size, std::uint32_t pos) {
     const std::uint64_t length = std::uint64_t{size} + pos;
-    if (length > UINT32_MAX)
-        throwOutOfStreamBuffer();
+    static_cast<void>(vectorLength(length));
     const SourceKeeper keeper(m_bytes, data);
     close();
     moveBytes(setLogicalLength(length), static_cast<const unsigned char*>(data), size);

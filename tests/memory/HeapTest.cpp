@@ -81,6 +81,7 @@ TEST_F(Heap, APageServesItsBlocksInOrderAndTakesThemBackInEveryMode) {
     tqFree(b[u - 1]);
     tqFree(b[u - 2]);
     tqFree(b[u - 3]);
+    EXPECT_EQ(tq::detail::pageOf(b[0])->flags, 0) << "full in a chain, then freed from its end on";
     tqFree(b[1]);
     EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
     for (char* expected : {b[1], b[u - 3], b[u - 2], b[u - 1]})

@@ -386,6 +386,21 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
             EXPECT_EQ(pending->tell(), 0U);
             EXPECT_EQ(thrownBy([&] { pending->close(); }), L"") << "once";
         }
+        // Accepted bytes that an earlier call has lost: close() says so again, the destructor need not.
+        for (const auto& lose : std::vector<std::function<void(TqFileStreamBuf&)>>{
+                 [&](TqFileStreamBuf& b) { b.seek(0, TqIO::kSeekStart); },
+                 [&](TqFileStreamBuf& b) { b.writeBytes(large.data(), 100000); },
+                 [&](TqFileStreamBuf& b) { b.readByte(); },
+             }) {
+            for (const bool closes : {true, false}) {
+                const BufPtr lost = openFull(kind);
+                lost->writeBytes(large.data(), 10);
+                EXPECT_NE(thrownBy([&] { lose(*lost); }), L"");
+                if (closes) {
+                    EXPECT_EQ(thrownBy([&] { lost->close(); }), kWriteError);
+                }
+            }
+        }
         const BufPtr reopened = openFull(kind);
         reopened->writeBytes(large.data(), 100);
         auto& impl = dynamic_cast<TqFileStreamBufImpl&>(*reopened);

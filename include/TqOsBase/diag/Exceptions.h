@@ -33,6 +33,7 @@ public:
     TqExceptionWithMsg(const wchar_t* file, int line, const wchar_t* message);
     /// As above, naming the exception that caused this one; `inner` is not owned.
     TqExceptionWithMsg(const wchar_t* file, int line, const wchar_t* message, TqException* inner);
+    /// Copies everything, the pointer to the inner exception included; the message is duplicated.
     TqExceptionWithMsg(const TqExceptionWithMsg& other);
     TqExceptionWithMsg& operator=(const TqExceptionWithMsg& other);
     ~TqExceptionWithMsg() override;

@@ -25,9 +25,9 @@ public:
     /// The C stream (a FILE*). No file: all bits set; after an open that was refused with 72 or 433 because the file is
     /// in use: null. Who reads or writes through it positions it before using the buffer again.
     virtual void* fileHandle() const = 0;
-    /// Gives the file up. When bytes that had been accepted cannot be written it throws "Write file error!", and the
-    /// file is closed nevertheless. Destroying a buffer closes it too, and there such a failure ends the process: call
-    /// close() first where the disk may be full.
+    /// Gives the file up. Throws "Write file error!", with the file closed nevertheless, when bytes that had been
+    /// accepted cannot be written or any write before had failed. Destroying a buffer closes it too; there a failure
+    /// that no call has thrown yet ends the process: call close() first where the disk may be full.
     virtual void close() = 0;
 
 protected:
@@ -64,7 +64,9 @@ public:
     ///
     /// An open for kAccessReadWrite, kShareDenyWrite, kOpenExisting is exclusive: its name, compared as it was given,
     /// is in the registry until it closes, and it is refused when another process holds any lock on the file. Reading
-    /// alone with any share mode but kShareDenyNone opens for update, so it needs write permission.
+    /// alone with any share mode but kShareDenyNone opens for update, so it needs write permission, and writing is not
+    /// refused then. A name with a character below 0 or above U+10FFFF gives eFileOpenFailed whatever else is asked; a
+    /// surrogate is encoded like any other character.
     Lumo::ErrorStatus open(const wchar_t* name, TqIO::AccessMode access, TqIO::ShareMode share,
                            TqIO::CreationDisposition creation);
 
@@ -81,15 +83,18 @@ public:
     void truncate() override;
     /// kSeekEnd adds the offset to the end (pass a negative one as its 64-bit pattern), unlike in memory. A type that
     /// is none of the four counts as kSeekStart. Returns 0, not the position. A refused move throws "File internal
-    /// error!"; an offset whose low 32 bits are all set returns all bits set instead.
+    /// error!", or, when the low 32 bits of the offset are all set, returns all bits set. Moving writes out what the C
+    /// stream holds; where that fails the move is refused, and close() throws.
     std::uint64_t seek(std::uint64_t offset, TqIO::SeekType type) override;
 
-    using TqFileStreamBuf::readBytes;
-    using TqFileStreamBuf::writeBytes;
-    /// Reading less than `n` bytes, at the end of the file, is not reported; the rest of `buf` is left as it was.
+    /// Reading less than `n` bytes, at the end of the file or because it was opened for writing only, is not reported;
+    /// the rest of `buf` is left as it was.
     void readBytes(unsigned char* buf, std::uint32_t n) override;
+    /// As TqStreamBuf's, with a file; so is the positioned write.
+    void readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
     /// Throws "Write file error!" when the stream does not take all bytes, and always after it has once failed.
     void writeBytes(const unsigned char* buf, std::uint32_t n) override;
+    void writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
     /// Reads and puts the position back. Failing to put it back ends the process.
     void getBytes(unsigned char* buf, std::uint32_t n) override;
     /// Deliberately leaves the position after the bytes.
@@ -104,6 +109,8 @@ public:
     static CStringList m_cstrAlreadyOpenFiles;
 
 protected:
+    /// For destructors: close(), whose failure ends the process unless a call before has thrown it.
+    void closeForGood() noexcept;
     bool hasFile() const noexcept;
     /// Throws `text` when there is no file.
     void requireFile(const wchar_t* text) const;
@@ -126,8 +133,8 @@ private:
 };
 
 /// Reads a file that it maps into memory as a whole; shrinking the file meanwhile makes reading it a bus error. What
-/// cannot be mapped (an empty file, a pipe, a device) is read through the C stream, and then behaves as
-/// TqFileStreamBufImpl does, except that all gets advance. It never writes.
+/// cannot be mapped (an empty file, a pipe, a device, a file opened for writing only) is read through the C stream, and
+/// then behaves as TqFileStreamBufImpl does, except that all gets advance. It never writes.
 class TQ_API TqFileIStreamBuf : public TqFileStreamBufImpl {
 public:
     /// As the base's; in addition, a status other than eOk, even one that the caller left there, closes the file.
@@ -163,8 +170,10 @@ private:
     std::uint64_t m_viewPosition = 0; // <= m_viewLength
 };
 
-/// Writes a file behind a buffer of 16,384 bytes in memory: what is written reaches the file when the buffer is full,
-/// on every move and read, and at close(). tell() and length() count what is pending.
+/// Writes a file behind a buffer of 16,384 bytes in memory. What is written goes on to the C stream when the buffer is
+/// full and before every read, and to the file on every move and at close(); other processes see what is in the file.
+/// tell() and length() count what is pending. A write that fails may take along what was pending before it: close()
+/// throws then.
 class TQ_API TqFileOStreamBuf : public TqFileStreamBufImpl {
 public:
     /// As the base's; in addition `bufferSize` bytes, at most those 16,384, are reserved at once, and a status other
@@ -186,7 +195,8 @@ public:
     void getBytes(unsigned char* buf, std::uint32_t n) override;
     void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
     /// Both store the bytes at the stated place, extending the data where they pass its end, and leave the position.
-    /// A start beyond the end of the data throws a TqException, "Out of stream buffer!", and writes nothing.
+    /// A start beyond the end of the data (which a move does not extend) throws a TqException, "Out of stream buffer!",
+    /// and writes nothing.
     void setBytes(const unsigned char* buf, std::uint32_t n) override;
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
 

@@ -65,7 +65,8 @@ public:
     /// Throws when pos > length(); exactly the end is allowed.
     std::uint64_t moveTo(std::uint64_t pos) override;
     /// close(), then a length of size + pos, with the `size` bytes at `data` copied to the start and the position at
-    /// `pos`. The caller's memory is not kept. Where memory runs out the buffer stays closed.
+    /// `pos`. The caller's memory is not kept. Where memory runs out the buffer stays closed; a length
+    /// that is refused changes nothing.
     void open(void* data, std::uint32_t size, std::uint32_t pos) override;
     /// Position 0 and length 0; the storage stays (a buffer without any gets 16 bytes).
     void close() override;

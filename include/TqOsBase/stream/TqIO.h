@@ -9,7 +9,7 @@ enum SeekType : int {
     kSeekStart = 0,    ///< position = offset
     kSeekForward = 1,  ///< position = current position + offset
     kSeekBackward = 2, ///< position = current position - offset
-    kSeekEnd = 3,      ///< position = length - offset
+    kSeekEnd = 3,      ///< position = length - offset; unmapped files: length + offset
 };
 
 /// Bits; other bits are ignored, except that an exclusive open asks for exactly kAccessReadWrite.

@@ -60,10 +60,11 @@ public:
     /// its position to its end when both bounds are 0, else the bytes between the two bounds, in either order; equal
     /// bounds copy nothing, a null source neither. The count is not cut to what the source has: a memory source then
     /// throws, and zeros stand for what a file source does not have. The source's position is put back, also when it
-    /// throws; pieces copied before that stay.
+    /// throws; pieces copied before that stay. A stream may be copied to itself.
     virtual void copyFrom(TqStreamBuf* src, std::uint64_t from, std::uint64_t to);
     /// Copies from this stream's position into `dst`; unlike in copyFrom the range addresses the destination, which is
-    /// moved to the smaller bound, and it is cut to what this stream has. Both bounds 0: from the destination's
+    /// moved to the smaller bound (even if nothing is left to copy) and written as by writeBytes, and the count is cut
+    /// to what this stream has. Both bounds 0: from the destination's
     /// position to its end; equal bounds copy nothing, a null destination neither. This stream's position is put back,
     /// also when it throws.
     virtual void copyTo(TqStreamBuf* dst, std::uint64_t from, std::uint64_t to);
