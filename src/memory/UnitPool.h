@@ -4,6 +4,7 @@
 
 #include <TqOsBase/diag/TqLock.h>
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -66,6 +67,7 @@ bool hasUnit(const Run* run) noexcept {
 /// moves it, which saves both moves where a unit of it comes back before.
 template <class Run>
 std::byte* takeUnit(const UnitPool<Run>& pool, Run& run) noexcept {
+    assert(run.freeCount != 0 && run.nextUnit != nullptr);
     std::byte* const unit = run.nextUnit;
     --run.freeCount;
     run.nextUnit = (run.flags & kFreeListMode) != 0 ? readLink(unit) : unit + pool.unitSize;

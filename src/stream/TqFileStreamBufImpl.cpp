@@ -91,7 +91,7 @@ TqFileStreamBufImpl::~TqFileStreamBufImpl() {
 void TqFileStreamBufImpl::closeForGood() noexcept {
     const bool wasThrown = hasFile() && platform::hasFailed(m_stream);
     try {
-        close(); // of the class whose destructor runs
+        close(); // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall): that of the class whose destructor runs is meant
     } catch (const wchar_t*) {
         if (!wasThrown)
             std::terminate();
