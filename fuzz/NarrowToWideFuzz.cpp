@@ -62,9 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const char* end = detail::endBehindLastEscape(src, src + std::min(present, static_cast<std::size_t>(length)));
         fuzz::check(end <= src + present, "an escape ends before the terminator");
         fuzz::check(result.size() <= static_cast<std::size_t>(end - src), "no byte becomes two characters");
-        fuzz::check(run(detail::plain::narrowToWide, src, end) == result, "plain form and conversion agree");
-        fuzz::check(run(detail::word::narrowToWide, src, end) == result, "word form and conversion agree");
-        fuzz::check(run(detail::wide::narrowToWide, src, end) == result, "wide form and conversion agree");
+        fuzz::check(run(detail::kPlainKernels.narrowToWide, src, end) == result, "plain form and conversion agree");
+        fuzz::check(run(detail::kWordKernels.narrowToWide, src, end) == result, "word form and conversion agree");
+        fuzz::check(run(detail::kWideKernels.narrowToWide, src, end) == result, "wide form and conversion agree");
         if (isStable(result)) {
             const std::string narrow = toNarrow(result);
             fuzz::check(toWide(narrow.c_str(), INT_MAX) == result, "wide to narrow to wide is the same text");

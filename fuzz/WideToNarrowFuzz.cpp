@@ -56,9 +56,9 @@ void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
     const std::string result = text(out);
     const wchar_t* end = detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
     fuzz::check(detail::wideToNarrowSize(src, static_cast<std::size_t>(end - src)) == result.size(), "measured size");
-    fuzz::check(run(detail::plain::wideToNarrow, src, end, result.size()) == result, "plain form agrees");
-    fuzz::check(run(detail::word::wideToNarrow, src, end, result.size()) == result, "word form agrees");
-    fuzz::check(run(detail::wide::wideToNarrow, src, end, result.size()) == result, "wide form agrees");
+    fuzz::check(run(detail::kPlainKernels.wideToNarrow, src, end, result.size()) == result, "plain form agrees");
+    fuzz::check(run(detail::kWordKernels.wideToNarrow, src, end, result.size()) == result, "word form agrees");
+    fuzz::check(run(detail::kWideKernels.wideToNarrow, src, end, result.size()) == result, "wide form agrees");
 }
 
 void checkUtf8(const std::vector<wchar_t>& characters) {
@@ -69,9 +69,9 @@ void checkUtf8(const std::vector<wchar_t>& characters) {
     TqCharMapper::unicodeToUtf8(src, INT_MAX, out);
     const std::string result = text(out);
     fuzz::check(detail::wideToUtf8Size(src, count) == result.size(), "measured size of UTF-8");
-    fuzz::check(run(detail::plain::wideToUtf8, src, end, result.size()) == result, "plain UTF-8 agrees");
-    fuzz::check(run(detail::word::wideToUtf8, src, end, result.size()) == result, "word UTF-8 agrees");
-    fuzz::check(run(detail::wide::wideToUtf8, src, end, result.size()) == result, "wide UTF-8 agrees");
+    fuzz::check(run(detail::kPlainKernels.wideToUtf8, src, end, result.size()) == result, "plain UTF-8 agrees");
+    fuzz::check(run(detail::kWordKernels.wideToUtf8, src, end, result.size()) == result, "word UTF-8 agrees");
+    fuzz::check(run(detail::kWideKernels.wideToUtf8, src, end, result.size()) == result, "wide UTF-8 agrees");
 
     const auto isRepresentable = [](wchar_t c) { return c >= 0 && c <= 0xFFFF; };
     if (std::all_of(src, end, isRepresentable)) {
@@ -89,9 +89,9 @@ void checkDecoder(const std::uint8_t* data, std::size_t size) {
     TqVector<wchar_t> out;
     TqCharMapper::utf8ToUnicode(src, 0, out);
     const std::wstring result = text(out);
-    fuzz::check(run(detail::plain::utf8ToWide, src, src + present, present) == result, "plain decoder agrees");
-    fuzz::check(run(detail::word::utf8ToWide, src, src + present, present) == result, "word decoder agrees");
-    fuzz::check(run(detail::wide::utf8ToWide, src, src + present, present) == result, "wide decoder agrees");
+    fuzz::check(run(detail::kPlainKernels.utf8ToWide, src, src + present, present) == result, "plain decoder agrees");
+    fuzz::check(run(detail::kWordKernels.utf8ToWide, src, src + present, present) == result, "word decoder agrees");
+    fuzz::check(run(detail::kWideKernels.utf8ToWide, src, src + present, present) == result, "wide decoder agrees");
 }
 
 } // namespace

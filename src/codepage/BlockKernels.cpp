@@ -37,7 +37,7 @@ wchar_t* narrowToWideBlocks(const char* src, const char* end, wchar_t* out) noex
         src = next;
         out = nextOut;
     }
-    return plain::narrowToWide(src, end, out);
+    return kPlainKernels.narrowToWide(src, end, out);
 }
 
 // Every character becomes at least one byte, so a block's worth of room is left wherever a whole block is.
@@ -58,7 +58,7 @@ char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noex
             stepWideToNarrow(src, out);
         while (src < end && !platform::isAscii(*src));
     }
-    return plain::wideToNarrow(src, end, out);
+    return kPlainKernels.wideToNarrow(src, end, out);
 }
 
 template <class Block>
@@ -73,7 +73,7 @@ wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexce
         while (src < end && !platform::isAscii(static_cast<unsigned char>(*src)))
             stepUtf8ToWide(src, out);
     }
-    return plain::utf8ToWide(src, end, out);
+    return kPlainKernels.utf8ToWide(src, end, out);
 }
 
 // Characters that are dropped need no room, so only a block that is ASCII throughout may be written whole.
@@ -89,50 +89,17 @@ char* wideToUtf8Blocks(const wchar_t* src, const wchar_t* end, char* out) noexce
         }
         src += Block::kSize;
     }
-    return plain::wideToUtf8(src, end, out);
+    return kPlainKernels.wideToUtf8(src, end, out);
 }
+
+template <class Block>
+constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>, wideToNarrowBlocks<Block>, utf8ToWideBlocks<Block>,
+                                       wideToUtf8Blocks<Block>};
 
 } // namespace
 
-namespace word {
-
-wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
-    return narrowToWideBlocks<WordBlock>(src, end, out);
-}
-
-char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept {
-    return wideToNarrowBlocks<WordBlock>(src, end, out);
-}
-
-wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept {
-    return utf8ToWideBlocks<WordBlock>(src, end, out);
-}
-
-char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
-    return wideToUtf8Blocks<WordBlock>(src, end, out);
-}
-
-} // namespace word
-
-namespace wide {
-
-wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
-    return narrowToWideBlocks<VectorBlock>(src, end, out);
-}
-
-char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept {
-    return wideToNarrowBlocks<VectorBlock>(src, end, out);
-}
-
-wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept {
-    return utf8ToWideBlocks<VectorBlock>(src, end, out);
-}
-
-char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
-    return wideToUtf8Blocks<VectorBlock>(src, end, out);
-}
-
-} // namespace wide
+constinit const TextKernels kWordKernels = kBlockKernels<WordBlock>;
+constinit const TextKernels kWideKernels = kBlockKernels<VectorBlock>;
 
 std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
     return count + std::size_t{VectorBlock::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);

@@ -34,7 +34,7 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;
     if (hasText)
-        textEnd = wide::narrowToWide(src, end, textEnd);
+        textEnd = kWideKernels.narrowToWide(src, end, textEnd);
     terminate(out, elements, textEnd);
 }
 

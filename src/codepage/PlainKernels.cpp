@@ -1,7 +1,9 @@
 #include "codepage/CharacterSteps.h"
 #include "codepage/TextKernels.h"
 
-namespace tq::detail::plain {
+namespace tq::detail {
+
+namespace {
 
 wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
     while (src < end)
@@ -27,4 +29,8 @@ char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
     return out;
 }
 
-} // namespace tq::detail::plain
+} // namespace
+
+constinit const TextKernels kPlainKernels = {narrowToWide, wideToNarrow, utf8ToWide, wideToUtf8};
+
+} // namespace tq::detail

@@ -2,9 +2,10 @@
 
 #include <cstddef>
 
-// The inner loops of the text conversions, each in three forms that give the same characters: `plain` walks character
-// by character and is what the others must agree with, `word` takes stretches of ASCII in steps of 64-bit words, and
-// `wide` in steps of 16 with the processor's vector registers, where it has them that this knows (else it is `word`).
+// The inner loops of the text conversions, each in three forms that give the same characters: the plain one walks
+// character by character and is what the others must agree with, the word form takes stretches of ASCII in steps of
+// 64-bit words, and the wide one in steps of 16 with the processor's vector registers, where it has them that this
+// knows (else it is the word form).
 //
 // All convert [src, end), which holds no 0 and, for the escaped form, ends behind every escape that it begins (see
 // endBehindLastEscape); they return the end of what they wrote and write no terminator. The caller's room:
@@ -14,26 +15,16 @@
 
 namespace tq::detail {
 
-namespace plain {
-wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-} // namespace plain
+struct TextKernels {
+    wchar_t* (*narrowToWide)(const char* src, const char* end, wchar_t* out) noexcept;
+    char* (*wideToNarrow)(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+    wchar_t* (*utf8ToWide)(const char* src, const char* end, wchar_t* out) noexcept;
+    char* (*wideToUtf8)(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+};
 
-namespace word {
-wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-} // namespace word
-
-namespace wide {
-wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToNarrow(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-wchar_t* utf8ToWide(const char* src, const char* end, wchar_t* out) noexcept;
-char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept;
-} // namespace wide
+extern const TextKernels kPlainKernels;
+extern const TextKernels kWordKernels;
+extern const TextKernels kWideKernels;
 
 /// The bytes that wideToNarrow writes for `count` characters, at most INT_MAX of them.
 std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept;

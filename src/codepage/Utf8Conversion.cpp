@@ -25,7 +25,7 @@ void TqCharMapper::utf8ToUnicode(const char* src, int length, TqVector<wchar_t>&
     const std::size_t extent = utf8Extent(src, length);
     const SourceKeeper keeper(out, src);
     wchar_t* elements = resize(out, extent + 1);
-    wchar_t* textEnd = extent == 0 ? elements : wide::utf8ToWide(src, src + extent, elements);
+    wchar_t* textEnd = extent == 0 ? elements : kWideKernels.utf8ToWide(src, src + extent, elements);
     terminate(out, elements, textEnd);
 }
 
@@ -38,5 +38,5 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
     const SourceKeeper keeper(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     char* elements = resize(out, earlier + text.size + 1);
-    terminate(out, elements, wide::wideToUtf8(src, src + text.count, elements + earlier));
+    terminate(out, elements, kWideKernels.wideToUtf8(src, src + text.count, elements + earlier));
 }

@@ -25,6 +25,6 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
     char* elements = resize(out, earlier + size + 1);
     char* textEnd = elements + earlier;
     if (hasText)
-        textEnd = wide::wideToNarrow(src, end, textEnd);
+        textEnd = kWideKernels.wideToNarrow(src, end, textEnd);
     terminate(out, elements, textEnd);
 }

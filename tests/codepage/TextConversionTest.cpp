@@ -37,15 +37,12 @@ std::wstring widened(const std::string& text) {
     return wide;
 }
 
-// The four conversions: the function, what becomes of a vector that holds '#', the text that the inner loops are given
-// (null: none), and these.
-template <class From, class To>
-using Form = To* (*)(const From*, const From*, To*) noexcept;
+// The four conversions: the inner loop, the function, what becomes of a vector that holds '#', and the end of the text
+// that the inner loop is given (null: none).
 
 struct NarrowToWide {
     static constexpr bool kReplaces = false;
-    static constexpr Form<char, wchar_t> kForms[] = {detail::plain::narrowToWide, detail::word::narrowToWide,
-                                                     detail::wide::narrowToWide};
+    static constexpr auto kForm = &detail::TextKernels::narrowToWide;
     static void convert(const char* src, int length, TqVector<wchar_t>& out) {
         TqCharMapper::multiByteToWideChar(kCodePageWestern, src, length, out);
     }
@@ -61,8 +58,7 @@ struct NarrowToWide {
 
 struct WideToNarrow {
     static constexpr bool kReplaces = false;
-    static constexpr Form<wchar_t, char> kForms[] = {detail::plain::wideToNarrow, detail::word::wideToNarrow,
-                                                     detail::wide::wideToNarrow};
+    static constexpr auto kForm = &detail::TextKernels::wideToNarrow;
     static void convert(const wchar_t* src, int length, TqVector<char>& out) {
         TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
     }
@@ -78,8 +74,7 @@ struct WideToNarrow {
 
 struct Utf8ToWide {
     static constexpr bool kReplaces = true;
-    static constexpr Form<char, wchar_t> kForms[] = {detail::plain::utf8ToWide, detail::word::utf8ToWide,
-                                                     detail::wide::utf8ToWide};
+    static constexpr auto kForm = &detail::TextKernels::utf8ToWide;
     static void convert(const char* src, int length, TqVector<wchar_t>& out) {
         TqCharMapper::utf8ToUnicode(src, length, out);
     }
@@ -89,8 +84,7 @@ struct Utf8ToWide {
 
 struct WideToUtf8 {
     static constexpr bool kReplaces = false;
-    static constexpr Form<wchar_t, char> kForms[] = {detail::plain::wideToUtf8, detail::word::wideToUtf8,
-                                                     detail::wide::wideToUtf8};
+    static constexpr auto kForm = &detail::TextKernels::wideToUtf8;
     static void convert(const wchar_t* src, int length, TqVector<char>& out) {
         TqCharMapper::unicodeToUtf8(src, length, out);
     }
@@ -117,9 +111,9 @@ protected:
             return;
         const auto text = expected.substr(Direction::kReplaces ? 0 : 1);
         const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
-        for (const auto form : Direction::kForms) {
+        for (const auto* kernels : {&detail::kPlainKernels, &detail::kWordKernels, &detail::kWideKernels}) {
             To* first = std::get<reference::GuardedBuffer<To>>(m_output).last(room);
-            To* last = form(src, end, first);
+            To* last = (kernels->*Direction::kForm)(src, end, first);
             ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
         }
     }
