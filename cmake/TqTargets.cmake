@@ -7,6 +7,11 @@ if(TQ_SANITIZE)
   add_link_options(-fsanitize=${TQ_SANITIZE})
 endif()
 
+# The fuzzer needs the library itself to tell which code an input has reached.
+if(TQ_LIBFUZZER)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 add_library(TqWarnings INTERFACE)
 target_compile_options(
   TqWarnings
