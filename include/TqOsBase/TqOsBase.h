@@ -18,6 +18,11 @@
 #include <TqOsBase/diag/ErrorStatus.h>
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/diag/TqLock.h>
+#include <TqOsBase/format/FormatUtil.h>
+#include <TqOsBase/format/InputWithFormat.h>
+#include <TqOsBase/format/LumoAppUnitSets.h>
+#include <TqOsBase/format/OutputWithFormat.h>
+#include <TqOsBase/format/QMode.h>
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/TqFlatMemBuf.h>

@@ -1,0 +1,186 @@
+#include "format/ArgumentSource.h"
+
+#include "format/Directive.h"
+
+#include <TqOsBase/memory/Allocation.h>
+
+#include <algorithm>
+#include <climits>
+#include <cwchar>
+
+namespace tq::detail {
+
+namespace {
+
+constexpr FormatParameters kNoParameter{kParameterUnused, {}};
+
+std::int64_t integerOf(const FormatParameters& parameter) {
+    switch (parameter.type) {
+    case kParameterInt:
+    case kParameterCharacter:
+        return parameter.value.asInt;
+    case kParameterUnsigned:
+        return parameter.value.asUnsigned;
+    case kParameterInt64:
+        return parameter.value.asInt64;
+    default:
+        return 0;
+    }
+}
+
+class ParameterTypes {
+public:
+    ParameterTypes(FormatParameters* params, int count) : m_params(params), m_count(count) {}
+
+    void set(int number, std::int32_t type) {
+        if (type != kParameterUnused && number >= 1 && number <= m_count)
+            m_params[number - 1].type = type;
+    }
+    void set(const CountField& field) {
+        if (field.isArgument)
+            set(field.value, kParameterInt);
+    }
+
+private:
+    FormatParameters* m_params;
+    int m_count;
+};
+
+void fetch(FormatParameters& parameter, ArgumentCursor& cursor) {
+    switch (parameter.type) {
+    case kParameterInt:
+    case kParameterCharacter:
+        parameter.value.asInt = cursor.nextInt();
+        break;
+    case kParameterUnsigned:
+        parameter.value.asUnsigned = cursor.nextUnsigned();
+        break;
+    case kParameterInt64:
+        parameter.value.asInt64 = cursor.nextInt64();
+        break;
+    case kParameterDouble:
+        parameter.value.asDouble = cursor.nextDouble();
+        break;
+    case kParameterString:
+        parameter.value.asString = cursor.nextString();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+ParameterArray::~ParameterArray() {
+    tqFree(m_data);
+}
+
+bool ParameterArray::allocate(int count) {
+    m_data = static_cast<FormatParameters*>(tqMalloc(static_cast<std::size_t>(count) * sizeof(FormatParameters)));
+    m_count = m_data != nullptr ? count : 0;
+    return m_data != nullptr;
+}
+
+const FormatParameters& ParameterArray::at(int number) const {
+    return number >= 1 && number <= m_count ? m_data[number - 1] : kNoParameter;
+}
+
+bool ArgumentSource::collect(const wchar_t* format, va_list args) {
+    // A dollar sign is what makes a position; most formats have none.
+    if (std::wcschr(format, L'$') == nullptr)
+        return true;
+    int count = 0;
+    m_positional = FormatUtil::isDefineSelfParaIndex(&count, format);
+    if (!m_positional || count == 0)
+        return true;
+    return m_parameters.allocate(count) &&
+           FormatUtil::valist2FormatParameters(args, m_parameters.data(), format, count);
+}
+
+std::int32_t ArgumentSource::asInt(int number) {
+    return m_positional ? static_cast<std::int32_t>(integerOf(m_parameters.at(number))) : m_cursor.nextInt();
+}
+
+std::uint32_t ArgumentSource::asUnsigned(int number) {
+    return m_positional ? static_cast<std::uint32_t>(integerOf(m_parameters.at(number))) : m_cursor.nextUnsigned();
+}
+
+std::int64_t ArgumentSource::asInt64(int number) {
+    return m_positional ? integerOf(m_parameters.at(number)) : m_cursor.nextInt64();
+}
+
+double ArgumentSource::asDouble(int number) {
+    if (!m_positional)
+        return m_cursor.nextDouble();
+    const FormatParameters& parameter = m_parameters.at(number);
+    return parameter.type == kParameterDouble ? parameter.value.asDouble : 0.0;
+}
+
+const wchar_t* ArgumentSource::asString(int number) {
+    if (!m_positional)
+        return m_cursor.nextString();
+    const FormatParameters& parameter = m_parameters.at(number);
+    return parameter.type == kParameterString ? parameter.value.asString : nullptr;
+}
+
+} // namespace tq::detail
+
+bool FormatUtil::isDefineSelfParaIndex(int* count, const wchar_t* format) {
+    using namespace tq::detail;
+    bool positional = false;
+    int introducers = 0;
+    int highest = 0;
+    int fromLast = 0;
+    const wchar_t* p = format;
+    while (p != nullptr && *p != L'\0') {
+        if (p[0] == L'%' && p[1] == L'%') {
+            p += 2;
+            continue;
+        }
+        if (*p != L'%' && *p != L'*') {
+            ++p;
+            continue;
+        }
+        ++introducers;
+        ++p;
+        const bool hasDigits = isDecimalDigit(*p);
+        const int number = readNumber(p);
+        highest = std::max(highest, number);
+        const bool hasPosition = hasDigits && *p == L'$';
+        fromLast = hasPosition ? highest : 0;
+        positional = positional || hasPosition;
+        // The character behind the digits introduces nothing.
+        if (*p != L'\0')
+            ++p;
+    }
+    if (count != nullptr)
+        *count = std::min(introducers, fromLast);
+    return positional;
+}
+
+bool FormatUtil::valist2FormatParameters(va_list args, FormatParameters* params, const wchar_t* format, int count) {
+    using namespace tq::detail;
+    if (params == nullptr || format == nullptr || count < 1)
+        return true;
+    std::fill_n(params, count, FormatParameters{kParameterUnused, {}});
+    ParameterTypes types(params, count);
+    for (const wchar_t* p = std::wcschr(format, L'%'); p != nullptr; p = std::wcschr(p, L'%')) {
+        ++p;
+        const Directive directive = parseDirective(p, true);
+        if (directive.letter == L'\0')
+            break;
+        types.set(directive.width);
+        types.set(directive.precision);
+        if (isUnitLetter(directive.letter)) {
+            const QModeField mode = readQMode(p, true);
+            if (mode.kind == QModeField::kArgument)
+                types.set(mode.value, kParameterInt);
+            if (mode.kind == QModeField::kNone)
+                continue;
+        }
+        types.set(directive.position, parameterType(directive.letter));
+    }
+    ArgumentCursor cursor(args);
+    std::for_each(params, params + count, [&cursor](FormatParameters& parameter) { fetch(parameter, cursor); });
+    return true;
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <TqOsBase/format/FormatUtil.h>
+
+#include <cstdarg>
+#include <cstdint>
+
+namespace tq::detail {
+
+/// A copy of a va_list that is advanced through a reference to this object, also where a va_list is no array.
+class ArgumentCursor {
+public:
+    explicit ArgumentCursor(va_list args) { va_copy(m_args, args); }
+    ArgumentCursor(const ArgumentCursor&) = delete;
+    ArgumentCursor& operator=(const ArgumentCursor&) = delete;
+    ~ArgumentCursor() { va_end(m_args); }
+
+    // NOLINTBEGIN(clang-analyzer-valist.Uninitialized): the constructor initialises it, out of the checker's sight.
+    int nextInt() { return va_arg(m_args, int); }
+    std::uint32_t nextUnsigned() { return va_arg(m_args, unsigned int); }
+    std::int64_t nextInt64() { return va_arg(m_args, long long); }
+    double nextDouble() { return va_arg(m_args, double); }
+    const wchar_t* nextString() { return va_arg(m_args, const wchar_t*); }
+    template <class T>
+    T* nextPointer() {
+        return va_arg(m_args, T*);
+    }
+    // NOLINTEND(clang-analyzer-valist.Uninitialized)
+
+private:
+    va_list m_args;
+};
+
+/// The array of collected arguments of one call, from the heap.
+class ParameterArray {
+public:
+    ParameterArray() = default;
+    ParameterArray(const ParameterArray&) = delete;
+    ParameterArray& operator=(const ParameterArray&) = delete;
+    ~ParameterArray();
+
+    /// Makes room for `count` parameters (above 0); false when the heap has none.
+    bool allocate(int count);
+    FormatParameters* data() { return m_data; }
+    /// The parameter of this number, counted from 1, or one that is unused when there is none.
+    const FormatParameters& at(int number) const;
+
+private:
+    FormatParameters* m_data = nullptr;
+    int m_count = 0;
+};
+
+/// Where a call takes its arguments from: the parameter of a number in a format with positions, else the next one. A
+/// parameter that was collected as another kind counts as zero, null or 0.0; integers may differ in size.
+class ArgumentSource {
+public:
+    explicit ArgumentSource(va_list args) : m_cursor(args) {}
+
+    /// Switches over to positions when the format has any. False when the array of parameters cannot be had.
+    bool collect(const wchar_t* format, va_list args);
+
+    bool positional() const { return m_positional; }
+    std::int32_t asInt(int number);
+    std::uint32_t asUnsigned(int number);
+    std::int64_t asInt64(int number);
+    double asDouble(int number);
+    const wchar_t* asString(int number);
+
+private:
+    ArgumentCursor m_cursor;
+    ParameterArray m_parameters;
+    bool m_positional = false;
+};
+
+} // namespace tq::detail

@@ -1,0 +1,102 @@
+#include "format/Conversions.h"
+
+#include "format/DigitText.h"
+
+#include <algorithm>
+#include <cwchar>
+
+namespace {
+
+struct IntegerValue {
+    std::uint64_t magnitude;
+    unsigned base;
+    bool negative;
+};
+
+IntegerValue signedValue(std::int64_t value) {
+    const auto bits = static_cast<std::uint64_t>(value);
+    return {value < 0 ? 0 - bits : bits, 10, value < 0};
+}
+
+IntegerValue fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource& arguments) {
+    switch (letter) {
+    case L'd':
+    case L'i':
+        return signedValue(arguments.asInt(number));
+    case L'D':
+    case L'I':
+        return signedValue(arguments.asInt64(number));
+    case L'u':
+        return {arguments.asUnsigned(number), 10, false};
+    case L'o':
+        return {arguments.asUnsigned(number), 8, false};
+    case L'b':
+        return {arguments.asUnsigned(number), 2, false};
+    case L'U':
+        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 10, false};
+    case L'O':
+        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 8, false};
+    case L'B':
+        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 2, false};
+    case L'X':
+        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 16, false};
+    default: // x and p, which shows only the low half of a pointer
+        return {arguments.asUnsigned(number), 16, false};
+    }
+}
+
+bool allDigitsZero(const wchar_t* text) {
+    bool anyDigit = false;
+    for (; *text != L'\0' && *text != L'E' && *text != L'e'; ++text) {
+        if (tq::detail::isDecimalDigit(*text)) {
+            if (*text != L'0')
+                return false;
+            anyDigit = true;
+        }
+    }
+    return anyDigit;
+}
+
+} // namespace
+
+int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments) {
+    return field.isArgument ? arguments.asInt(field.value) : field.value;
+}
+
+bool formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments, bool hasPrecision,
+                    unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result) {
+    const IntegerValue value = fetchInteger(letter, number, arguments);
+    wchar_t* const end = text + textSize - 1;
+    wchar_t* start = value.base == 10 ? tq::detail::writeDecimalBackwards(end, value.magnitude)
+                                      : tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
+    if (hasPrecision) {
+        // Sign, first zero and point come on top of the digits behind the point.
+        if (precision > static_cast<unsigned>(textSize) - 4)
+            return false;
+        const auto decimals = static_cast<std::ptrdiff_t>(precision);
+        while (end - start <= decimals)
+            *--start = L'0';
+        std::wmemmove(start - 1, start, static_cast<std::size_t>(end - start - decimals));
+        --start;
+        *(end - decimals - 1) = L'.';
+    }
+    if (value.negative)
+        *--start = L'-';
+    result = {start, static_cast<unsigned>(end - start), true, false};
+    return true;
+}
+
+void formatQModeDoubleUtil(const tq::detail::QModeField& mode, int number, tq::detail::ArgumentSource& arguments,
+                           unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result) {
+    using tq::detail::QModeField;
+    result = {text, 0, false, false};
+    if (mode.kind == QModeField::kNone)
+        return;
+    const int word = mode.kind == QModeField::kWord ? mode.value : arguments.asInt(mode.value);
+    const double value = arguments.asDouble(number);
+    FormatUtil::formatQModeDouble(text, textSize, value, word, precision);
+    if (*text == L'-' && allDigitsZero(text + 1))
+        ++result.start;
+    result.length = static_cast<unsigned>(std::wcslen(result.start));
+    result.numeric = result.length != 0;
+}

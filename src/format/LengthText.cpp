@@ -1,0 +1,226 @@
+#include "format/LengthText.h"
+
+#include "format/DigitText.h"
+
+#include <TqOsBase/format/QMode.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cwchar>
+
+namespace tq::detail {
+
+namespace {
+
+constexpr int kMaxDenominatorPower = 30;
+constexpr double kInchesPerFoot = 12;
+// A length below this has no feet; above the next limit it is shown in scientific notation.
+constexpr double kSmallestWithFeet = 2.6700886302086417e-307;
+constexpr double kLargestInInches = 1.19999e11;
+// What scientific notation needs beyond its decimals: digit, point and an exponent of four characters.
+constexpr unsigned kScientificFrame = 6;
+
+// Engineering and architectural units show feet; fractional units count all in inches.
+class InchText {
+public:
+    InchText(UnitWriter& writer, int unitMode, int flags, int precision)
+        : m_writer(writer), m_unitMode(unitMode), m_flags(flags), m_precision(std::max(precision, 0)),
+          m_dash(isDashBitSet(flags)) {}
+
+    void write(double length) {
+        double feet = 0;
+        if (showsFeet() && length >= kSmallestWithFeet)
+            feet = std::trunc(length / kInchesPerFoot);
+        // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
+        double inches = length - kInchesPerFoot * feet;
+        wchar_t* const start = m_writer.here();
+        wchar_t* inchText = writeOnce(feet, inches);
+        // Rounding may have made 12 inches of less: one foot more.
+        if (showsFeet() && inchText[0] == L'1' && inchText[1] == L'2') {
+            m_writer.endAt(start);
+            inchText = writeOnce(feet + 1, 0);
+        }
+        if (!showsFeet())
+            return;
+        if (m_wroteFeet && *inchText == L'\0') {
+            if (inchText != start && inchText[-1] == L'-')
+                m_writer.endAt(inchText - 1);
+        } else {
+            m_writer.put(kInchMark);
+        }
+    }
+
+    bool stacked() const { return m_stacked; }
+
+private:
+    bool showsFeet() const { return m_unitMode != kLinearFractional; }
+
+    // Returns where the text of the inches begins.
+    wchar_t* writeOnce(double feet, double inches) {
+        m_wroteFeet = showsFeet() && (feet != 0 || (m_flags & kQFlagSuppressZeroFeet) == 0);
+        if (m_wroteFeet) {
+            m_writer.putInteger(static_cast<long long>(feet));
+            m_writer.put(L'\'');
+            if (!m_dash)
+                m_writer.put(L'-');
+        }
+        wchar_t* const inchText = m_writer.here();
+        if (m_unitMode == kLinearEngineering)
+            writeDecimalInches(inches);
+        else
+            writeFraction(inches);
+        return inchText;
+    }
+
+    void writeDecimalInches(double inches) {
+        wchar_t* const start = m_writer.here();
+        m_writer.putFixed(inches, m_precision);
+        if (m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0 && std::wcsspn(start, L"0.") == std::wcslen(start))
+            m_writer.endAt(start);
+    }
+
+    void writeFraction(double inches) {
+        const double whole = std::trunc(inches);
+        auto wholeInches = static_cast<long long>(whole);
+        int power = std::min(m_precision, kMaxDenominatorPower);
+        // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative.
+        auto numerator = static_cast<long long>((inches - whole) * static_cast<double>(1LL << power) + 0.5);
+        if (numerator == 1LL << power) {
+            numerator = 0;
+            ++wholeInches;
+        }
+        while (numerator != 0 && numerator % 2 == 0) {
+            numerator /= 2;
+            --power;
+        }
+        const bool suppressed = m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0;
+        if (wholeInches != 0 || (numerator == 0 && !suppressed)) {
+            m_writer.putInteger(wholeInches);
+            if (numerator != 0 && (m_flags & kQFlagDrawingText) == 0)
+                m_writer.put(m_dash ? L'-' : L' ');
+        }
+        if (numerator == 0)
+            return;
+        if ((m_flags & kQFlagDrawingText) != 0)
+            writeStacked(numerator, 1LL << power);
+        else
+            writePlain(numerator, L'/', 1LL << power);
+    }
+
+    void writePlain(long long numerator, wchar_t bar, long long denominator) {
+        m_writer.putInteger(numerator);
+        m_writer.put(bar);
+        m_writer.putInteger(denominator);
+    }
+
+    // {\H<height>x;\S<n>/<d>;}: the height as "%g" shows it, with all its decimals.
+    void writeStacked(long long numerator, long long denominator) {
+        constexpr int kHeightDecimals = 6;
+        m_stacked = true;
+        m_writer.put(L"{\\H");
+        m_writer.putFixed(g_appUnits.fractionHeight, kHeightDecimals);
+        m_writer.put(L"x;\\S");
+        writePlain(numerator, g_appUnits.fractionStackStyle == 0 ? L'/' : L'#', denominator);
+        m_writer.put(L";}");
+    }
+
+    UnitWriter& m_writer;
+    int m_unitMode;
+    int m_flags;
+    int m_precision;
+    bool m_dash;
+    bool m_wroteFeet = false;
+    bool m_stacked = false;
+};
+
+// The exponent's third digit goes: E+005 becomes E+05, and any exponent that needs it E+99.
+void shortenExponent(UnitWriter& writer, wchar_t* text) {
+    wchar_t* const letter = std::wcschr(text, L'E');
+    if (letter == nullptr || std::wcslen(letter) != 5)
+        return;
+    const bool isShort = letter[2] == L'0';
+    letter[2] = isShort ? letter[3] : L'9';
+    letter[3] = isShort ? letter[4] : L'9';
+    writer.endAt(letter + 4);
+}
+
+void writeScientificLength(UnitWriter& writer, double value, int precision, unsigned maxLength) {
+    wchar_t* const start = writer.here();
+    const unsigned room = maxLength > kScientificFrame ? maxLength - kScientificFrame : 0;
+    writer.putScientific(value, static_cast<int>(std::min<unsigned>(room, static_cast<unsigned>(precision))));
+    shortenExponent(writer, start);
+}
+
+bool isFeetAndInches(int unitMode) {
+    return unitMode == kLinearEngineering || unitMode == kLinearArchitectural || unitMode == kLinearFractional;
+}
+
+} // namespace
+
+void formatLength(UnitWriter& writer, int unitMode, int precision, double value, int flags, unsigned maxLength) {
+    wchar_t* const start = writer.here();
+    unsigned length = 0;
+    // A comparison that infinity and NaN pass too.
+    const bool scientific =
+        unitMode == kLinearScientific || (isFeetAndInches(unitMode) && !(value <= kLargestInInches));
+    if (scientific) {
+        writeScientificLength(writer, value, precision, maxLength);
+    } else if (unitMode == kLinearDecimal) {
+        writer.putFixed(value, precision);
+    } else if (isFeetAndInches(unitMode)) {
+        wchar_t* numberStart = nullptr;
+        doFormatQModeInchUnitInte(unitMode, value, flags, start, writer.room(), precision, numberStart, length);
+        writer.endAt(start + std::wcslen(start));
+    } else {
+        return;
+    }
+    if (length != kStackedFractionLength && std::wcslen(start) > maxLength && !scientific) {
+        writer.endAt(start);
+        writeScientificLength(writer, value, precision, maxLength);
+    }
+    constexpr int kSuppression = kQFlagSuppressLeadingZero | kQFlagSuppressTrailingZeros;
+    if (unitMode == kLinearDecimal && (flags & kSuppression) != 0 && std::wcschr(start, L'.') != nullptr &&
+        std::wcschr(start, L'E') == nullptr) {
+        delPrefixSurfixZero(flags, start);
+        writer.endAt(start + std::wcslen(start));
+    }
+}
+
+} // namespace tq::detail
+
+void delPrefixSurfixZero(int flags, wchar_t* text) {
+    if ((flags & kQFlagSuppressTrailingZeros) != 0) {
+        constexpr std::size_t kEscapeLength = std::size(tq::detail::kDegreeEscape) - 1;
+        constexpr std::size_t kShortestWithEscape = 10;
+        const std::size_t length = std::wcslen(text);
+        std::size_t tail = 0;
+        if (length >= kShortestWithEscape &&
+            std::wcscmp(text + length - kEscapeLength, tq::detail::kDegreeEscape) == 0) {
+            tail = kEscapeLength;
+        } else if (length > 0) {
+            const wchar_t last = text[length - 1];
+            const bool isLetter = (last >= L'a' && last <= L'z') || (last >= L'A' && last <= L'Z');
+            tail = isLetter || last == tq::detail::kInchMark ? 1 : 0;
+        }
+        std::size_t end = length - tail;
+        while (end > 0 && text[end - 1] == L'0')
+            --end;
+        if (end > 0 && text[end - 1] == L'.')
+            --end;
+        std::wmemmove(text + end, text + length - tail, tail + 1);
+    }
+    if ((flags & kQFlagSuppressLeadingZero) != 0) {
+        wchar_t* const number = text[0] == L'-' ? text + 1 : text;
+        if (number[0] == L'0' && number[1] == L'.')
+            std::wmemmove(number, number + 1, std::wcslen(number));
+    }
+}
+
+void doFormatQModeInchUnitInte(int unitMode, double inches, int flags, wchar_t* out, int room, int precision,
+                               wchar_t*& numberStart, unsigned& length) {
+    tq::detail::UnitWriter writer(out, room);
+    tq::detail::InchText text(writer, unitMode, flags, precision);
+    text.write(inches);
+    numberStart = out;
+    length = text.stacked() ? kStackedFractionLength : writer.length();
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "format/UnitText.h"
+
+/// Length result of a text that holds a stacked fraction: no fall-back to scientific notation by length.
+inline constexpr unsigned kStackedFractionLength = 9999;
+
+/// Zero suppression (kQFlagSuppressTrailingZeros, then kQFlagSuppressLeadingZero) in place. Trailing zeros are stripped
+/// before the degree escape, or before one letter or inch mark at the end, then one point. Whoever calls it makes sure
+/// that there is a point: "100" would become "1".
+void delPrefixSurfixZero(int flags, wchar_t* text);
+
+/// Writes a length of `inches`, from 0 to 1.19999e11, in engineering, architectural or fractional units to `out`, which
+/// has `room` characters. `precision` counts decimals or, for the last two, the power of two of the denominator (at
+/// most 30). `numberStart` becomes `out`; `length` the length of the text, or kStackedFractionLength.
+void doFormatQModeInchUnitInte(int unitMode, double inches, int flags, wchar_t* out, int room, int precision,
+                               wchar_t*& numberStart, unsigned& length);
+
+namespace tq::detail {
+
+/// Writes a length of 0 or more, or infinity or NaN, in the linear unit mode; nothing in an unknown mode.
+void formatLength(UnitWriter& writer, int unitMode, int precision, double value, int flags, unsigned maxLength);
+
+} // namespace tq::detail

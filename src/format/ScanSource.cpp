@@ -1,0 +1,41 @@
+#include "format/ScanSource.h"
+
+#include "platform/CharacterClass.h"
+
+ScanfSourceBuf::ScanfSourceBuf(const wchar_t* text, bool isStream)
+    : fromStream(isStream), seenInput(false), current(0), consumed(0), position(text) {
+    if (!fromStream)
+        readCurrent();
+}
+
+void ScanfSourceBuf::readCurrent() {
+    // A character with the code of kEnd ends the text too.
+    current = *position != L'\0' ? static_cast<std::int32_t>(tq::platform::codeOf(*position)) : kEnd;
+    if (atEnd())
+        return;
+    ++position;
+    seenInput = seenInput || !atSpace();
+}
+
+void ScanfSourceBuf::advance() {
+    if (fromStream || atEnd())
+        return;
+    ++consumed;
+    readCurrent();
+}
+
+void ScanfSourceBuf::stepBack() {
+    if (!atEnd())
+        --position;
+    --consumed;
+    current = static_cast<std::int32_t>(tq::platform::codeOf(position[-1]));
+}
+
+bool ScanfSourceBuf::atSpace() const {
+    return current > 0 && tq::platform::isSpace(static_cast<wchar_t>(current));
+}
+
+void ScanfSourceBuf::skipSpace() {
+    while (atSpace())
+        advance();
+}

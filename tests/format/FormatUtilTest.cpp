@@ -1,0 +1,167 @@
+// The parts of the engine that can be called by themselves.
+
+#include "format/FormatProbe.h"
+#include "format/ScaleTables.h"
+
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+struct PreScan {
+    bool positional;
+    int count;
+};
+
+PreScan preScan(const wchar_t* format) {
+    PreScan result{false, -1};
+    result.positional = FormatUtil::isDefineSelfParaIndex(&result.count, format);
+    return result;
+}
+
+} // namespace
+
+TEST(FormatUtil, CopiesAndFillsOnlyWhatFits) {
+    wchar_t buffer[64];
+    wchar_t* out = buffer;
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, L"abcdef", 3), 0);
+    EXPECT_EQ(out, buffer + 3);
+    EXPECT_STREQ(buffer, L"abc");
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, L"abcdef", 4), -1);
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, L"abcdef", UINT_MAX), -1);
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, L"abcdef", 0), 0);
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 0, L"abcdef", 0), -1);
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, nullptr, 1), -1);
+    EXPECT_TRUE(out == buffer + 3 && *out == L'\0');
+
+    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'-', 37), 0);
+    EXPECT_EQ(std::wstring(buffer), L"abc" + std::wstring(37, L'-'));
+    out = buffer;
+    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'.', 50), -1);
+    EXPECT_EQ(std::wstring(buffer), std::wstring(30, L'.'));
+    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'.', -1), -1);
+}
+
+TEST(FormatUtil, WritesIntegersInAnyBase) {
+    wchar_t text[66];
+    const struct {
+        long value;
+        int base;
+        const wchar_t* text;
+    } rows[] = {{-255, -16, L"-FF"}, {255, -16, L"FF"},  {-1, 16, L"FFFFFFFFFFFFFFFF"},
+                {35, 99, L"Z"},      {5, 0, L"101"},     {LONG_MIN, -10, L"-9223372036854775808"},
+                {0, 10, L"0"},       {5, INT_MIN, L"5"}, {LONG_MIN, -2, nullptr}};
+    for (const auto& row : rows) {
+        const int length = FormatUtil::formatLong(text, row.value, 7, row.base);
+        EXPECT_EQ(length, static_cast<int>(std::wcslen(text)));
+        EXPECT_EQ(std::wstring(text), row.text != nullptr ? row.text : L"-1" + std::wstring(63, L'0'));
+    }
+}
+
+TEST(FormatUtil, CountsPositionsAsTheLastIntroducerSays) {
+    const struct {
+        const wchar_t* format;
+        bool positional;
+        int count;
+    } rows[] = {
+        {L"%d %s", false, 0},     {L"%1$d", true, 1},    {L"%2$s %1$d", true, 2}, {L"%1$d %d", true, 0},
+        {L"%3$d", true, 1},       {L"%1$*2$d", true, 2}, {L"%%1$d", false, 0},    {L"5 * 3$ %1$d", true, 1},
+        {L"a*2$b %1$d", true, 2}, {L"%5%1$d", false, 0}, {L"%", false, 0},        {L"%12", false, 0},
+        {L"%1$d %*", true, 0},    {nullptr, false, 0},
+    };
+    for (const auto& row : rows) {
+        const PreScan scan = preScan(row.format);
+        EXPECT_EQ(scan.positional, row.positional) << (row.format != nullptr ? *row.format : 0);
+        EXPECT_EQ(scan.count, row.count) << std::string(row.format, row.format + std::wcslen(row.format));
+    }
+}
+
+TEST(FormatUtil, ScaleTablesAreWhatTheyStandFor) {
+    for (std::size_t i = 0; i < g_arrIntegerPows.size(); ++i) {
+        const long double power = std::stold("1e" + std::to_string(1 << i));
+        EXPECT_NEAR(static_cast<double>(g_arrIntegerPows[i] / power - 1), 0, 1e-16);
+        EXPECT_GE(g_arrIntegerPows[i] * g_arrDecimalPows[i], 1);
+        EXPECT_LT(std::nextafter(g_arrDecimalPows[i], 0.0L) * g_arrIntegerPows[i], 1 + 2e-19L);
+    }
+    EXPECT_EQ(g_idxThirdOfPowrArr, 3);
+    ASSERT_EQ(g_lenRndArray, 21);
+    for (std::size_t k = 0; k < 21; ++k) {
+        long double half = std::stold("5e-" + std::to_string(k));
+        EXPECT_GT(g_arrRndConValue[k], half);
+        EXPECT_NEAR(static_cast<double>(g_arrRndConValue[k] / half - 1), 0, 3e-18);
+        EXPECT_EQ(1 + g_arrRndConValue[k] == 1, k == 20);
+    }
+}
+
+TEST(FormatUtil, ScalesToMantissaAndExponent) {
+    std::mt19937_64 random(3);
+    for (int e = -4900; e <= 4900; e += 7) {
+        const long double value = std::stold(std::to_string(1 + random() % 9) + "." + std::to_string(random() % 1000) +
+                                             "1e" + std::to_string(e));
+        for (const long double sign : {1.0L, -1.0L}) {
+            long double mantissa = value * sign;
+            const int exponent = FormatUtil::scaleDoubleToScience(&mantissa);
+            EXPECT_EQ(exponent, e);
+            EXPECT_TRUE(std::fabs(mantissa) >= 1 && std::fabs(mantissa) < 10);
+            EXPECT_NEAR(static_cast<double>(mantissa / (value * sign) * std::pow(10.0L, e) - 1), 0, 1e-15);
+        }
+    }
+    for (long double odd : {0.0L, -0.0L, std::numeric_limits<long double>::infinity(), std::nanl("")}) {
+        const long double before = odd;
+        EXPECT_EQ(FormatUtil::scaleDoubleToScience(&odd), 0);
+        EXPECT_TRUE(odd == before || std::isnan(before));
+    }
+    long double smallest = std::numeric_limits<long double>::denorm_min();
+    EXPECT_EQ(FormatUtil::scaleDoubleToScience(&smallest), -4951);
+}
+
+TEST(FormatUtil, RoundsAMantissaInPlace) {
+    const struct {
+        long double mantissa;
+        int precision;
+        int exponent;
+        int carry;
+        double rounded; // before cutting
+    } rows[] = {{1.25L, 1, 0, 0, 1.30}, {9.97L, 1, 0, 1, 1.002},    {2.5L, 0, 0, 0, 3.0},
+                {2.5L, 0, -2, 0, 2.5},  {-6.0L, 2, -3, 1, 1.1},     {-4.0L, 2, -3, 0, 9.0},
+                {5.0L, 30, -1, 0, 5.0}, {5.0L, INT_MAX, 1, 0, 5.0}, {-2.5L, 1, 0, 0, -2.55}};
+    for (const auto& row : rows) {
+        long double mantissa = row.mantissa;
+        EXPECT_EQ(FormatUtil::roundScienceDouble(&mantissa, row.precision, row.exponent), row.carry);
+        // The sign of a magnitude below the constant is lost: it rounds up from the other side of zero.
+        EXPECT_NEAR(static_cast<double>(std::fabs(mantissa)), std::fabs(row.rounded), 1e-15);
+        EXPECT_EQ(mantissa < 0, row.rounded < 0 || row.mantissa == -6.0L);
+    }
+}
+
+TEST(FormatUtil, WritesFixedTextFromAMantissa) {
+    const struct {
+        long double mantissa;
+        int integerDigits;
+        int precision;
+        int size;
+        const wchar_t* text;
+    } rows[] = {
+        {1.2345L, 1, 2, 0, L"1.23"},
+        {-1.25L, 3, 0, 0, L"-125"},
+        {5.0L, -2, 5, 0, L"0.00500"},
+        {5.0L, 0, 3, 0, L"0.500"},
+        {0.0L, 1, 3, 0, L"0.000"},
+        {0.5L, 1, 2, 0, L"0.50"},
+        {1.0L, 20, 2, 0, L"10000000000000000000"},
+        {1.5L, 1, 2, 3, L"1."},
+        {1.5L, 1, -2, 0, L"1"},
+        {-std::numeric_limits<long double>::infinity(), 1, 2, 0, L"-inf"},
+    };
+    wchar_t text[126];
+    for (const auto& row : rows) {
+        std::fill(std::begin(text), std::end(text), L'#');
+        const int length =
+            FormatUtil::formatScienceDouble(text, row.mantissa, row.integerDigits, row.precision, row.size);
+        EXPECT_EQ(length, static_cast<int>(std::wcslen(text)));
+        EXPECT_STREQ(text, row.text);
+    }
+    EXPECT_EQ(FormatUtil::formatScienceDouble(text, -1.5L, 300, 6, 0), 125);
+}

@@ -1,0 +1,136 @@
+// The text of doubles against exact decimal arithmetic on digit strings.
+
+#include "format/FormatProbe.h"
+#include "format/RoundedDecimal.h"
+#include "reference/DecimalReference.h"
+
+#include <TqOsBase/format/OutputWithFormat.h>
+
+#include <bit>
+#include <cfloat>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using probe::format;
+using probe::widen;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+std::vector<double> tellingValues() {
+    std::vector<double> values{0.0,     -0.0,    0.5,     1.5,      2.5,         2.75,    0.125,   0.375,      9.5,
+                               99.5,    9.9995,  99999.5, 999999.5, 1e15,        1e16,    1e17,    1e22,       1e23,
+                               4e38,    1.7e308, 5e-324,  DBL_MIN,  DBL_MAX,     0.1,     1.0 / 3, 123456.789, 1e-4,
+                               9.99995, 0.0625,  1e5,     12.0,     0x1.fffp-20, 0x1p-24, 0x1p-25};
+    for (int e = -320; e <= 308; e += 3) {
+        const double power = std::pow(10.0, e);
+        values.insert(values.end(), {power, std::nextafter(power, 0.0), -power * 9.5});
+    }
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 400; ++i) {
+        const double anyBits = std::bit_cast<double>(random());
+        if (std::isfinite(anyBits))
+            values.push_back(anyBits);
+        const double coordinate = static_cast<double>(static_cast<std::int64_t>(random() % 2000000000)) / 1000 - 1e6;
+        // With halves at many places.
+        values.insert(values.end(), {coordinate, std::ldexp(static_cast<double>(random() % 100000), -(i % 30))});
+    }
+    return values;
+}
+
+} // namespace
+
+TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
+    const std::vector<double> values = tellingValues();
+    for (const int precision : {0, 1, 2, 4, 6, 10, 14, 15, 16, 17, 18, 22, 23, 24, 40, 126, 400}) {
+        for (const double value : values) {
+            ASSERT_EQ(format(L"%.*f", precision, value), widen(reference::fixedText(value, precision)))
+                << value << " with " << precision << " decimals";
+            ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, precision)))
+                << value << " with " << precision << " decimals";
+        }
+    }
+}
+
+TEST(NumberText, FastAndExactPathsAgree) {
+    std::mt19937_64 random(11);
+    const auto same = [](const tq::detail::RoundedDecimal& a, const tq::detail::RoundedDecimal& b) {
+        // Trailing zeros may be there or not.
+        return a.exponent == b.exponent && static_cast<double>(a.digits) * std::pow(10, 16 - a.count) ==
+                                               static_cast<double>(b.digits) * std::pow(10, 16 - b.count);
+    };
+    for (int i = 0; i < 20000; ++i) {
+        const double value = std::ldexp(static_cast<double>(random() >> 11), static_cast<int>(random() % 160) - 110);
+        const int count = static_cast<int>(random() % 23);
+        if (value == 0)
+            continue;
+        const auto fixed = tq::detail::roundToDecimals(value, count);
+        const auto exact = tq::detail::roundToDecimalsExact(value, count);
+        ASSERT_TRUE(fixed.digits == 0 ? exact.digits == 0 : same(fixed, exact)) << value << ", " << count;
+        ASSERT_TRUE(same(tq::detail::roundToSignificant(value, count + 1),
+                         tq::detail::roundToSignificantExact(value, count + 1)))
+            << value << ", " << count;
+    }
+}
+
+TEST(NumberText, AgreesWithTheCLibraryWhereThereAreNoHalves) {
+    std::mt19937_64 random(13);
+    for (int i = 0; i < 20000; ++i) {
+        const double value = static_cast<double>(static_cast<std::int64_t>(random())) / 0x1p44;
+        char text[64];
+        std::snprintf(text, sizeof text, "%.7f", value);
+        ASSERT_EQ(format(L"%.7f", value), widen(text));
+        std::snprintf(text, sizeof text, "%.9e", value);
+        std::string scientific(text);
+        scientific.replace(scientific.find('e'), 2, std::string("E") + scientific[scientific.find('e') + 1] + "0");
+        ASSERT_EQ(format(L"%.9e", value), widen(scientific));
+    }
+}
+
+TEST(NumberText, GeneralFormIsFixedForSmallExponentsAndKeepsItsZeros) {
+    const struct {
+        const wchar_t* format;
+        double value;
+        const wchar_t* text;
+    } rows[] = {
+        {L"%g", 3.5, L"3.500000"},
+        {L"%G", -0.0001, L"-0.000100"},
+        {L"%g", std::nextafter(1e-4, 0.0), L"1.000000E-004"},
+        {L"%g", std::nextafter(1e5, 0.0), L"100000.000000"},
+        {L"%g", 1e5, L"1.000000E+005"},
+        {L"%g", 0.0, L"0.000000"},
+        {L"%+g", 3.5, L"+3.500000"},
+        {L"%+g", 1e9, L"1.000000E+009"},
+        {L"%+e", 3.5, L"3.500000E+000"},
+        {L"%.0e", 5.0, L"5E+000"},
+        {L"%+f", 0.25, L"+0.250000"},
+        {L"%+.1f", -0.04, L"+0.0"},
+        {L"%.2f", -0.004, L"0.00"},
+        {L"%e", -0.0, L"0.000000E+000"},
+        {L"%f", kInfinity, L"inf"},
+        {L"%+f", kInfinity, L"+inf"},
+        {L"%e", -kInfinity, L"-inf"},
+        {L"%+G", kInfinity, L"inf"},
+        {L"%08f", -kInfinity, L"    -inf"},
+        {L"%+08f", std::nan(""), L"     nan"},
+        {L"%-5g|", -std::nan(""), L"nan  |"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(format(row.format, row.value), row.text);
+}
+
+TEST(NumberText, FixedTextFunctionFitsItsBuffer) {
+    wchar_t buffer[16];
+    std::fill(std::begin(buffer), std::end(buffer), L'#');
+    EXPECT_EQ(FormatScienceDoubleAndOutputString(buffer, 8, -12.345, 3), 7);
+    EXPECT_EQ(std::wstring(buffer, 9), std::wstring(L"-12.345\0#", 9));
+    EXPECT_EQ(FormatScienceDoubleAndOutputString(buffer, 7, -12.345, 3), -1);
+    EXPECT_EQ(buffer[0], L'\0');
+    EXPECT_EQ(FormatScienceDoubleAndOutputString(buffer, 8, 2.5, -1), 1);
+    EXPECT_STREQ(buffer, L"3");
+    EXPECT_EQ(FormatScienceDoubleAndOutputString(nullptr, 8, 1, 1), -1);
+    EXPECT_EQ(FormatScienceDoubleAndOutputString(buffer, 0, 1, 1), -1);
+}

@@ -1,0 +1,225 @@
+// The directive grammar of the output engine, its padding, its failures, and arguments by position.
+
+#include "format/FormatProbe.h"
+#include "reference/GuardedBuffer.h"
+
+#include <TqOsBase/format/OutputWithFormat.h>
+
+#include <climits>
+#include <cwctype>
+#include <initializer_list>
+
+namespace {
+
+using probe::format;
+using probe::widen;
+
+std::wstring digitsIn(unsigned long long value, unsigned base) {
+    std::wstring text;
+    do {
+        text.insert(text.begin(), L"0123456789ABCDEF"[value % base]);
+        value /= base;
+    } while (value != 0);
+    return text;
+}
+
+std::wstring withPoint(std::wstring digits, int precision) {
+    if (precision < 0)
+        return digits;
+    while (static_cast<int>(digits.size()) < precision + 1)
+        digits.insert(digits.begin(), L'0');
+    return digits.insert(digits.size() - static_cast<std::size_t>(precision), 1, L'.');
+}
+
+std::wstring padded(std::wstring text, int width, bool left, bool zero, bool numeric) {
+    const auto missing = static_cast<std::size_t>(std::max(width - static_cast<int>(text.size()), 0));
+    if (left)
+        return text + std::wstring(missing, L' ');
+    const bool behindSign = zero && numeric && !text.empty() && (text[0] == L'-' || text[0] == L'+');
+    return text.insert(behindSign ? 1 : 0, missing, zero ? L'0' : L' ');
+}
+
+// Formats into a buffer of exactly `capacity` characters in front of a page that cannot be touched.
+struct Attempt {
+    int result;
+    std::wstring text;
+};
+
+template <class... Arguments>
+Attempt formatInto(reference::GuardedBuffer<wchar_t>& guarded, int capacity, const wchar_t* format,
+                   Arguments... arguments) {
+    wchar_t* buffer = guarded.last(static_cast<std::size_t>(capacity));
+    std::fill_n(buffer, capacity, L'#');
+    const int result = FormatUtil::outputStringWithFormat(buffer, capacity, format, arguments...);
+    return {result, buffer};
+}
+
+int formatMoving(wchar_t** out, int capacity, const wchar_t* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int result = OutputWithFormat(out, capacity, format, args);
+    va_end(args);
+    return result;
+}
+
+} // namespace
+
+TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) {
+    reference::GuardedBuffer<wchar_t> guarded(256);
+    const long long value = -42;
+    for (const wchar_t letter : std::wstring(L"diuoxpbDIUOXBcsfegG%yE")) {
+        for (const std::wstring flags : {L"", L"+", L"-", L"+-", L"-+", L"0", L"+0", L"-0", L"-+0"}) {
+            for (const int width : {0, 1, 7, 40, 95}) {
+                for (const int precision : {-1, 0, 1, 3, 9}) {
+                    const bool wide = std::iswupper(static_cast<wint_t>(letter)) != 0 && letter != L'G';
+                    std::wstring text;
+                    if (letter == L'd' || letter == L'i' || letter == L'D' || letter == L'I')
+                        text = L"-" + withPoint(L"42", precision);
+                    else if (const std::wstring all = L"uoxpbUOXB"; all.find(letter) != std::wstring::npos) {
+                        constexpr unsigned kBases[] = {10, 8, 16, 16, 2, 10, 8, 16, 2};
+                        const auto bits = static_cast<unsigned long long>(value);
+                        text = withPoint(digitsIn(wide ? bits : bits & UINT_MAX, kBases[all.find(letter)]), precision);
+                    } else if (letter == L'c')
+                        text = L"x";
+                    else if (letter == L's')
+                        text = std::wstring(L"h\u00e9llo")
+                                   .substr(0, precision < 0 ? 5 : static_cast<std::size_t>(precision));
+                    else if (letter == L'f' || letter == L'g' || letter == L'G') {
+                        char number[64];
+                        std::snprintf(number, sizeof number, flags.find(L'+') != std::wstring::npos ? "%+.*f" : "%.*f",
+                                      precision < 0 ? 6 : precision, 2.71828);
+                        text = widen(number);
+                    } else if (letter == L'e')
+                        text = widen(std::initializer_list<const char*>{"3E+000", "2.7E+000", "2.718E+000",
+                                                                        "2.718280E+000", "2.718280000E+000"}
+                                         .begin()[precision < 0    ? 3
+                                                  : precision == 9 ? 4
+                                                                   : (precision + 1) / 2]);
+                    else
+                        text = letter;
+                    const bool numeric = std::wstring(L"cs%yE").find(letter) == std::wstring::npos;
+                    const bool left = flags.find(L'-') != std::wstring::npos;
+                    const std::wstring wanted =
+                        padded(text, width, left, flags.find(L'0') != std::wstring::npos, numeric);
+                    std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"");
+                    directive += (precision >= 0 ? L"." + std::to_wstring(precision) : L"") + letter;
+                    // "%%" is what an introducer followed by another one means, whatever stands between them.
+                    const auto attempt = [&](int capacity) {
+                        if (letter == L'c')
+                            return formatInto(guarded, capacity, directive.c_str(), L'x');
+                        if (letter == L's')
+                            return formatInto(guarded, capacity, directive.c_str(), L"h\u00e9llo");
+                        if (std::wstring(L"fegG").find(letter) != std::wstring::npos)
+                            return formatInto(guarded, capacity, directive.c_str(), 2.71828);
+                        if (wide && letter != L'E')
+                            return formatInto(guarded, capacity, directive.c_str(), value);
+                        return formatInto(guarded, capacity, directive.c_str(), static_cast<int>(value));
+                    };
+                    const int length = static_cast<int>(wanted.size());
+                    const Attempt fitting = attempt(length + 1);
+                    ASSERT_EQ(fitting.text, wanted) << std::string(directive.begin(), directive.end());
+                    ASSERT_EQ(fitting.result, length) << std::string(directive.begin(), directive.end());
+                    // One character less: the last run or text is missing as a whole, what came before it stays.
+                    if (length > 0) {
+                        const Attempt cut = attempt(length);
+                        ASSERT_EQ(cut.result, -1) << std::string(directive.begin(), directive.end());
+                        ASSERT_TRUE(wanted.compare(0, cut.text.size(), cut.text) == 0 &&
+                                    cut.text.size() < wanted.size());
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
+    const struct {
+        const wchar_t* format;
+        const wchar_t* text;
+    } rows[] = {
+        {L"100%% %y %E|%", L"100% y E|"},
+        {L"%", L""},
+        {L"%+-05d|", L"7    |"}, // the 0 belongs to the width
+        {L"%+-0*d|", L"*d|"},    // and so the star is the letter
+        {L"%-0 5d", L" 5d"},     // no blank flag
+        {L"%#x", L"#x"},
+        {L"%++d", L"+d"},
+        {L"%5.2d|", L" 0.07|"},
+        {L"%.0d", L"7."},
+        {L"%.d", L"7."},
+        {L"%$3d", L"  7"}, // a lone dollar sign is skipped
+        {L"%ld%hd", L"77"},
+        {L"%lld", L"ld"}, // one letter of length only
+        {L"%05c", L"0000\a"},
+        {L"a\u4e2db%n%S%C", L"a\u4e2dbnSC"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(format(row.format, 7, 7), row.text) << std::string(row.format, row.format + std::wcslen(row.format));
+    EXPECT_EQ(format(L"%*d|%-*d|%.*d", 4, 1, 4, 2, 2, 3), L"   1|2   |0.03");
+    EXPECT_EQ(format(L"%.*f|%.*s", -3, 2.5, -1, L"abc"), L"3|");
+    EXPECT_EQ(format(L"%d %D %d", INT_MIN, LLONG_MIN, 5), L"-2147483648 -9223372036854775808 5");
+    EXPECT_EQ(format(L"%p", 0x123456789abcdef0ULL), L"9ABCDEF0");
+    EXPECT_EQ(format(L"[%s]", static_cast<const wchar_t*>(nullptr)), L"[]");
+    // The limit is what keeps a string without a terminator from being read too far.
+    reference::GuardedBuffer<wchar_t> guarded(4);
+    EXPECT_EQ(format(L"%.3s", guarded.place(L"abc", 3)), L"abc");
+}
+
+TEST(OutputWithFormat, TakesArgumentsByPosition) {
+    EXPECT_EQ(format(L"%2$s %1$d", 7, L"abc"), L"abc 7");
+    EXPECT_EQ(format(L"%3$.*1$f %3$0*2$.1f", 2, 6, 1.25), L"1.25 0001.3");
+    EXPECT_EQ(format(L"%1$d %1$x %2$hd", 255, 3), L"255 FF 3");
+    EXPECT_EQ(format(L"%2$D %3$c %1$U %4$s", 18446744073709551615ULL, -5LL, L'z', L"end"),
+              L"-5 z 18446744073709551615 end");
+    EXPECT_EQ(format(L"%2$.20q*1$", 1, 2.5), L"2.5000");
+    // What is not collected counts as nothing: the last introducer decides how many there are.
+    EXPECT_EQ(format(L"%1$d %d|", 7), L"0 0|");
+    EXPECT_EQ(format(L"%3$d%3$s%3$f|", 1, 2, 3), L"00.000000|");
+    // A number without a position takes the first argument; digits without a dollar sign are a width.
+    EXPECT_EQ(format(L"%4d %1$d", 7), L"   7 7");
+    // An argument collected as another kind is not taken for a pointer or a double.
+    EXPECT_EQ(format(L"[%1$s] %1$d", 7), L"[] 7");
+    EXPECT_EQ(format(L"%1$f %1$d", 7), L"0.000000 7");
+    EXPECT_EQ(format(L"%0$d %1$d", 7), L"0 7");
+    EXPECT_EQ(format(L"%99999999999$d|%1$d", 7), L"0|7");
+}
+
+TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
+    reference::GuardedBuffer<wchar_t> guarded(64);
+    const auto expect = [](const Attempt& attempt, int result, const wchar_t* text) {
+        EXPECT_EQ(attempt.result, result) << std::string(attempt.text.begin(), attempt.text.end());
+        EXPECT_EQ(attempt.text, text);
+    };
+    expect(formatInto(guarded, 4, L"abc"), 3, L"abc");
+    expect(formatInto(guarded, 3, L"abc"), 0, L"");
+    expect(formatInto(guarded, 5, L"ab%dcd", 7), 0, L"ab7");
+    expect(formatInto(guarded, 4, L"ab%dcd", 77), -1, L"ab");
+    expect(formatInto(guarded, 4, L"%06d", -7), -1, L"-");
+    // A negative width is enormous: runs of 30 until no more fits.
+    expect(formatInto(guarded, 64, L"%*d", -1, 7), -1, std::wstring(60, L' ').c_str());
+    expect(formatInto(guarded, 64, L"%.2044d", 7), -1, L"");
+    expect(formatInto(guarded, 64, L"%.99999999999d", 7), -1, L"");
+    expect(formatInto(guarded, 64, nullptr), -1, L"");
+    expect(formatInto(guarded, 1, L""), 0, L"");
+
+    wchar_t untouched[2] = {L'#', L'#'};
+    wchar_t* out = untouched;
+    for (const int capacity : {0, -1, INT_MIN})
+        EXPECT_EQ(formatMoving(&out, capacity, L"abc"), -1);
+    EXPECT_TRUE(out == untouched && untouched[0] == L'#');
+    EXPECT_EQ(formatMoving(nullptr, 8, L"abc"), -1);
+    wchar_t* none = nullptr;
+    EXPECT_EQ(formatMoving(&none, 8, L"abc"), -1);
+
+    wchar_t buffer[16];
+    out = buffer;
+    EXPECT_EQ(formatMoving(&out, 16, L"%d-%s", 12, L"x"), 4);
+    EXPECT_EQ(out, buffer + 4);
+    EXPECT_EQ(formatMoving(&out, 3, L"%d", 1234), -1);
+    EXPECT_EQ(out, buffer + 4);
+    // Strings are longer than the work buffer allows for numbers.
+    const std::wstring text(5000, L'x');
+    std::wstring room(5002, L'#');
+    EXPECT_EQ(FormatUtil::outputStringWithFormat(room.data(), 5002, L"%s!", text.c_str()), 5001);
+    EXPECT_EQ(room, text + L"!" + L'\0');
+}
