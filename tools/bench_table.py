@@ -24,7 +24,7 @@ def run(program: pathlib.Path, args: argparse.Namespace) -> list:
         command.append(f"--benchmark_filter={args.filter}")
     result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
     if result.returncode != 0:
-        sys.exit(f"{program.name} failed:\n{result.stderr}{result.stdout}")
+        sys.exit(f"{program.name} failed:\n{result.stderr}")
     return json.loads(result.stdout)["benchmarks"] if result.stdout.strip() else []
 
 
