@@ -1,0 +1,66 @@
+#include "fltcvt/DigitAllocator.h"
+#include "fltcvt/Digits.h"
+#include "fltcvt/DoubleBits.h"
+
+namespace {
+
+using tq::detail::DigitLayout;
+using tq::detail::DigitRequest;
+
+constexpr int kPointOfNoNumber = 9999;
+
+static_assert(tq::detail::kMaxFastDigits < tq::detail::kSmallStringRoom);
+
+char* finish(char* text, int count, char** rve) {
+    text[count] = '\0';
+    if (rve != nullptr)
+        *rve = text + count;
+    return text;
+}
+
+char* smallText(const char* text, int length, char** rve) {
+    char* const copy = tq::detail::takeString(0);
+    std::memcpy(copy, text, static_cast<std::size_t>(length));
+    return finish(copy, length, rve);
+}
+
+// Infinity, NaN and zero.
+char* specialText(double d, int* decpt, char** rve) {
+    if (d == 0) {
+        *decpt = 1;
+        return smallText("0", 1, rve);
+    }
+    *decpt = kPointOfNoNumber;
+    return d == d ? smallText("Infinity", 8, rve) : smallText("NaN", 3, rve);
+}
+
+char* manyDigits(double v, const DigitRequest& request, int* decpt, char** rve) {
+    char digits[tq::detail::kDigitRoom];
+    const DigitLayout layout = tq::detail::writeManyDigits(v, request, digits);
+    *decpt = layout.point;
+    char* const text = TqGdImpl::rv_alloc(layout.count);
+    std::memcpy(text, digits, static_cast<std::size_t>(layout.count));
+    return finish(text, layout.count, rve);
+}
+
+} // namespace
+
+char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve) {
+    const std::uint64_t bits = tq::detail::bitsOf(d);
+    *sign = static_cast<int>(bits >> 63);
+    if (!tq::detail::isFinite(d) || bits << 1 == 0) [[unlikely]]
+        return specialText(d, decpt, rve);
+    const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
+    const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
+    tq::detail::ShortDecimal decimal;
+    if (!tq::detail::tryFewDigits(v, request, decimal)) [[unlikely]]
+        return manyDigits(v, request, decpt, rve);
+    char* const text = tq::detail::takeString(0);
+    if (decimal.digits == 0) {
+        *decpt = -request.count;
+        return finish(text, 0, rve);
+    }
+    int count = 0;
+    *decpt = decimal.exponent + tq::detail::writeDigits(text, decimal.digits, count);
+    return finish(text, count, rve);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "fltcvt/Digits.h"
+
+#include <cstdint>
+
+namespace tq::detail {
+
+/// How many digits the request takes from a number whose decimal point is behind digit `point`; negative where the last
+/// place wanted lies before the first digit.
+constexpr std::int64_t wantedDigits(const DigitRequest& request, int point) noexcept {
+    return request.kind == DigitRequest::ePlaces ? std::int64_t{request.count} + point : request.count;
+}
+
+/// Adds one in the last place. Nines at the end disappear; where there is no digit left, a 1 comes before them.
+inline void addOneInLastPlace(char* digits, DigitLayout& layout) noexcept {
+    while (layout.count > 0 && digits[layout.count - 1] == '9')
+        --layout.count;
+    if (layout.count > 0) {
+        ++digits[layout.count - 1];
+    } else {
+        digits[layout.count++] = '1';
+        ++layout.point;
+    }
+}
+
+/// Rounds the exact digits of `layout`, in place, to `wanted`, and drops the zeros at the end. `isMore` says that
+/// digits other than 0 follow; there are more than `wanted` digits then. For a number that rounds to nothing `point` is
+/// moved to the last place wanted.
+inline void roundDigits(char* digits, bool isMore, std::int64_t wanted, DigitLayout& layout) noexcept {
+    if (wanted < layout.count) {
+        const int kept = static_cast<int>(wanted < 0 ? 0 : wanted);
+        for (int i = kept + 1; i < layout.count && !isMore; ++i)
+            isMore = digits[i] != '0';
+        const char next = digits[kept];
+        const bool isOdd = kept > 0 && (digits[kept - 1] & 1) != 0;
+        const bool isUp = wanted >= 0 && (next > '5' || (next == '5' && (isMore || isOdd)));
+        layout.count = kept;
+        if (isUp)
+            addOneInLastPlace(digits, layout);
+    }
+    while (layout.count > 0 && digits[layout.count - 1] == '0')
+        --layout.count;
+    if (layout.count == 0)
+        layout.point -= static_cast<int>(wanted);
+}
+
+} // namespace tq::detail
