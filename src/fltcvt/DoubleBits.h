@@ -10,8 +10,10 @@ inline constexpr int kFractionBits = 52;
 inline constexpr int kExponentMask = 0x7FF;
 inline constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kFractionBits;
 inline constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
+inline constexpr int kExponentBias = 1023;
 /// The double 1.0.
-inline constexpr std::uint64_t kOneBits = std::uint64_t{1023} << kFractionBits;
+inline constexpr std::uint64_t kOneBits = std::uint64_t{kExponentBias} << kFractionBits;
+inline constexpr std::uint64_t kInfinityBits = std::uint64_t{kExponentMask} << kFractionBits;
 /// A subnormal is a multiple of 2^kMinExponent.
 inline constexpr int kMinExponent = -1074;
 
