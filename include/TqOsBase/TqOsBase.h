@@ -23,6 +23,9 @@
 #include <TqOsBase/format/LumoAppUnitSets.h>
 #include <TqOsBase/format/OutputWithFormat.h>
 #include <TqOsBase/format/QMode.h>
+#include <TqOsBase/fltcvt/FloatText.h>
+#include <TqOsBase/fltcvt/StrToD.h>
+#include <TqOsBase/fltcvt/TqGdImpl.h>
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/TqFlatMemBuf.h>
