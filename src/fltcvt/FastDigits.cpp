@@ -31,7 +31,7 @@ struct Normalised {
 
     explicit Normalised(double v) noexcept {
         const DoubleParts parts(v);
-        const int shift = std::countl_zero(parts.significand);
+        const int shift = parts.isSubnormal() ? std::countl_zero(parts.significand) : 63 - kFractionBits;
         significand = parts.significand << shift;
         exponent = parts.exponent - shift;
     }

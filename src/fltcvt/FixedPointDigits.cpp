@@ -42,7 +42,7 @@ struct FixedPoint {
     /// The next digits of the fraction, zeros before them included.
     void writeStep(char* out) noexcept {
         const UInt128 product = UInt128{fraction} * kStepFactor;
-        writeSixteenDigits(out, static_cast<std::uint64_t>(product >> bits));
+        SixteenDigits(static_cast<std::uint64_t>(product >> bits)).store(out);
         fraction = static_cast<std::uint64_t>(product) & ((std::uint64_t{1} << bits) - 1);
     }
 };
@@ -53,22 +53,19 @@ bool tryFixedPointDigits(double v, const DigitRequest& request, char* out, Digit
     FixedPoint number;
     if (request.kind == DigitRequest::eShortest || !number.tryFrom(v))
         return false;
-    // The integer has 20 digits at most, written with zeros before them.
-    const std::uint64_t upper = eightDigits(static_cast<std::uint32_t>(number.integer / kStepFactor)) | kAsciiZeros;
-    std::memcpy(out, &upper, sizeof upper);
-    writeSixteenDigits(out + sizeof upper, number.integer % kStepFactor);
-    char* end = out + sizeof upper + kStep;
-    layout.point = number.integer != 0 ? digitCount(number.integer) : 0;
-    char* begin = end - layout.point;
-    bool isBegun = number.integer != 0;
-    while (number.fraction != 0 && (!isBegun || end - begin <= wantedDigits(request, layout.point))) {
+    // The integer has 20 digits at most.
+    SixteenDigits(number.integer / kStepFactor).store(out);
+    SixteenDigits(number.integer % kStepFactor).store(out + kStep);
+    const char* begin = out;
+    char* end = out + 2 * kStep;
+    layout.point = 2 * kStep;
+    for (;; end += kStep) {
+        for (; begin != end && *begin == '0'; ++begin)
+            --layout.point;
+        const bool isEnough = begin != end && end - begin > wantedDigits(request, layout.point);
+        if (number.fraction == 0 || isEnough)
+            break;
         number.writeStep(end);
-        end += kStep;
-        while (!isBegun && begin != end) {
-            isBegun = *begin != '0';
-            begin += isBegun ? 0 : 1;
-            layout.point -= isBegun ? 0 : 1;
-        }
     }
     layout.count = static_cast<int>(end - begin);
     std::memmove(out, begin, static_cast<std::size_t>(layout.count));

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+// The sixteen decimal digits of a value below 10^16, zeros before them included, one a byte. They are found by three
+// divisions, each in all parts of the register at once, by multiplication with a reciprocal that is exact for parts of
+// this size. Both kinds give the same.
+
+namespace tq::detail {
+
+static_assert(std::endian::native == std::endian::little, "the first digit lies in the lowest byte");
+
+inline constexpr std::uint32_t kEightDigitLimit = 100000000;
+
+/// For any processor.
+class SixteenDigitsInWords {
+public:
+    explicit SixteenDigitsInWords(std::uint64_t value) noexcept
+        : m_upper(digitsOf(static_cast<std::uint32_t>(value / kEightDigitLimit))),
+          m_lower(digitsOf(static_cast<std::uint32_t>(value % kEightDigitLimit))) {}
+
+    /// Writes them as characters.
+    void store(char* out) const noexcept {
+        const std::uint64_t words[] = {m_upper | kZeros, m_lower | kZeros};
+        std::memcpy(out, words, sizeof words);
+    }
+    /// How many there are up to the last that is not 0.
+    int significant() const noexcept {
+        return m_lower != 0 ? 16 - std::countl_zero(m_lower) / 8 : 8 - std::countl_zero(m_upper) / 8;
+    }
+
+private:
+    static constexpr std::uint64_t kZeros = 0x3030303030303030U;
+
+    static std::uint64_t digitsOf(std::uint32_t value) noexcept {
+        const std::uint32_t upper = value / 10000;
+        const std::uint64_t fours = upper | static_cast<std::uint64_t>(value - upper * 10000) << 32;
+        const std::uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007FU;
+        const std::uint64_t twos = (fours << 16) - hundreds * ((100U << 16) - 1);
+        const std::uint64_t tens = (twos * 103 >> 10) & 0x000F000F000F000FU;
+        return (twos << 8) - tens * ((10U << 8) - 1);
+    }
+
+    std::uint64_t m_upper, m_lower;
+};
+
+#if defined(__SSE2__)
+
+/// In an SSE2 register.
+class SixteenDigitsInVector {
+public:
+    explicit SixteenDigitsInVector(std::uint64_t value) noexcept {
+        const auto upper = static_cast<std::uint32_t>(value / kEightDigitLimit);
+        const auto lower = static_cast<std::uint32_t>(value - std::uint64_t{upper} * kEightDigitLimit);
+        const __m128i eights = _mm_set_epi64x(lower, upper);
+        const __m128i thousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(0xD1B71759)), 45);
+        const __m128i rest = _mm_sub_epi32(eights, _mm_mul_epu32(thousands, _mm_set1_epi64x(10000)));
+        const __m128i fours = _mm_or_si128(thousands, _mm_slli_epi64(rest, 32));
+        const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+        const __m128i below = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
+        const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(below, 16));
+        const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
+        const __m128i ones = _mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+        m_digits = _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
+    }
+
+    void store(char* out) const noexcept {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_or_si128(m_digits, _mm_set1_epi8('0')));
+    }
+    int significant() const noexcept {
+        const auto nonZeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi8(m_digits, _mm_setzero_si128())));
+        return 31 - std::countl_zero(nonZeros << 1 | 1);
+    }
+
+private:
+    __m128i m_digits;
+};
+
+using SixteenDigits = SixteenDigitsInVector;
+
+#else
+
+using SixteenDigits = SixteenDigitsInWords;
+
+#endif
+
+} // namespace tq::detail
