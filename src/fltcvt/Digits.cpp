@@ -4,8 +4,6 @@
 #include "fltcvt/ExactDigits.h"
 #include "fltcvt/FixedPointDigits.h"
 
-#include <algorithm>
-
 namespace tq::detail {
 
 namespace {
@@ -14,78 +12,71 @@ namespace {
 // digits that reads back to the double is the nearest one of that length: rounding finds it too.
 constexpr int kDistinctDigits = 15;
 constexpr std::uint64_t kDistinctLimit = kSmallPowersOfTen[kDistinctDigits];
+constexpr std::uint64_t kAllDigits = kSmallPowersOfTen[kMaxFastDigits];
 
 bool isSubnormal(double v) noexcept {
     return exponentField(v) == 0;
 }
 
-void dropZeros(ShortDecimal& decimal) noexcept {
-    while (decimal.digits % 10 == 0) {
-        decimal.digits /= 10;
-        ++decimal.exponent;
-    }
-}
-
-bool trySignificant(double v, int count, ShortDecimal& out) noexcept {
-    int exponent = 0;
-    if (count > kMaxFastDigits || !tryRoundedDigits(v, count, out.digits, exponent))
-        return false;
-    out.exponent = exponent - count + 1;
+bool writeShortest(double v, char* out, DigitLayout& layout) noexcept {
+    const ShortDecimal decimal = shortestDigits(v);
+    const int length = digitCount(decimal.digits);
+    layout = {writeDigits(out, decimal.digits, length), decimal.exponent + length};
     return true;
 }
 
-bool tryPlaces(double v, int places, ShortDecimal& out) noexcept {
-    out.exponent = -places;
-    return tryRoundedAt(v, places, out.digits);
+bool trySignificant(double v, int count, char* out, DigitLayout& layout) noexcept {
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    if (count > kMaxFastDigits || !tryRoundedDigits(v, count, digits, exponent))
+        return false;
+    layout.point = exponent + 1;
+    layout.count =
+        count < kMaxFastDigits ? writeFewDigits(out, digits, count) : writeDigits(out, digits, kMaxFastDigits);
+    return true;
 }
 
-bool trySignificantOrShorter(double v, int count, ShortDecimal& out) noexcept {
+// `limit` is above the digits accepted.
+bool tryPlaces(double v, int places, std::uint64_t limit, char* out, DigitLayout& layout) noexcept {
+    std::uint64_t digits = 0;
+    if (!tryRoundedAt(v, places, digits) || digits >= limit)
+        return false;
+    if (digits == 0) {
+        layout = {0, -places};
+        return true;
+    }
+    const int length = digitCount(digits);
+    layout.point = length - places;
+    layout.count = length < kMaxFastDigits ? writeFewDigits(out, digits, length) : writeDigits(out, digits, length);
+    return true;
+}
+
+bool trySignificantOrShorter(double v, int count, char* out, DigitLayout& layout) noexcept {
     if (count <= kDistinctDigits && !isSubnormal(v))
-        return trySignificant(v, count, out);
-    out = shortestDigits(v);
-    dropZeros(out);
-    return digitCount(out.digits) <= count || trySignificant(v, count, out);
+        return trySignificant(v, count, out, layout);
+    writeShortest(v, out, layout);
+    return layout.count <= count || trySignificant(v, count, out, layout);
 }
 
-bool tryPlacesOrShorter(double v, int places, ShortDecimal& out) noexcept {
-    if (!isSubnormal(v) && tryPlaces(v, places, out) && out.digits < kDistinctLimit)
+bool tryPlacesOrShorter(double v, int places, char* out, DigitLayout& layout) noexcept {
+    if (!isSubnormal(v) && tryPlaces(v, places, kDistinctLimit, out, layout))
         return true;
-    out = shortestDigits(v);
-    if (-static_cast<std::int64_t>(out.exponent) <= places)
-        return true;
-    dropZeros(out);
-    return -static_cast<std::int64_t>(out.exponent) <= places || tryPlaces(v, places, out);
+    writeShortest(v, out, layout);
+    return std::int64_t{layout.count} - layout.point <= places || tryPlaces(v, places, kAllDigits, out, layout);
 }
 
 } // namespace
 
-DigitRequest DigitRequest::ofMode(int mode, int ndigits) noexcept {
-    constexpr int kModes = 6;
-    constexpr int kWithoutEstimate = 4; // modes 6 to 9 are 2 to 5
-    const unsigned wanted = static_cast<unsigned>(mode);
-    const unsigned plain = wanted < kModes + kWithoutEstimate && wanted >= kModes ? wanted - kWithoutEstimate : wanted;
-    switch (plain) {
-    case 2:
-    case 4:
-        return {eSignificant, plain == 4, std::max(ndigits, 1)};
-    case 3:
-    case 5:
-        return {ePlaces, plain == 5, ndigits};
-    default:
-        return {eShortest, false, 0};
-    }
-}
-
-bool tryFewDigits(double v, const DigitRequest& request, ShortDecimal& out) noexcept {
+bool tryFewDigits(double v, const DigitRequest& request, char* out, DigitLayout& layout) noexcept {
     switch (request.kind) {
     case DigitRequest::eSignificant:
-        return request.orShorter ? trySignificantOrShorter(v, request.count, out)
-                                 : trySignificant(v, request.count, out);
+        return request.orShorter ? trySignificantOrShorter(v, request.count, out, layout)
+                                 : trySignificant(v, request.count, out, layout);
     case DigitRequest::ePlaces:
-        return request.orShorter ? tryPlacesOrShorter(v, request.count, out) : tryPlaces(v, request.count, out);
+        return request.orShorter ? tryPlacesOrShorter(v, request.count, out, layout)
+                                 : tryPlaces(v, request.count, kAllDigits, out, layout);
     default:
-        out = shortestDigits(v);
-        return true;
+        return writeShortest(v, out, layout);
     }
 }
 

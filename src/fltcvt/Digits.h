@@ -4,6 +4,7 @@
 #include "fltcvt/FastDigits.h"
 
 #include <cstdint>
+#include <iterator>
 
 namespace tq::detail {
 
@@ -19,7 +20,15 @@ struct DigitRequest {
     int count;
 
     /// The request that a mode of TqGdImpl::dtoa stands for.
-    static DigitRequest ofMode(int mode, int ndigits) noexcept;
+    static constexpr DigitRequest ofMode(int mode, int ndigits) noexcept {
+        constexpr DigitRequest kModes[] = {{eShortest, false, 0},    {eShortest, false, 0},   {eSignificant, false, 0},
+                                           {ePlaces, false, 0},      {eSignificant, true, 0}, {ePlaces, true, 0},
+                                           {eSignificant, false, 0}, {ePlaces, false, 0},     {eSignificant, true, 0},
+                                           {ePlaces, true, 0}};
+        DigitRequest request = kModes[static_cast<unsigned>(mode) < std::size(kModes) ? mode : 0];
+        request.count = request.kind == eSignificant && ndigits < 1 ? 1 : ndigits;
+        return request;
+    }
 };
 
 /// Digits without zeros at the end: value = 0.d1d2d3... * 10^point. None, with `point` -places, for a number that
@@ -35,22 +44,10 @@ inline constexpr int kMaxDigits = 767;
 inline constexpr int kDigitRoom = kMaxDigits + 100;
 
 /// The digits of a finite `v` above 0 when at most 17 are wanted, or make the number, and 128 bits decide on them.
-/// `out.digits` may end with zeros, and is 0 for a number that rounds to nothing.
-bool tryFewDigits(double v, const DigitRequest& request, ShortDecimal& out) noexcept;
+/// Needs kDigitWriterRoom bytes of `out`, at least; no terminator. Returns false otherwise.
+bool tryFewDigits(double v, const DigitRequest& request, char* out, DigitLayout& layout) noexcept;
 
 /// The digits of a finite `v` above 0 to `out`, which has kDigitRoom bytes. No terminator. Throws std::bad_alloc.
 DigitLayout writeManyDigits(double v, const DigitRequest& request, char* out);
-
-/// Either of the two.
-inline DigitLayout writeDigitsOf(double v, const DigitRequest& request, char* out) {
-    ShortDecimal decimal;
-    if (!tryFewDigits(v, request, decimal)) [[unlikely]]
-        return writeManyDigits(v, request, out);
-    if (decimal.digits == 0)
-        return {0, -request.count};
-    int count = 0;
-    const int digits = writeDigits(out, decimal.digits, count);
-    return {count, decimal.exponent + digits};
-}
 
 } // namespace tq::detail

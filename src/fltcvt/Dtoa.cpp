@@ -52,15 +52,12 @@ char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, cha
         return specialText(d, decpt, rve);
     const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
     const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
-    tq::detail::ShortDecimal decimal;
-    if (!tq::detail::tryFewDigits(v, request, decimal)) [[unlikely]]
-        return manyDigits(v, request, decpt, rve);
     char* const text = tq::detail::takeString(0);
-    if (decimal.digits == 0) {
-        *decpt = -request.count;
-        return finish(text, 0, rve);
+    DigitLayout layout;
+    if (!tq::detail::tryFewDigits(v, request, text, layout)) [[unlikely]] {
+        tq::detail::giveString(text);
+        return manyDigits(v, request, decpt, rve);
     }
-    int count = 0;
-    *decpt = decimal.exponent + tq::detail::writeDigits(text, decimal.digits, count);
-    return finish(text, count, rve);
+    *decpt = layout.point;
+    return finish(text, layout.count, rve);
 }

@@ -1,5 +1,13 @@
 #pragma once
 
+// The shortest digits follow R. Giulietti, "The Schubfach way to render doubles" (2020). The rounded digits scale in
+// the same way and decide by the distance of the fraction from one half.
+
+#include "fltcvt/DoubleBits.h"
+#include "fltcvt/PowersOfTen.h"
+#include "fltcvt/WideMath.h"
+
+#include <bit>
 #include <cstdint>
 
 namespace tq::detail {
@@ -13,19 +21,131 @@ struct ShortDecimal {
     int exponent;
 };
 
+namespace scaling {
+
+// Above this product no fraction bit is lost: the integer part of a scaled number then has 57 bits at most.
+inline constexpr int kMinShift = 7;
+
+inline constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
+
+// The integer part of product / 2^128 with the lowest bit set when there is a fraction. The power of ten is less than
+// one unit too large, hence the middle word at most 1; the paper shows that no other fraction is that small.
+inline std::uint64_t roundToOdd(const UInt192& product) noexcept {
+    return product.high | (product.middle() > 1 ? 1 : 0);
+}
+
+// A positive double as significand * 2^exponent with the highest bit of the significand set.
+struct Normalised {
+    std::uint64_t significand;
+    int exponent;
+
+    explicit Normalised(double v) noexcept {
+        const DoubleParts parts(v);
+        const int shift = parts.isSubnormal() ? std::countl_zero(parts.significand) : 63 - kFractionBits;
+        significand = parts.significand << shift;
+        exponent = parts.exponent - shift;
+    }
+};
+
+// floor(log10(v)). The power above the guess is compared as a 128-bit number; rounded up, it decides exactly.
+inline int floorLog10(const Normalised& v) noexcept {
+    const int log2 = v.exponent + 63;
+    const int guess = floorLog10OfPowerOfTwo(log2);
+    const PowerOfTen& next = powerOfTen(guess + 1);
+    const bool reaches = v.significand > next.high || (v.significand == next.high && next.low == 0);
+    return guess + (floorLog2OfPowerOfTen(guess + 1) == log2 && reaches ? 1 : 0);
+}
+
+// v * 10^power, which is to be below 2^57, rounded to the nearest integer.
+inline bool tryScale(const Normalised& v, int power, std::uint64_t& out) noexcept {
+    const PowerOfTen& scale = powerOfTen(power);
+    // The product is scaled by 2^(128 + shift).
+    const int shift = -(v.exponent + floorLog2OfPowerOfTen(power) - 127) - 128;
+    if (shift > 64) {
+        out = 0; // the product is below 2^192, so the number below one half
+        return true;
+    }
+    if (shift < kMinShift)
+        return false;
+    const UInt192 product = multiply(v.significand, scale.high, scale.low);
+    const bool isAllFraction = shift == 64;
+    const std::uint64_t integer = isAllFraction ? 0 : product.high >> shift;
+    const std::uint64_t fraction =
+        isAllFraction ? product.high : product.high << (64 - shift) | product.middle() >> shift;
+    if (fraction != kHalf) [[likely]] {
+        out = integer + (fraction >> 63);
+        return true;
+    }
+    // Between one half and 2^-64 above it. The product may be too large by less than one unit of its middle word.
+    const std::uint64_t rest = isAllFraction ? product.middle() : product.middle() << (64 - shift);
+    if (isExactPower(power))
+        out = integer + ((rest | product.low()) != 0 ? 1 : integer & 1);
+    else if (rest != 0)
+        out = integer + 1;
+    else
+        return false;
+    return true;
+}
+
+} // namespace scaling
+
 /// The shortest decimal that reads back to `v`, the one closest to `v` of several, the even one of two equally close.
 /// `v` is finite and above 0. At most 17 digits; they may end with zeros.
-ShortDecimal shortestDigits(double v) noexcept;
+inline ShortDecimal shortestDigits(double v) noexcept {
+    using scaling::roundToOdd;
+    // Scaled by 10^-k, the interval that reads back to v is between 1 and 10 wide; two more bits are kept.
+    const DoubleParts parts(v);
+    const std::uint64_t c = parts.significand;
+    const bool isLowerCloser = parts.isLowerNeighbourCloser();
+    const int k = isLowerCloser ? floorLog10OfThreeQuarters(parts.exponent) : floorLog10OfPowerOfTwo(parts.exponent);
+    const int h = parts.exponent + floorLog2OfPowerOfTen(-k) + 1;
+    const PowerOfTen& power = powerOfTen(-k);
+
+    const UInt192 product = multiply(c << (h + 2), power.high, power.low);
+    const auto scaledPower = [&power](int shift) -> UInt192 {
+        return {power.high >> (64 - shift), (UInt128{power.high} << 64 | power.low) << shift};
+    };
+    const UInt192 halfUlp = scaledPower(h + 1);
+    const std::uint64_t isOdd = c & 1;
+    const std::uint64_t value = roundToOdd(product);
+    const std::uint64_t lower = roundToOdd(product - (isLowerCloser ? scaledPower(h) : halfUlp)) + isOdd;
+    const std::uint64_t upper = roundToOdd(product + halfUlp) - isOdd;
+
+    const std::uint64_t s = value / 4;
+    const std::uint64_t tens = s / 10;
+    const bool isTensInside = lower <= 40 * tens;
+    const bool isNextTensInside = 40 * tens + 40 <= upper;
+    if (isTensInside != isNextTensInside)
+        return {tens + (isNextTensInside ? 1 : 0), k + 1};
+    // Without a branch: which of the two it is is as good as random.
+    const bool isInside = lower <= 4 * s;
+    const bool isNextInside = 4 * s + 4 <= upper;
+    const bool isNextNearer = value + (s & 1) > 4 * s + 2;
+    return {s + static_cast<std::uint64_t>(isInside != isNextInside ? isNextInside : isNextNearer), k};
+}
 
 /// `v`, finite and above 0, correctly rounded to `digits` significant decimal digits, 1 to 17. On success `out` holds
 /// exactly that many digits (10^(digits-1) <= out < 10^digits) and `exp10` is the exponent of the first of them:
 /// the value is out * 10^(exp10 - digits + 1). Ties go to the even digit. Returns false, with `out` and `exp10` in an
 /// unspecified state, when the 128 bits do not decide; that is so for some ties, and next to never otherwise.
-bool tryRoundedDigits(double v, int digits, std::uint64_t& out, int& exp10) noexcept;
+inline bool tryRoundedDigits(double v, int digits, std::uint64_t& out, int& exp10) noexcept {
+    const scaling::Normalised number(v);
+    exp10 = scaling::floorLog10(number);
+    if (!scaling::tryScale(number, digits - 1 - exp10, out))
+        return false;
+    if (out == kSmallPowersOfTen[static_cast<std::size_t>(digits)]) {
+        out = kSmallPowersOfTen[static_cast<std::size_t>(digits - 1)];
+        ++exp10;
+    }
+    return true;
+}
 
 /// `v`, finite and above 0, correctly rounded to a multiple of 10^-places: `out` * 10^-places, with `out` 0 when that
 /// is nearest. Ties go to the even number. Returns false, with `out` unspecified, when `out` would have more than 17
 /// digits, when `places` is not in -292 to 340, or when the 128 bits do not decide.
-bool tryRoundedAt(double v, int places, std::uint64_t& out) noexcept;
+inline bool tryRoundedAt(double v, int places, std::uint64_t& out) noexcept {
+    constexpr std::uint64_t kLimit = kSmallPowersOfTen[17];
+    return places >= -292 && places <= 340 && scaling::tryScale(scaling::Normalised(v), places, out) && out < kLimit;
+}
 
 } // namespace tq::detail

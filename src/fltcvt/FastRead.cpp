@@ -39,12 +39,12 @@ ReadResult nearestDouble(std::uint64_t significand, std::int64_t exponent) noexc
     const std::uint64_t rest = drop < 64 ? product.high << (64 - drop) : product.high;
     // The hidden bit adds one to the exponent; so does a carry out of the significand.
     const std::uint64_t bits = (static_cast<std::uint64_t>(field - 1) << kFractionBits) + kept;
-    if (rest != kHalf || product.middle != 0) [[likely]]
+    if (rest != kHalf || product.middle() != 0) [[likely]]
         return {bits + (rest >= kHalf ? 1 : 0), true};
     // The product is less than one unit of its middle word too large, so the number may lie below the middle.
     if (!isExactPower(power))
         return {bits, false};
-    return {bits + (product.low != 0 ? 1 : bits & 1), true};
+    return {bits + (product.low() != 0 ? 1 : bits & 1), true};
 }
 
 } // namespace tq::detail

@@ -32,8 +32,10 @@ struct Digits {
         } else if (bits << 1 == 0) {
             set("0", 1);
         } else {
-            const DigitLayout layout =
-                tq::detail::writeDigitsOf(std::bit_cast<double>(bits & ~tq::detail::kSignBit), request, text);
+            const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
+            DigitLayout layout;
+            if (!tq::detail::tryFewDigits(v, request, text, layout))
+                layout = tq::detail::writeManyDigits(v, request, text);
             count = layout.count;
             point = layout.point;
         }

@@ -30,9 +30,9 @@ inline void addOneInLastPlace(char* digits, DigitLayout& layout) noexcept {
 inline void roundDigits(char* digits, bool isMore, std::int64_t wanted, DigitLayout& layout) noexcept {
     if (wanted < layout.count) {
         const int kept = static_cast<int>(wanted < 0 ? 0 : wanted);
-        for (int i = kept + 1; i < layout.count && !isMore; ++i)
-            isMore = digits[i] != '0';
         const char next = digits[kept];
+        for (int i = kept + 1; next == '5' && i < layout.count && !isMore; ++i)
+            isMore = digits[i] != '0';
         const bool isOdd = kept > 0 && (digits[kept - 1] & 1) != 0;
         const bool isUp = wanted >= 0 && (next > '5' || (next == '5' && (isMore || isOdd)));
         layout.count = kept;

@@ -14,19 +14,18 @@ constexpr int bitWidth(std::uint64_t value) noexcept {
 
 /// A number of 192 bits.
 struct UInt192 {
-    std::uint64_t high, middle, low;
+    std::uint64_t high;
+    UInt128 rest;
+
+    constexpr std::uint64_t middle() const noexcept { return static_cast<std::uint64_t>(rest >> 64); }
+    constexpr std::uint64_t low() const noexcept { return static_cast<std::uint64_t>(rest); }
 
     constexpr UInt192 operator+(const UInt192& other) const noexcept {
-        const UInt128 sum = UInt128{low} + other.low;
-        const UInt128 carried = UInt128{middle} + other.middle + static_cast<std::uint64_t>(sum >> 64);
-        return {high + other.high + static_cast<std::uint64_t>(carried >> 64), static_cast<std::uint64_t>(carried),
-                static_cast<std::uint64_t>(sum)};
+        const UInt128 sum = rest + other.rest;
+        return {high + other.high + (sum < rest ? 1 : 0), sum};
     }
     constexpr UInt192 operator-(const UInt192& other) const noexcept {
-        const UInt128 difference = UInt128{low} - other.low;
-        const UInt128 borrowed = UInt128{middle} - other.middle - (static_cast<std::uint64_t>(difference >> 64) & 1);
-        return {high - other.high - (static_cast<std::uint64_t>(borrowed >> 64) & 1),
-                static_cast<std::uint64_t>(borrowed), static_cast<std::uint64_t>(difference)};
+        return {high - other.high - (rest < other.rest ? 1 : 0), rest - other.rest};
     }
 };
 
@@ -34,8 +33,7 @@ struct UInt192 {
 constexpr UInt192 multiply(std::uint64_t a, std::uint64_t high, std::uint64_t low) noexcept {
     const UInt128 lower = UInt128{a} * low;
     const UInt128 upper = UInt128{a} * high + static_cast<std::uint64_t>(lower >> 64);
-    return {static_cast<std::uint64_t>(upper >> 64), static_cast<std::uint64_t>(upper),
-            static_cast<std::uint64_t>(lower)};
+    return {static_cast<std::uint64_t>(upper >> 64), upper << 64 | static_cast<std::uint64_t>(lower)};
 }
 
 } // namespace tq::detail
