@@ -3,6 +3,7 @@
 /// Everything the library offers.
 
 #include <TqOsBase/Export.h>
+#include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/CodePageId.h>
 #include <TqOsBase/codepage/LmCodePage.h>
 #include <TqOsBase/codepage/NlsFunctions.h>
@@ -15,6 +16,7 @@
 #include <TqOsBase/containers/CStringList.h>
 #include <TqOsBase/containers/TqStringA.h>
 #include <TqOsBase/containers/TqVector.h>
+#include <TqOsBase/crtcompat/NumberFunctions.h>
 #include <TqOsBase/diag/ErrorStatus.h>
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/diag/TqLock.h>

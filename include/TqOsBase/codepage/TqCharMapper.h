@@ -4,6 +4,8 @@
 #include <TqOsBase/codepage/CodePageId.h>
 #include <TqOsBase/containers/TqVector.h>
 
+class CReadUserDefBigfontIni;
+
 /// Converts between narrow and wide text without code page tables. Narrow text is ASCII in which other characters are
 /// escapes: `\U+XXXX` for a Unicode character (four hexadecimal digits, U in either case), `\M+nXXXX` for a double-byte
 /// character of an East Asian code page (see TqCharConverter). The code page argument is ignored, with the one
@@ -72,6 +74,16 @@ public:
 
     /// The same over `count` bytes, read as signed.
     static double getCheckSumAnsi(const void* data, int count);
+
+    /// The code page that text drawn with a big font is in, by the font's file name: the part behind the last slash of
+    /// `fontPath`, with ".shx" added when it has no full stop, is compared without regard to case with the built-in
+    /// list, else asked of findCodepageByBigfontInUserDefined (see Bigfont.h, also for `reader` and what is thrown).
+    /// kCodePageUndefined for a font of no known code page and for an index outside 1 to 5. Null is taken as empty.
+    static code_page_id getCpByBigFont(const wchar_t* fontPath, CReadUserDefBigfontIni* reader);
+
+    /// The same as a code page index, but deliberately different in three ways: `fontFile` is compared as it stands, no
+    /// folder is stripped and no extension added, and an index of the user's definitions is returned in any range.
+    static int getCpIndexByBigFont(const wchar_t* fontFile, CReadUserDefBigfontIni* reader);
 };
 
 /// The identifier that the code page digit of a MIF escape names, from the low byte of `digit`: '0' the system ANSI
