@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+#include <new>
 
 namespace tq::platform {
 
@@ -18,8 +19,9 @@ bool isUnicode(const wchar_t* name) {
     return *name == L'\0';
 }
 
+constexpr auto kNotExpressible = static_cast<std::size_t>(-1);
+
 bool toLocaleEncoding(const wchar_t* name, std::string& out) {
-    constexpr auto kNotExpressible = static_cast<std::size_t>(-1);
     const std::size_t length = std::wcstombs(nullptr, name, 0);
     if (length == kNotExpressible)
         return false;
@@ -27,11 +29,21 @@ bool toLocaleEncoding(const wchar_t* name, std::string& out) {
     return std::wcstombs(out.data(), name, length + 1) == length;
 }
 
-void toUtf8(const wchar_t* name, std::string& out) {
+bool fromLocaleEncoding(const char* text, std::wstring& out) {
+    const std::size_t length = std::mbstowcs(nullptr, text, 0);
+    if (length == kNotExpressible)
+        return false;
+    out.resize(length);
+    return std::mbstowcs(out.data(), text, length + 1) == length;
+}
+
+void fromUtf8(const char* text, std::wstring& out) {
     out.clear();
-    for (; *name != L'\0'; ++name) {
-        char sequence[kMaxUtf8Length];
-        out.append(sequence, encodeUtf8(static_cast<char32_t>(*name), sequence));
+    while (*text != '\0') {
+        char32_t character = kReplacementCharacter;
+        const std::size_t length = decodeUtf8(text, character);
+        out += static_cast<wchar_t>(character);
+        text += length != 0 ? length : 1;
     }
 }
 
@@ -42,9 +54,33 @@ bool toFileName(const wchar_t* name, std::string& out) {
         return false;
     const int before = errno;
     if (!toLocaleEncoding(name, out))
-        toUtf8(name, out);
+        out = utf8Of(name);
     errno = before;
     return true;
+}
+
+int fileNameError(const wchar_t* name, std::string& out) noexcept {
+    if (name == nullptr)
+        return EINVAL;
+    try {
+        return toFileName(name, out) ? 0 : EILSEQ;
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
+    }
+}
+
+bool toUtf8FileName(const wchar_t* name, std::string& out) {
+    if (!isUnicode(name))
+        return false;
+    out = utf8Of(name);
+    return true;
+}
+
+void fromSystemText(const char* text, std::wstring& out) {
+    const int before = errno;
+    if (!fromLocaleEncoding(text, out))
+        fromUtf8(text, out);
+    errno = before;
 }
 
 } // namespace tq::platform

@@ -70,4 +70,16 @@ std::size_t encodeUtf8(char32_t character, char (&out)[kMaxUtf8Length]) noexcept
     return 0;
 }
 
+std::string utf8Of(const wchar_t* text) {
+    std::string bytes;
+    for (; *text != L'\0'; ++text) {
+        char sequence[kMaxUtf8Length];
+        std::size_t length = encodeUtf8(static_cast<char32_t>(*text), sequence);
+        if (length == 0)
+            length = encodeUtf8(kReplacementCharacter, sequence);
+        bytes.append(sequence, length);
+    }
+    return bytes;
+}
+
 } // namespace tq::platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 namespace tq::platform {
 
@@ -15,5 +16,11 @@ std::size_t decodeUtf8(const char* src, char32_t& character) noexcept;
 /// Writes `character` as UTF-8 and returns the number of bytes, 1 to 4; 0 above U+10FFFF. A surrogate is written in
 /// the three-byte form like any other value, so that two different texts never encode alike.
 std::size_t encodeUtf8(char32_t character, char (&out)[kMaxUtf8Length]) noexcept;
+
+/// Stands for what cannot be read or written as a character.
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
+
+/// `text` as UTF-8 up to its terminator, with the replacement character for what lies outside Unicode.
+std::string utf8Of(const wchar_t* text);
 
 } // namespace tq::platform

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+
+// The environment of the process in wide text. Texts are converted as file names are: in the encoding of the current
+// locale, or as UTF-8 when that cannot express them. Names, and texts to be put, are bounded to 1,024 bytes with their
+// terminator; longer ones are refused with `errno` ENAMETOOLONG, null with EINVAL, a character outside Unicode with
+// EILSEQ. Nobody else may use the environment at the same time.
+
+/// The value of an environment variable, of any length, in memory that the caller releases with free(); its namesake
+/// hands out memory of its own. A byte that fits no character becomes U+FFFD. Null when the variable is not set, when
+/// the name is refused, and without memory (ENOMEM).
+TQ_API wchar_t* _wgetenv(const wchar_t* name);
+
+/// putenv() of "name=value": returns 0, or not 0, with `errno`, when it is refused. A text without an equals sign does
+/// what the C library does with it: removes the variable on Linux, fails on macOS. "name=" sets the empty value, while
+/// its namesake removes the variable. The environment refers to memory that is kept as long as the process; one text is
+/// kept once, however often it is put.
+TQ_API int _wputenv(const wchar_t* text);

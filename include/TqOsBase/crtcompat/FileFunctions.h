@@ -1,0 +1,23 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+
+#include <cstdio>
+
+// Files by wide name. A name is converted to the encoding of the current locale, or to UTF-8 when that cannot express
+// it. Unless said otherwise, one that does not fit in 1,024 bytes with its terminator is refused with `errno`
+// ENAMETOOLONG, never cut; null is refused with EINVAL, a character outside Unicode with EILSEQ.
+
+/// fopen(): the modes are its own, without the encodings that its namesake knows ("ccs="), and text is not translated.
+/// The caller closes the stream. Null, with `errno`, on failure.
+TQ_API std::FILE* _wfopen(const wchar_t* name, const wchar_t* mode);
+/// The same stream in *out, null on failure. Returns `errno` as it is then, so after a success whatever an earlier call
+/// left there, where its namesake returns 0: ask *out. A null `out` opens nothing and returns EINVAL.
+TQ_API int _wfopen_s(std::FILE** out, const wchar_t* name, const wchar_t* mode);
+/// rename(): 0, or -1 with `errno`. It replaces a file that has the new name already, while its namesake fails.
+TQ_API int _wrename(const wchar_t* oldName, const wchar_t* newName);
+/// The same as TqFileSystem::waccess: a name of any length, and the process's C locale becomes a UTF-8 one. `mode` is
+/// access()'s: 0, 2, 4 and 6 mean what they mean to its namesake, and bit 0 asks for execution.
+TQ_API int _waccess(const wchar_t* name, int mode);
+/// Always null; nothing is written.
+TQ_API wchar_t* _wgetcwd(wchar_t* buffer, int size);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+
+/// What the application's assertion macro calls when a condition does not hold.
+class TQ_API TqAsserter {
+public:
+    /// The hook, a plain pointer read without a lock: set it once at start-up, and not to null. At the start it prints
+    /// "\nTqAsserter failed-- <file>:<line> " to standard output, without a line feed at the end and without the
+    /// message, and returns: the program goes on. Where standard output is a stream of narrow text, or the current
+    /// locale cannot express the file name, it prints UTF-8.
+    static void (*sm_pfnAssert)(const wchar_t* message, const wchar_t* file, int line);
+};

@@ -1,0 +1,55 @@
+#include "platform/FormattedText.h"
+#include "platform/StandardStreams.h"
+#include "platform/Utf8.h"
+
+#include <TqOsBase/diag/TqTracer.h>
+
+#include <cstdarg>
+#include <cwchar>
+
+using namespace tq;
+
+void (*TqTracer::sm_pfnTraceA)(const char*) = TqTracer::defaultTraceA;
+void (*TqTracer::sm_pfnTraceW)(const wchar_t*) = TqTracer::defaultTraceW;
+
+namespace {
+
+constexpr const wchar_t* kOutOfMemory = L"Out of memory!!";
+
+} // namespace
+
+TqTracer::TqTracer(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    platform::vprintNarrow(format, arguments);
+    va_end(arguments);
+}
+
+TqTracer::TqTracer(const wchar_t* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const platform::FormattedText formatted(format, arguments);
+    va_end(arguments);
+    if (formatted.length() < 0)
+        throw kOutOfMemory;
+    sm_pfnTraceW(formatted.text());
+}
+
+void TqTracer::defaultTraceA(const char* text) {
+    platform::printNarrow(text);
+}
+
+void TqTracer::defaultTraceW(const wchar_t* text) {
+    if (platform::canPrintWide(text))
+        std::wprintf(text);
+    else
+        platform::printNarrow(platform::utf8Of(text).c_str()); // directives are ASCII: the same in both
+}
+
+void TqTracer::setTraceFunctionA(void (*function)(const char*)) {
+    sm_pfnTraceA = function;
+}
+
+void TqTracer::setTraceFunctionW(void (*function)(const wchar_t*)) {
+    sm_pfnTraceW = function;
+}

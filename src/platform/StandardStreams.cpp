@@ -1,0 +1,65 @@
+#include "platform/StandardStreams.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <unistd.h>
+
+namespace tq::platform {
+
+namespace {
+
+void writeAll(int descriptor, const char* bytes, std::size_t count) noexcept {
+    while (count > 0) {
+        const ssize_t done = ::write(descriptor, bytes, count);
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return;
+        bytes += done;
+        count -= static_cast<std::size_t>(done);
+    }
+}
+
+std::string formatted(const char* format, std::va_list arguments) {
+    std::va_list copy;
+    va_copy(copy, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, copy);
+    va_end(copy);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
+}
+
+} // namespace
+
+bool canPrintWide(const wchar_t* text) noexcept {
+    return std::fwide(stdout, 0) >= 0 && std::wcstombs(nullptr, text, 0) != static_cast<std::size_t>(-1);
+}
+
+void printNarrow(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    vprintNarrow(format, arguments);
+    va_end(arguments);
+}
+
+void vprintNarrow(const char* format, std::va_list arguments) {
+    if (std::fwide(stdout, 0) <= 0) {
+        std::vprintf(format, arguments);
+        return;
+    }
+    const std::string text = formatted(format, arguments);
+    std::fflush(stdout);
+    writeAll(::fileno(stdout), text.data(), text.size());
+}
+
+void writeToStandardError(const char* text) noexcept {
+    writeAll(STDERR_FILENO, text, std::strlen(text));
+}
+
+} // namespace tq::platform
