@@ -52,6 +52,7 @@ int vsprintf_s(char* dst, std::size_t size, const char* format, std::va_list arg
         return -1;
     std::va_list copy;
     va_copy(copy, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer does not follow va_copy from a parameter
     const int length = std::vsnprintf(dst, dst != nullptr ? size : 0, format, copy);
     va_end(copy);
     return length;

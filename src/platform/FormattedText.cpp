@@ -9,6 +9,7 @@ namespace {
 int formatInto(wchar_t* room, std::size_t size, const wchar_t* format, std::va_list arguments) noexcept {
     std::va_list copy;
     va_copy(copy, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer does not follow va_copy from a parameter
     const int length = std::vswprintf(room, size, format, copy);
     va_end(copy);
     return length;

@@ -28,6 +28,7 @@ void writeAll(int descriptor, const char* bytes, std::size_t count) noexcept {
 std::string formatted(const char* format, std::va_list arguments) {
     std::va_list copy;
     va_copy(copy, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer does not follow va_copy from a parameter
     const int length = std::vsnprintf(nullptr, 0, format, copy);
     va_end(copy);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
@@ -50,7 +51,7 @@ void printNarrow(const char* format, ...) {
 
 void vprintNarrow(const char* format, std::va_list arguments) {
     if (std::fwide(stdout, 0) <= 0) {
-        std::vprintf(format, arguments);
+        std::vprintf(format, arguments); // NOLINT(clang-analyzer-valist.Uninitialized): likewise
         return;
     }
     const std::string text = formatted(format, arguments);
