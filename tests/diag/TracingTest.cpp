@@ -1,0 +1,118 @@
+#include <TqOsBase/diag/TqAsserter.h>
+#include <TqOsBase/diag/TqTracer.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// What `print` writes to a standard output that has taken no text yet, neither narrow nor wide: a child's, because a
+// stream keeps to what it has taken first.
+std::string printedBy(const char* locale, const std::function<void()>& print) {
+    std::FILE* output = std::tmpfile();
+    std::fflush(stdout);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::setlocale(LC_ALL, locale);
+        if (std::freopen("/dev/null", "w", stdout) == nullptr || ::dup2(::fileno(output), STDOUT_FILENO) < 0)
+            std::_Exit(1);
+        print();
+        std::fflush(stdout);
+        std::_Exit(0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    std::string text;
+    std::rewind(output);
+    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output))
+        text += static_cast<char>(c);
+    std::fclose(output);
+    return text;
+}
+
+void assertFailed(const wchar_t* file) {
+    TqAsserter::sm_pfnAssert(L"not printed", file, 12);
+}
+
+TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
+    struct Row {
+        std::function<void()> print;
+        std::string text;
+    };
+    const Row rows[] = {
+        {[] { TqTracer(L"%d items of %ls", 3, L"a"); }, "3 items of a"},
+        {[] { TqTracer("%d items of %s", 3, "a"); }, "3 items of a"},
+        {[] { TqTracer(L"\u00E9\u4E2D"); }, "\xC3\xA9\xE4\xB8\xAD"},
+        {[] {
+             TqTracer("a%d", 1);
+             TqTracer(L"b\u00E9");
+             TqTracer("c");
+             assertFailed(L"d.cpp");
+         },
+         "a1b\xC3\xA9"
+         "c\nTqAsserter failed-- d.cpp:12 "},
+        {[] {
+             TqTracer(L"a%d", 1);
+             TqTracer("b%s", "\xC3\xA9");
+             TqTracer(L"c");
+             TqTracer::defaultTraceA("d");
+             assertFailed(L"e.cpp");
+         },
+         "a1b\xC3\xA9"
+         "cd\nTqAsserter failed-- e.cpp:12 "},
+        {[] { assertFailed(L"a.cpp"); }, "\nTqAsserter failed-- a.cpp:12 "},
+        {[] { assertFailed(L"\u00E9.cpp"); }, "\nTqAsserter failed-- \xC3\xA9.cpp:12 "},
+        {[] { assertFailed(nullptr); }, "\nTqAsserter failed-- (null):12 "},
+        {[] { TqTracer(L"%d%%%%", 100); }, "100%"}, // interpreted twice
+        {[] { TqTracer::defaultTraceW(L"50%% \u00E9"); }, "50% \xC3\xA9"},
+        {[] { TqTracer::defaultTraceA("50%%"); }, "50%"},
+    };
+    for (const Row& row : rows)
+        for (const char* locale : {"C", "C.UTF-8"})
+            EXPECT_EQ(printedBy(locale, row.print), row.text) << locale << " row " << &row - rows;
+}
+
+std::vector<std::wstring> g_wideTraces;
+int g_narrowTraces = 0;
+
+TEST(Tracing, HooksGetWhatTheWideConstructorFormats) {
+    const auto narrowBefore = TqTracer::sm_pfnTraceA;
+    const auto wideBefore = TqTracer::sm_pfnTraceW;
+    EXPECT_EQ(narrowBefore, TqTracer::defaultTraceA);
+    EXPECT_EQ(wideBefore, TqTracer::defaultTraceW);
+    TqTracer::setTraceFunctionA([](const char*) { ++g_narrowTraces; });
+    TqTracer::setTraceFunctionW([](const wchar_t* text) { g_wideTraces.emplace_back(text); });
+
+    EXPECT_EQ(printedBy("C", [] { TqTracer("narrow %d", 1); }), "narrow 1") << "asks no hook";
+    TqTracer("");
+    EXPECT_EQ(g_narrowTraces, 0);
+    TqTracer(L"%d items", 3);
+    TqTracer(L"");
+    TqTracer(L"%2000d%ls", 7, L"\u00E9");
+    EXPECT_EQ(g_wideTraces, (std::vector<std::wstring>{L"3 items", L"", std::wstring(1999, L' ') + L"7\u00E9"}));
+    try {
+        TqTracer(L"%600000d", 7);
+        ADD_FAILURE() << "cannot be formatted";
+    } catch (const wchar_t* text) {
+        EXPECT_STREQ(text, L"Out of memory!!");
+    }
+    EXPECT_EQ(g_wideTraces.size(), 3U);
+
+    TqTracer::setTraceFunctionA(nullptr);
+    TqTracer::setTraceFunctionW(nullptr);
+    EXPECT_EQ(TqTracer::sm_pfnTraceA, nullptr);
+    EXPECT_EQ(TqTracer::sm_pfnTraceW, nullptr);
+    TqTracer::setTraceFunctionA(narrowBefore);
+    TqTracer::setTraceFunctionW(wideBefore);
+}
+
+} // namespace
