@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Compares the exported symbols of a Linux and a macOS build of the library, name by name, and exits with 1 when one is
 missing on either side. Left out is what belongs to the language's run-time library, which the cross-linked macOS library
-carries in itself; the standard library's inline namespaces and the two spellings of 64-bit integers are made alike.
+carries in itself; the standard library's inline namespaces and the two spellings of 64-bit integers and of FILE are made
+alike.
 
 usage: compare_symbols.py LINUX_LIBRARY MACOS_LIBRARY NM"""
 
@@ -37,6 +38,7 @@ def exported(nm: str, library: str, is_mach: bool) -> set:
 def normalised(name: str) -> str:
     name = re.sub(r"std::(__1|__cxx11)::", "std::", name)
     name = re.sub(r"\blong long\b", "long", name)
+    name = re.sub(r"\b__sFILE\b", "_IO_FILE", name)
     return re.sub(r"> >", ">>", name)
 
 
