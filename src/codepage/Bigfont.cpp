@@ -103,7 +103,7 @@ int findCodepageByBigfontInUserDefined(const std::wstring& fontFile, CReadUserDe
     static bool g_bBigFontIniLoaded = false;
     FontMap& fonts = userDefinedFonts();
     if (reader != nullptr && !g_bBigFontIniLoaded) {
-        std::array<wchar_t, kIniPathCapacity> path{};
+        std::array<wchar_t, kIniPathCapacity + 1> path{}; // a full one has its terminator too
         if (reader->FindIniFile(path.data(), kIniPathCapacity, L"BIGFONT.INI")) {
             reader->ReadIni(path.data(), fonts);
             g_bBigFontIniLoaded = true;

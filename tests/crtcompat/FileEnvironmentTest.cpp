@@ -73,7 +73,7 @@ TEST_P(InLocale, NamesThatDoNotFitAreRefusedNotCut) {
         return m_folder.wstring() + std::wstring(size - bytes, L'/') + name;
     };
     for (const std::wstring name : {L"f", L"\u00E9"}) {
-        for (const std::size_t size : {1023, 1024, 1025, 5000}) {
+        for (const std::size_t size : {1023U, 1024U, 1025U, 5000U}) {
             const bool fits = size < 1024;
             const std::wstring full = padded(size, name);
             errno = 0;
@@ -138,7 +138,7 @@ TEST_P(InLocale, EnvironmentKeepsWhatItWasGiven) {
 
 TEST_P(InLocale, EnvironmentTextsThatDoNotFitAreRefused) {
     const std::wstring name = L"TQ_TEST=";
-    for (const std::size_t size : {1023, 1024, 3000}) {
+    for (const std::size_t size : {1023U, 1024U, 3000U}) {
         const bool fits = size < 1024;
         ::unsetenv("TQ_TEST");
         errno = 0;

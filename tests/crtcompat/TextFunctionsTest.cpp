@@ -4,6 +4,7 @@
 #include <clocale>
 #include <csignal>
 #include <cwchar>
+#include <cwctype>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -48,7 +49,7 @@ TEST(MultibyteFunctions, SpacesAreAsciisAndTheLocales) {
         std::setlocale(LC_ALL, locale);
         for (unsigned c = 0; c < 0x3100; ++c) {
             const bool expected = c < 128 ? std::string("\t\n\v\f\r ").find(static_cast<char>(c)) != std::string::npos
-                                          : std::iswspace(c) != 0;
+                                          : std::iswspace(static_cast<std::wint_t>(c)) != 0;
             ASSERT_EQ(_ismbcspace(c) != 0, expected) << locale << " " << c;
         }
     }

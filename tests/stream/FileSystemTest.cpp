@@ -130,11 +130,12 @@ TEST(FileSystem, WhatIsNotProvidedDoesNothing) {
     writeFile(folder.path("file"), bytesOf("12345"));
     const std::wstring path = folder.wide("file");
     const std::wstring other = folder.wide("other");
+    const std::wstring all = folder.wide("");
     const std::string before = std::filesystem::current_path().string();
     std::set<void*> addresses;
     for (const auto question : {FS::isDirectory, FS::createFile, FS::deleteFile, FS::createDirectory,
                                 FS::deleteDirectory, FS::setCurrentDirectory})
-        for (const wchar_t* argument : {path.c_str(), other.c_str(), folder.wide("").c_str()})
+        for (const wchar_t* argument : {path.c_str(), other.c_str(), all.c_str()})
             addresses.insert(callAndGiveAddress<bool>(question, argument));
     addresses.insert(callAndGiveAddress<bool>(FS::renameFile, path.c_str(), other.c_str()));
     for (const auto question : {FS::getCreationTime, FS::getAccessingTime, FS::getModificationTime,

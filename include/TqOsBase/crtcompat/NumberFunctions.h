@@ -38,5 +38,5 @@ TQ_API long _wtol(const wchar_t* s);
 TQ_API long long _wtoi64(const wchar_t* s);
 
 /// Reads in single precision, then widens: "0.1" gives the double nearest to the float nearest to one tenth. What is
-/// read is what wcstof() reads in the current locale. Null gives 0.
+/// read is what wcstof() reads in the current locale; beyond the range of float it is infinity. Null gives 0.
 TQ_API double _wtof(const wchar_t* s);
