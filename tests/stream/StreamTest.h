@@ -1,5 +1,7 @@
 #pragma once
 
+#include "reference/TempFolder.h"
+
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 
@@ -57,32 +59,7 @@ inline const std::wstring kWriteError = L"Write file error!";
 inline const std::wstring kInternalError = L"File internal error!";
 inline const std::wstring kOutOfFile = L"Out of file stream buffer!";
 
-/// A fresh folder that goes with the object.
-class TempFolder {
-public:
-    TempFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tqstreamXXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr)
-            std::abort();
-        m_path = pattern;
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-
-    std::string path(const std::string& name) const { return (m_path / name).string(); }
-    /// ASCII names only.
-    std::wstring wide(const std::string& name) const {
-        const std::string full = path(name);
-        return std::wstring(full.begin(), full.end());
-    }
-
-private:
-    std::filesystem::path m_path;
-};
+using reference::TempFolder;
 
 inline void writeFile(const std::string& path, const Bytes& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
