@@ -18,7 +18,6 @@ int formatInto(wchar_t* room, std::size_t size, const wchar_t* format, std::va_l
 } // namespace
 
 // The small room is left as it is: only what vswprintf writes there is read.
-// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
 FormattedText::FormattedText(const wchar_t* format, std::va_list arguments) noexcept : m_length(-1) {
     if (format == nullptr)
         return;

@@ -3,6 +3,7 @@
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 
 #include <climits>
+#include <clocale>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -61,8 +62,10 @@ TEST(NumberFunctions, LeadingDecimalIntegers) {
         {L"-2147483648", INT_MIN},
         {L"99999999999999999999", -1},
     };
+    std::setlocale(LC_ALL, "C.UTF-8"); // where U+2003 is white space
     for (const auto& [text, value] : rows)
         EXPECT_EQ(_wtoi(text), value) << text;
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST(NumberFunctions, LengthIsTheBase) {

@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <clocale>
 #include <set>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -14,11 +16,21 @@ using namespace streamtest;
 
 constexpr std::uint64_t kNoSize = ~std::uint64_t{0};
 
+void makeSocket(const std::string& path) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    EXPECT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ::close(socket);
+}
+
 TEST(FileSystem, EveryKindOfPath) {
     const TempFolder folder;
     writeFile(folder.path("file"), bytesOf("12345"));
     writeFile(folder.path("\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"), bytesOf("123"));
     ::mkfifo(folder.path("pipe").c_str(), 0666);
+    makeSocket(folder.path("socket"));
     ::symlink("missing", folder.path("link").c_str());
     struct Row {
         std::wstring path;
@@ -32,6 +44,7 @@ TEST(FileSystem, EveryKindOfPath) {
         {std::wstring(3000, L'/') + folder.wide(L"file"), true, true, true},
         {folder.wide(L""), true, false, false},
         {folder.wide(L"pipe"), true, true, true},
+        {folder.wide(L"socket"), true, false, true}, // its code has that bit too
         {folder.wide(L"link"), false, false, false},
         {folder.wide(L"file/none"), false, false, false},
         {folder.wide(L"file") + static_cast<wchar_t>(0x110000), false, false, false},

@@ -20,8 +20,8 @@ TQ_API int memcpy_s(void* dst, std::size_t dstSize, const void* src, std::size_t
 /// Reads no more of `src` than it may copy, plus one character when `count` is above dstSize.
 TQ_API int wmemcpy_s(wchar_t* dst, std::size_t dstSize, const wchar_t* src, std::size_t count);
 
-// The copies below return 0, or -1, with nothing written, for a null pointer or a negative number (wcsncpy_s with a
-// size and a null source fails as wmemcpy_s does).
+// The copies below return 0, or -1, with nothing written, for a null pointer or a negative number, so also for the
+// namesakes' _TRUNCATE. (wcsncpy_s with a size and a null source fails as wmemcpy_s does.)
 
 /// wcscpy(): `dst` must have room. (In its namesake `dst` is an array whose size is known.)
 TQ_API int wcscpy_s(wchar_t* dst, const wchar_t* src);
