@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TqOsBase/Export.h>
+#include <TqOsBase/codepage/LineBreak.h>
 #include <TqOsBase/codepage/NlsFunctions.h>
 
 /// Relates the four numbers that name a script: language (a Windows LCID), Windows font charset, Windows ANSI code
@@ -91,4 +92,18 @@ public:
     static bool CodepageForUserDefinedUnicode(int& codePage, short u);
     /// Frees all 256 slots, as they are when the library is loaded.
     static void InitUserDefinedDBCSArray();
+
+    /// The line-break class (TqLineBreakClass) of a character, after Unicode 4.0. Code points unassigned there have 25
+    /// below U+3200 and above that mostly the class of the next assigned one; characters beyond U+E01EF (the private
+    /// planes too) and negative ones have 12.
+    static int LineBreakClass(wchar_t c);
+    /// Writes nothing and returns 0: the breaking itself is the caller's, who has the classes and the pair table.
+    static int AnalyzeLineBreaks(int* classes, int* breaks, int count);
+
+    /// The pair table of the line breaking algorithm of Unicode 4.0, for callers: what holds between a character of
+    /// class b and, spaces apart, the next one of class a is the TqLineBreakAction at [b * 21 + a], b and a being
+    /// kLineBreakOP to kLineBreakWJ. The seven bytes behind the 21 rows are 0.
+    static const unsigned char s_arrFullAnalyzeLineBreak[448];
+    /// The first byte of that table.
+    static const unsigned char* const s_ptrAnalyzeLineBreak;
 };

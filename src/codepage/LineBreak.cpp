@@ -1,0 +1,55 @@
+#include "codepage/LineBreakTable.h"
+
+#include <TqOsBase/codepage/LmCodePage.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+using namespace tq::detail;
+
+// Rows: the class in front of the place, columns: the class behind it. 0 direct, 1 indirect, 2 combining indirect,
+// 3 prohibited. A combining mark without a base (row CM) counts as a letter.
+// clang-format off
+const unsigned char LmCodePage::s_arrFullAnalyzeLineBreak[448] = {
+//  OP CL QU GL NS EX SY IS PR PO NU AL ID IN HY BA BB B2 ZW CM WJ
+    3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, // OP
+    0, 3, 1, 1, 3, 3, 3, 3, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // CL
+    3, 3, 1, 1, 1, 3, 3, 3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 2, 3, // QU
+    1, 3, 1, 1, 1, 3, 3, 3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 2, 3, // GL
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // NS
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // EX
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // SY
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // IS
+    1, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 1, 1, 0, 1, 1, 0, 0, 3, 2, 3, // PR
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // PO
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 1, 1, 1, 0, 1, 1, 1, 0, 0, 3, 2, 3, // NU
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 1, 0, 1, 1, 1, 0, 0, 3, 2, 3, // AL
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 1, 0, 0, 0, 1, 1, 1, 0, 0, 3, 2, 3, // ID
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 1, 1, 1, 0, 0, 3, 2, 3, // IN
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // HY
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 3, 2, 3, // BA
+    1, 3, 1, 1, 1, 3, 3, 3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 2, 3, // BB
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 0, 0, 0, 0, 1, 1, 0, 3, 3, 2, 3, // B2
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, // ZW
+    0, 3, 1, 1, 1, 3, 3, 3, 0, 0, 1, 1, 0, 1, 1, 1, 0, 0, 3, 2, 3, // CM
+    1, 3, 1, 1, 1, 3, 3, 3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 2, 3, // WJ
+};
+// clang-format on
+static_assert(sizeof LmCodePage::s_arrFullAnalyzeLineBreak >= std::size_t{kPairTableClasses} * kPairTableClasses);
+
+const unsigned char* const LmCodePage::s_ptrAnalyzeLineBreak = s_arrFullAnalyzeLineBreak;
+
+int LmCodePage::LineBreakClass(wchar_t c) {
+    const auto code = static_cast<std::int32_t>(c);
+    if (code >= 0 && code < static_cast<std::int32_t>(kLowPartCount))
+        return s_LowPartBrakClass[static_cast<std::size_t>(code)];
+    const auto* const row =
+        std::lower_bound(s_HighPartBreakClass.begin(), s_HighPartBreakClass.end(), code,
+                         [](const LineBreakRow& range, std::int32_t wanted) { return range.last < wanted; });
+    return row == s_HighPartBreakClass.end() ? kLineBreakID : row->lineBreakClass;
+}
+
+int LmCodePage::AnalyzeLineBreaks(int* /*classes*/, int* /*breaks*/, int /*count*/) {
+    return 0;
+}

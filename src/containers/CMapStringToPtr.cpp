@@ -1,0 +1,210 @@
+#include <TqOsBase/containers/CMapStringToPtr.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
+#include <memory>
+
+namespace {
+
+using Assoc = CMapStringToPtr::CAssoc;
+
+constexpr std::uint32_t kFactor = 33;
+
+__POSITION* positionOf(Assoc* assoc) noexcept {
+    return reinterpret_cast<__POSITION*>(assoc);
+}
+
+__POSITION* beforeFirst() noexcept {
+    return reinterpret_cast<__POSITION*>(~std::uintptr_t{0});
+}
+
+bool equalPairs(const wchar_t* a, const wchar_t* b) noexcept {
+    return std::memcmp(a, b, 2 * sizeof(wchar_t)) == 0;
+}
+
+// Most of the cost of an insertion would be zeroing the 2 KiB of a key, so the array gets its zeros only when someone
+// is about to see it.
+Assoc* padded(Assoc* assoc) noexcept {
+    if (assoc != nullptr && assoc->isPadded == 0) {
+        std::fill(assoc->key + std::wcslen(assoc->key), std::end(assoc->key), wchar_t{0});
+        assoc->isPadded = 1;
+    }
+    return assoc;
+}
+
+} // namespace
+
+// A key on its way through the table.
+struct CMapStringToPtr::Key {
+    explicit Key(const wchar_t* key) noexcept : text(key != nullptr ? key : L"") {
+        constexpr std::uint32_t kFactor2 = kFactor * kFactor;
+        constexpr std::uint32_t kFactor3 = kFactor2 * kFactor;
+        constexpr std::uint32_t kFactor4 = kFactor2 * kFactor2;
+        const wchar_t* end = text;
+        const auto code = [&end](int i) { return static_cast<std::uint32_t>(end[i]); };
+        // Four characters a step: one multiplication instead of four waits for the step before.
+        for (; end[0] != 0 && end[1] != 0 && end[2] != 0 && end[3] != 0; end += 4)
+            hash = hash * kFactor4 + (code(0) * kFactor3 + code(1) * kFactor2 + code(2) * kFactor + code(3));
+        for (; *end != 0; ++end)
+            hash = hash * kFactor + code(0);
+        length = static_cast<std::size_t>(end - text);
+    }
+
+    // Stores a key of less than kKeyCapacity characters. The terminator's pair is whole, for the comparison.
+    void copyTo(wchar_t* key) const noexcept {
+        std::memcpy(key, text, length * sizeof(wchar_t));
+        key[length] = key[length | 1] = 0;
+    }
+
+    // A stored key ends the comparison by a difference at its terminator, if not before.
+    bool isStoredIn(const wchar_t* key) const noexcept {
+        std::size_t i = 0;
+        for (; i + 2 <= length; i += 2) {
+            if (!equalPairs(text + i, key + i))
+                return false;
+        }
+        return text[i] == key[i] && (i == length || key[i + 1] == 0);
+    }
+
+    const wchar_t* text;
+    std::size_t length = 0;
+    std::uint32_t hash = 0;
+};
+
+CMapStringToPtr::~CMapStringToPtr() {
+    RemoveAll();
+}
+
+void CMapStringToPtr::RemoveAll() noexcept {
+    delete[] m_pHashTable;
+    m_pHashTable = nullptr;
+    m_pFreeList = nullptr;
+    m_nCount = 0;
+    if (m_pBlocks != nullptr)
+        m_pBlocks->FreeDataChain();
+    m_pBlocks = nullptr;
+}
+
+void CMapStringToPtr::InitHashTable(unsigned int count, bool allocNow) {
+    if (count == 0)
+        throw std::invalid_argument("CMapStringToPtr: no buckets");
+    auto fresh = allocNow ? std::make_unique<CAssoc*[]>(count) : nullptr;
+    RemoveAll();
+    m_pHashTable = fresh.release();
+    m_nHashTableSize = count;
+}
+
+// The link to the entry of a key, or the null at the end of its chain. There must be a bucket array.
+CMapStringToPtr::CAssoc** CMapStringToPtr::findLink(const Key& key) const {
+    CAssoc** link = &m_pHashTable[key.hash % m_nHashTableSize];
+    while (*link != nullptr && !key.isStoredIn((*link)->key))
+        link = &(*link)->pNext;
+    return link;
+}
+
+CMapStringToPtr::CAssoc* CMapStringToPtr::find(const Key& key) const {
+    return m_pHashTable != nullptr ? *findLink(key) : nullptr;
+}
+
+bool CMapStringToPtr::Lookup(const wchar_t* key, void*& value) const {
+    const CAssoc* found = find(Key(key));
+    if (found == nullptr)
+        return false;
+    value = found->value;
+    return true;
+}
+
+bool CMapStringToPtr::LookupKey(const wchar_t* key, const wchar_t*& stored) const {
+    const CAssoc* found = padded(find(Key(key)));
+    if (found == nullptr)
+        return false;
+    stored = found->key;
+    return true;
+}
+
+CMapStringToPtr::CAssoc* CMapStringToPtr::GetAssocAt(const wchar_t* key, unsigned int& bucket,
+                                                     unsigned int& /*hash*/) const {
+    const Key wanted(key);
+    bucket = wanted.hash % m_nHashTableSize;
+    return padded(find(wanted));
+}
+
+void*& CMapStringToPtr::operator[](const wchar_t* key) {
+    const Key wanted(key);
+    if (CAssoc* found = find(wanted))
+        return found->value;
+    if (wanted.length >= kKeyCapacity)
+        throw std::length_error("CMapStringToPtr: key of 512 characters or more");
+    auto table = m_pHashTable == nullptr ? std::make_unique<CAssoc*[]>(m_nHashTableSize) : nullptr;
+    CAssoc* fresh = NewAssoc();
+    if (table != nullptr)
+        m_pHashTable = table.release();
+    wanted.copyTo(fresh->key);
+    fresh->isPadded = 0;
+    fresh->value = nullptr;
+    fresh->nBucket = wanted.hash % m_nHashTableSize;
+    CAssoc*& head = m_pHashTable[fresh->nBucket];
+    fresh->pNext = head;
+    head = fresh;
+    return fresh->value;
+}
+
+bool CMapStringToPtr::RemoveKey(const wchar_t* key) {
+    if (m_pHashTable == nullptr)
+        return false;
+    CAssoc** link = findLink(Key(key));
+    CAssoc* found = *link;
+    if (found == nullptr)
+        return false;
+    *link = found->pNext;
+    FreeAssoc(found);
+    return true;
+}
+
+// Threads the entries of a new block onto the free list in address order.
+CMapStringToPtr::CAssoc* CMapStringToPtr::NewAssoc() {
+    if (m_pFreeList == nullptr) {
+        CPlex* block = CPlex::Create(m_pBlocks, static_cast<std::size_t>(m_nBlockSize), sizeof(CAssoc));
+        auto* entries = static_cast<CAssoc*>(block->data());
+        for (long long i = m_nBlockSize - 1; i >= 0; --i) {
+            entries[i].pNext = m_pFreeList;
+            m_pFreeList = &entries[i];
+        }
+    }
+    CAssoc* fresh = m_pFreeList;
+    m_pFreeList = fresh->pNext;
+    ++m_nCount;
+    return fresh;
+}
+
+void CMapStringToPtr::FreeAssoc(CAssoc* assoc) noexcept {
+    assoc->pNext = m_pFreeList;
+    m_pFreeList = assoc;
+    if (--m_nCount == 0)
+        RemoveAll();
+}
+
+CMapStringToPtr::CAssoc* CMapStringToPtr::firstFrom(unsigned int bucket) const noexcept {
+    for (; bucket < m_nHashTableSize; ++bucket) {
+        if (m_pHashTable[bucket] != nullptr)
+            return m_pHashTable[bucket];
+    }
+    return nullptr;
+}
+
+__POSITION* CMapStringToPtr::GetStartPosition() const noexcept {
+    return IsEmpty() ? nullptr : beforeFirst();
+}
+
+void CMapStringToPtr::GetNextAssoc(__POSITION*& pos, CStdStr<wchar_t>& key, void*& value) const {
+    if (pos == nullptr || IsEmpty())
+        throw std::out_of_range("CMapStringToPtr: no such entry");
+    const CAssoc* here = pos == beforeFirst() ? firstFrom(0) : reinterpret_cast<const CAssoc*>(pos);
+    key = here->key;
+    value = here->value;
+    pos = positionOf(here->pNext != nullptr ? here->pNext : firstFrom(here->nBucket + 1));
+}

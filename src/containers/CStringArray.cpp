@@ -1,0 +1,210 @@
+#include "containers/StringRelocation.h"
+
+#include <TqOsBase/containers/CStringArray.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+using namespace tq::detail;
+
+namespace {
+
+constexpr long long kMost = std::numeric_limits<long long>::max();
+
+// The automatic steps.
+constexpr long long kSmallSize = 32;
+constexpr long long kSmallStep = 4;
+constexpr long long kLargeSize = 8200;
+constexpr long long kLargeStep = 1024;
+constexpr long long kStepDivisor = 8;
+
+void requireIndex(bool isIndex) {
+    if (!isIndex)
+        throw std::out_of_range("CStringArray: no such element");
+}
+
+void requireCount(long long count) {
+    if (count < 0)
+        throw std::length_error("CStringArray: negative count");
+}
+
+// Neither is negative. A sum that cannot be expressed is a size that cannot be had.
+long long sum(long long a, long long b) {
+    if (b > kMost - a)
+        throw std::bad_alloc();
+    return a + b;
+}
+
+CStringArray::String* allocate(long long count) {
+    constexpr auto kMostSlots = static_cast<long long>(kMost / sizeof(CStringArray::String));
+    if (count > kMostSlots)
+        throw std::bad_alloc();
+    auto* storage = new std::byte[static_cast<std::size_t>(count) * sizeof(CStringArray::String)];
+    return reinterpret_cast<CStringArray::String*>(storage);
+}
+
+void release(CStringArray::String* array) noexcept {
+    delete[] reinterpret_cast<std::byte*>(array);
+}
+
+} // namespace
+
+CStringArray::~CStringArray() {
+    RemoveAll();
+}
+
+void CStringArray::RemoveAll() noexcept {
+    std::destroy_n(m_pData, m_nSize);
+    release(m_pData);
+    m_pData = nullptr;
+    m_nSize = m_nMaxSize = 0;
+}
+
+// Makes room for `size` elements, if there is too little, by the growth rules.
+void CStringArray::reserve(long long size) {
+    if (size <= m_nMaxSize)
+        return;
+    if (m_pData == nullptr) {
+        moveTo(size);
+        return;
+    }
+    long long step = m_nGrowBy;
+    if (step == 0)
+        step = m_nSize < kSmallSize ? kSmallStep : m_nSize < kLargeSize ? m_nSize / kStepDivisor : kLargeStep;
+    moveTo(std::max(size, sum(m_nMaxSize, step)));
+}
+
+void CStringArray::moveTo(long long capacity) {
+    String* fresh = allocate(capacity);
+    relocate(fresh, m_pData, static_cast<std::size_t>(m_nSize));
+    release(m_pData);
+    m_pData = fresh;
+    m_nMaxSize = capacity;
+}
+
+void CStringArray::SetSize(long long size, long long growBy) {
+    requireCount(size);
+    if (growBy >= 0)
+        m_nGrowBy = growBy;
+    if (size == 0) {
+        RemoveAll();
+        return;
+    }
+    reserve(size);
+    if (size < m_nSize)
+        std::destroy_n(m_pData + size, m_nSize - size);
+    else
+        std::uninitialized_value_construct_n(m_pData + m_nSize, size - m_nSize);
+    m_nSize = size;
+}
+
+void CStringArray::FreeExtra() {
+    if (m_nSize == 0)
+        RemoveAll();
+    else if (m_nSize != m_nMaxSize)
+        moveTo(m_nSize);
+}
+
+// By value: the copy is made before the array, which may hold the original, moves.
+void CStringArray::setAtGrow(long long index, String value) {
+    requireIndex(index >= 0);
+    if (index >= m_nSize)
+        SetSize(sum(index, 1));
+    m_pData[index] = std::move(value);
+}
+
+void CStringArray::SetAtGrow(long long index, const wchar_t* value) {
+    setAtGrow(index, value);
+}
+
+void CStringArray::SetAtGrow(long long index, const String& value) {
+    setAtGrow(index, value);
+}
+
+long long CStringArray::Add(const wchar_t* value) {
+    return append(value);
+}
+
+long long CStringArray::Add(const String& value) {
+    return append(value);
+}
+
+template <class Value>
+long long CStringArray::append(const Value& value) {
+    if (m_nSize < m_nMaxSize) {
+        std::construct_at(m_pData + m_nSize, value);
+    } else {
+        String copy(value);
+        reserve(sum(m_nSize, 1));
+        std::construct_at(m_pData + m_nSize, std::move(copy));
+    }
+    return m_nSize++;
+}
+
+long long CStringArray::Append(const CStringArray& other) {
+    const long long oldSize = m_nSize;
+    const long long added = other.m_nSize; // taken first, for the case that the two arrays are one
+    SetSize(sum(oldSize, added));
+    std::copy_n(other.m_pData, added, m_pData + oldSize);
+    return oldSize;
+}
+
+void CStringArray::Copy(const CStringArray& other) {
+    if (this == &other)
+        return;
+    SetSize(other.m_nSize);
+    std::copy_n(other.m_pData, m_nSize, m_pData);
+}
+
+void CStringArray::InsertEmpty(long long index, long long count) {
+    requireIndex(index >= 0);
+    requireCount(count);
+    if (index >= m_nSize) {
+        SetSize(sum(index, count));
+        return;
+    }
+    reserve(sum(m_nSize, count));
+    String* const gap = m_pData + index;
+    relocate(gap + count, gap, static_cast<std::size_t>(m_nSize - index));
+    std::uninitialized_value_construct_n(gap, count);
+    m_nSize += count;
+}
+
+void CStringArray::insertAt(long long index, const String& value, long long count) {
+    InsertEmpty(index, count);
+    std::fill_n(m_pData + index, count, value);
+}
+
+void CStringArray::InsertAt(long long index, const wchar_t* value, long long count) {
+    insertAt(index, String(value), count);
+}
+
+void CStringArray::InsertAt(long long index, const String& value, long long count) {
+    insertAt(index, String(value), count);
+}
+
+void CStringArray::InsertAt(long long index, const CStringArray* other) {
+    if (other == nullptr || other->IsEmpty())
+        return;
+    if (other == this) {
+        CStringArray copy;
+        copy.Copy(*this);
+        InsertAt(index, &copy);
+        return;
+    }
+    InsertEmpty(index, other->m_nSize);
+    std::copy_n(other->m_pData, other->m_nSize, m_pData + index);
+}
+
+void CStringArray::RemoveAt(long long index, long long count) {
+    requireCount(count);
+    requireIndex(index >= 0 && index <= m_nSize && count <= m_nSize - index);
+    String* const gap = m_pData + index;
+    std::destroy_n(gap, count);
+    relocate(gap, gap + count, static_cast<std::size_t>(m_nSize - index - count));
+    m_nSize -= count;
+}
