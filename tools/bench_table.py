@@ -11,6 +11,9 @@ import pathlib
 import subprocess
 import sys
 
+# What the benchmark of a peer that is not installed says.
+MISSING = "missing"
+
 
 def run(program: pathlib.Path, args: argparse.Namespace) -> list:
     command = [
@@ -54,11 +57,14 @@ def main() -> int:
     for program in programs:
         # Interleaved runs come shuffled; the family index is the order of registration.
         for entry in sorted(run(program, args), key=lambda entry: entry["family_index"]):
+            area, case, who = entry["run_name"].split("/")[:3]
+            if entry.get("error_message") == MISSING:
+                cases.setdefault((area, case), {})[who] = None
+                continue
             if "error_message" in entry:
                 sys.exit(f"{entry['name']}: {entry['error_message']}")
             if entry.get("aggregate_name") != "median":
                 continue
-            area, case, who = entry["run_name"].split("/")[:3]
             cases.setdefault((area, case), {})[who] = in_nanoseconds(entry)
 
     header = ["area", "case", "ours", "baseline", "baseline/ours", "peers (peer/ours)"]
@@ -70,7 +76,7 @@ def main() -> int:
         (base, base_time), *peers = times.items()
         rows.append([
             area, case, shown(ours), f"{base} {shown(base_time)}", f"{base_time / ours:.2f}",
-            ", ".join(f"{name} {time / ours:.2f}" for name, time in peers) or "-",
+            ", ".join(f"{name} {f'{time / ours:.2f}' if time else MISSING}" for name, time in peers) or "-",
         ])
     widths = [max(len(row[i]) for row in [header, *rows]) for i in range(len(header))]
     for row in [header, ["-" * w for w in widths], *rows]:

@@ -8,13 +8,13 @@ CStringList::~CStringList() {
     RemoveAll();
 }
 
-CStringList::CNode* CStringList::node(__POSITION* pos) {
+inline CStringList::CNode* CStringList::node(__POSITION* pos) {
     if (pos == nullptr)
         throw std::out_of_range("CStringList: no such element");
     return reinterpret_cast<CNode*>(pos);
 }
 
-__POSITION* CStringList::position(CNode* node) noexcept {
+inline __POSITION* CStringList::position(CNode* node) noexcept {
     return reinterpret_cast<__POSITION*>(node);
 }
 
@@ -87,19 +87,19 @@ void CStringList::SetAt(__POSITION* pos, const String& value) {
 }
 
 __POSITION* CStringList::AddHead(const wchar_t* value) {
-    return AddHead(String(value));
+    return insert(nullptr, m_pNodeHead, value);
 }
 
 __POSITION* CStringList::AddHead(const String& value) {
-    return position(newNode(nullptr, m_pNodeHead, value));
+    return insert(nullptr, m_pNodeHead, value);
 }
 
 __POSITION* CStringList::AddTail(const wchar_t* value) {
-    return AddTail(String(value));
+    return insert(m_pNodeTail, nullptr, value);
 }
 
 __POSITION* CStringList::AddTail(const String& value) {
-    return position(newNode(m_pNodeTail, nullptr, value));
+    return insert(m_pNodeTail, nullptr, value);
 }
 
 void CStringList::AddHead(CStringList* other) {
@@ -120,23 +120,27 @@ void CStringList::AddTail(CStringList* other) {
 }
 
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const wchar_t* value) {
-    return InsertBefore(pos, String(value));
+    if (pos == nullptr)
+        return AddHead(value);
+    return insert(node(pos)->pPrev, node(pos), value);
 }
 
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const String& value) {
     if (pos == nullptr)
         return AddHead(value);
-    return position(newNode(node(pos)->pPrev, node(pos), value));
+    return insert(node(pos)->pPrev, node(pos), value);
 }
 
 __POSITION* CStringList::InsertAfter(__POSITION* pos, const wchar_t* value) {
-    return InsertAfter(pos, String(value));
+    if (pos == nullptr)
+        return AddTail(value);
+    return insert(node(pos), node(pos)->pNext, value);
 }
 
 __POSITION* CStringList::InsertAfter(__POSITION* pos, const String& value) {
     if (pos == nullptr)
         return AddTail(value);
-    return position(newNode(node(pos), node(pos)->pNext, value));
+    return insert(node(pos), node(pos)->pNext, value);
 }
 
 CStringList::String CStringList::RemoveHead() {
@@ -195,21 +199,24 @@ void CStringList::addBlock() {
     }
 }
 
-// The value is copied before anything changes: it may lie in the list, and when memory runs out the list stays as it
-// was.
-CStringList::CNode* CStringList::newNode(CNode* prev, CNode* next, const String& value) {
-    String copy(value);
-    if (m_pNodeFree == nullptr)
+// The string is made before anything changes, so that the list stays as it was when memory runs out.
+template <class Value>
+__POSITION* CStringList::insert(CNode* prev, CNode* next, const Value& value) {
+    if (m_pNodeFree != nullptr) {
+        std::construct_at(&m_pNodeFree->data, value);
+    } else {
+        String copy(value);
         addBlock();
+        std::construct_at(&m_pNodeFree->data, std::move(copy));
+    }
     CNode* fresh = m_pNodeFree;
     m_pNodeFree = fresh->pNext;
     fresh->pPrev = prev;
     fresh->pNext = next;
-    std::construct_at(&fresh->data, std::move(copy));
     (prev != nullptr ? prev->pNext : m_pNodeHead) = fresh;
     (next != nullptr ? next->pPrev : m_pNodeTail) = fresh;
     ++m_nCount;
-    return fresh;
+    return position(fresh);
 }
 
 void CStringList::unlinkAndFree(CNode* node) noexcept {

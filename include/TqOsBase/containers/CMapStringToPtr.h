@@ -28,7 +28,8 @@ public:
         CAssoc* pNext;
         unsigned int nBucket; ///< Index of its bucket, not the hash.
         wchar_t key[kKeyCapacity];
-        unsigned int isPadded; ///< 0 while what lies behind the key's terminator still has to be zeroed.
+        unsigned short nLength; ///< Of the key.
+        bool isPadded;          ///< False while what lies behind the key's terminator still has to be zeroed.
         void* value;
     };
 

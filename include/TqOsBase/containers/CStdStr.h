@@ -14,7 +14,7 @@ public:
     using Base::Base;
     CStdStr() = default;
     /// Null gives the empty string.
-    CStdStr(const T* text) : Base(text != nullptr ? Base(text) : Base()) {}
+    CStdStr(const T* text) : Base(text != nullptr ? text : kNoText) {}
     CStdStr(std::nullptr_t) {}
     CStdStr(const Base& text) : Base(text) {}
     CStdStr(Base&& text) noexcept : Base(std::move(text)) {}
@@ -27,4 +27,7 @@ public:
             this->clear();
         return *this;
     }
+
+private:
+    static constexpr T kNoText[1] = {};
 };

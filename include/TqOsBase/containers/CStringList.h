@@ -101,7 +101,8 @@ private:
     CNode* requireHead() const;
     CNode* requireTail() const;
     void addBlock();
-    CNode* newNode(CNode* prev, CNode* next, const String& value);
+    template <class Value>
+    __POSITION* insert(CNode* prev, CNode* next, const Value& value);
     void unlinkAndFree(CNode* node) noexcept;
 
     CNode* m_pNodeHead;
