@@ -1,0 +1,210 @@
+#include "reference/GuardedBuffer.h"
+
+#include <TqOsBase/codepage/TqAnsiTextIterator.h>
+
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Characters = std::vector<unsigned>;
+
+// Walks text that ends at a page that cannot be touched, with any length, as a string whose buffer ends there would.
+class Walker : public TqAnsiTextIterator {
+public:
+    Walker(const char* text, int length, code_page_id id = kCodePageWestern) : TqAnsiTextIterator(TqStringA(), id) {
+        m_start = m_position = m_characterStart = text;
+        m_length = length;
+        m_end = text + (length == kUnbounded ? 0 : length);
+    }
+    static constexpr int kToTerminator = kUnbounded;
+};
+
+const char* place(const std::string& text) {
+    static reference::GuardedBuffer<char> s_buffer(256);
+    return s_buffer.place(text.c_str(), text.size() + 1);
+}
+
+Characters walk(TqAnsiTextIterator& it) {
+    Characters result;
+    const char* before = it.position();
+    while (it.nextChar() != 0) {
+        EXPECT_EQ(it.characterStart(), before);
+        EXPECT_GT(it.position(), before);
+        before = it.position();
+        result.push_back(*it);
+    }
+    EXPECT_EQ(*it, 0U);
+    EXPECT_EQ(it.characterStart(), before);
+    return result;
+}
+
+TEST(TqAnsiTextIterator, YieldsBytesAndEscapes) {
+    const struct {
+        const char* text;
+        Characters expected;
+    } rows[] = {
+        {"", {}},
+        {"A\\U+4E2DB", {'A', 0x4E2D, 'B'}},
+        {"\\u+00e9\\u+aBcD", {0xE9, 0xABCD}},
+        {"\\M+18140", {0x8140}},
+        {"\\m+5b0a1\\M+0FFFF", {0xB0A1, 0xFFFF}},
+        {"\\Q", {'\\', 'Q'}},
+        {"\\", {'\\'}},
+        {"\\\\U+0041", {'\\', 'A'}},
+        {"\\U+12G4", {'\\', 'U', '+', '1', '2', 'G', '4'}},
+        {"\\M+61234", {'\\', 'M', '+', '6', '1', '2', '3', '4'}},
+        {"\\M+1234", {'\\', 'M', '+', '1', '2', '3', '4'}},
+        {"\\U+123", {'\\', 'U', '+', '1', '2', '3'}},
+        {"\\U", {'\\', 'U'}},
+        {"\x80\xFF", {0x80, 0xFF}},
+    };
+    for (const auto& row : rows) {
+        const char* text = place(row.text);
+        Walker unbounded(text, Walker::kToTerminator, kCodePageJapanese);
+        EXPECT_EQ(walk(unbounded), row.expected) << row.text;
+        const TqStringA string(row.text);
+        TqAnsiTextIterator it(string, kCodePageTraditionalChinese);
+        EXPECT_EQ(walk(it), row.expected) << row.text;
+    }
+}
+
+TEST(TqAnsiTextIterator, LengthEndsBetweenCharactersOnly) {
+    const char* text = place("A\\U+4E2DB");
+    for (int length = 2; length <= 8; ++length) {
+        Walker it(text, length);
+        EXPECT_EQ(walk(it), (Characters{'A', 0x4E2D})) << length;
+        EXPECT_EQ(it.position(), text + 8);
+    }
+    Walker first(text, 1);
+    EXPECT_EQ(walk(first), Characters{'A'});
+    Walker none(text, 0);
+    EXPECT_EQ(walk(none), Characters());
+
+    // A 0 byte inside the length ends the text too; the escape of the value 0 does not.
+    Walker inside("AB\0C", 4);
+    EXPECT_EQ(walk(inside), (Characters{'A', 'B'}));
+    Walker zero(place("\\U+0000A"), 8);
+    EXPECT_EQ(zero.nextChar(), 0U);
+    EXPECT_EQ(zero.nextChar(), static_cast<unsigned>('A'));
+}
+
+TEST(TqAnsiTextIterator, InitBeginsAnew) {
+    const TqStringA first("12");
+    const TqStringA second("x");
+    TqAnsiTextIterator it(first, kCodePageWestern);
+    it.nextChar();
+    it.init(second, kCodePageWestern);
+    EXPECT_EQ(*it, 0U);
+    EXPECT_EQ(it.position(), second.c_str());
+    EXPECT_EQ(it.characterStart(), second.c_str());
+    EXPECT_EQ(walk(it), Characters{'x'});
+}
+
+TEST(TqAnsiTextIterator, AppendsDigits) {
+    const struct {
+        const char* text;
+        int count;
+        bool hex;
+        bool checked;
+        unsigned expected;
+        std::ptrdiff_t read;
+    } rows[] = {
+        {"1aG2", 4, true, true, 0x1A, 2},    {"12x", 3, false, true, 12, 2},
+        {"12x", 1, false, true, 1, 1},       {"1a", 2, false, true, 1, 1},
+        {"12", 0, false, true, 0, 0},        {"12", -1, false, true, 0, 0},
+        {"12", INT_MAX, false, true, 12, 2}, {"fFfFfFfF1", 9, true, true, 0xFFFFFFF1, 9},
+        {"1G", 2, false, false, 10, 2},      {"1A", 2, false, false, 20, 2},
+        {"1A", 2, true, false, 0x1A, 2},     {"\x80z", 2, true, false, 0, 2},
+        {"12", 0, false, false, 0, 0},       {"12", INT_MIN, false, false, 0, 0},
+        {"12", 4, false, false, 1200, 2},    {"", 3, true, false, 0, 0},
+        {"1", 9, true, false, 0, 1},         {"1", INT_MAX, false, false, 0, 1},
+    };
+    for (const auto& row : rows) {
+        const char* text = place(row.text);
+        Walker it(text, Walker::kToTerminator);
+        EXPECT_EQ(row.checked ? it.appendDigits(row.count, row.hex) : it.appendDigitsNoCheck(row.count, row.hex),
+                  row.expected)
+            << row.text << ' ' << row.count;
+        EXPECT_EQ(*it, row.expected);
+        EXPECT_EQ(it.position() - text, row.read) << row.text << ' ' << row.count;
+    }
+    Walker continued(place("\\U+0012"
+                           "345"),
+                     Walker::kToTerminator);
+    continued.nextChar();
+    EXPECT_EQ(continued.appendDigits(2, true), 0x1234U);
+    EXPECT_EQ(continued.appendDigitsNoCheck(1, true), 0x12345U);
+}
+
+TEST(TqAnsiTextIterator, BreaksSafely) {
+    const struct {
+        const char* text;
+        int maxBytes;
+        int result;
+        const char* piece;
+        std::ptrdiff_t position;
+    } rows[] = {
+        {"ABCDEFGH", 5, 3, "ABCD", 5},
+        {"ABCDEFGH", 8, 3, "ABCDEFG", 8},
+        {"ABCDEFGH", 100, 1, "ABCDEFGH", 8},
+        {"ABCDEFGH", INT_MAX, 1, "ABCDEFGH", 8},
+        {"ABCDEFGH", 1, 3, "", 1},
+        {"ABCDEFGH", 0, 3, "", 1},
+        {"ABCDEFGH", INT_MIN, 3, "", 1},
+        {"AB\\U+4E2DCD", 4, 3, "AB", 9},
+        {"AB\\M+18140CD", 10, 3, "AB", 10},
+        {"AB\\M+18140CD", 11, 3, "AB\\M+18140", 11},
+        {"AB\\U+0000CD", 100, 1, "AB", 9},
+        {"A", 5, 0, "", 1},
+        {"", 5, 0, "", 0},
+    };
+    for (const auto& row : rows) {
+        const TqStringA text(row.text);
+        TqAnsiTextIterator it(text, kCodePageWestern);
+        TqStringA out("before");
+        EXPECT_EQ(it.breakSafely(row.maxBytes, out), row.result) << row.text << ' ' << row.maxBytes;
+        EXPECT_STREQ(out.c_str(), row.piece) << row.text << ' ' << row.maxBytes;
+        EXPECT_EQ(out.length(), std::strlen(row.piece));
+        EXPECT_EQ(it.position() - text.c_str(), row.position) << row.text << ' ' << row.maxBytes;
+        if (out.length() != 0 && row.maxBytes <= 100) {
+            EXPECT_GE(out.capacity(), static_cast<std::size_t>(row.maxBytes) + 1);
+        }
+    }
+
+    // The mark is the character read before: pieces of one text follow each other without a gap.
+    const TqStringA text("ABCDEFGH");
+    TqAnsiTextIterator it(text, kCodePageWestern);
+    TqStringA out;
+    std::string joined;
+    int result = 3;
+    for (int pieces = 0; pieces < 20 && result == 3; ++pieces) {
+        result = it.breakSafely(4, out);
+        joined += out.c_str();
+    }
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(joined, "ABCDEF");
+    Walker limited(text.c_str(), 3);
+    EXPECT_EQ(limited.breakSafely(100, out), 1);
+    EXPECT_STREQ(out.c_str(), "ABC");
+}
+
+TEST(TqAnsiTextIterator, IsNotRequiredForPlainText) {
+    for (int id = -1; id <= 50; ++id) {
+        const auto page = static_cast<code_page_id>(id);
+        const bool isDoubleByte = id == 22 || id == 24 || id == 25 || id == 26 || id == 31 || (id >= 38 && id <= 42);
+        EXPECT_EQ(TqAnsiTextIteratorNotRequired(TqStringA("plain \xE9"), page), !isDoubleByte) << id;
+        EXPECT_EQ(TqAnsiTextIteratorNotRequired(TqStringA(), page), !isDoubleByte) << id;
+        EXPECT_FALSE(TqAnsiTextIteratorNotRequired(TqStringA("C:\\"), page)) << id;
+    }
+    TqStringA embedded("ab");
+    std::memcpy(embedded.getBuffer(4), "a\0b\\", 5);
+    embedded.releaseBuffer(4);
+    EXPECT_FALSE(TqAnsiTextIteratorNotRequired(embedded, kCodePageWestern));
+}
+
+} // namespace
