@@ -1,10 +1,10 @@
 #include "codepage/LineBreakTable.h"
+#include "platform/CharacterClass.h"
 
 #include <TqOsBase/codepage/LmCodePage.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 
 using namespace tq::detail;
 
@@ -41,12 +41,12 @@ static_assert(sizeof LmCodePage::s_arrFullAnalyzeLineBreak >= std::size_t{kPairT
 const unsigned char* const LmCodePage::s_ptrAnalyzeLineBreak = s_arrFullAnalyzeLineBreak;
 
 int LmCodePage::LineBreakClass(wchar_t c) {
-    const auto code = static_cast<std::int32_t>(c);
-    if (code >= 0 && code < static_cast<std::int32_t>(kLowPartCount))
-        return s_LowPartBrakClass[static_cast<std::size_t>(code)];
+    // A negative character becomes a large number; among the rows it comes before the first.
+    if (tq::platform::codeOf(c) < kLowPartCount)
+        return s_LowPartBrakClass[tq::platform::codeOf(c)];
     const auto* const row =
-        std::lower_bound(s_HighPartBreakClass.begin(), s_HighPartBreakClass.end(), code,
-                         [](const LineBreakRow& range, std::int32_t wanted) { return range.last < wanted; });
+        std::lower_bound(s_HighPartBreakClass.begin(), s_HighPartBreakClass.end(), c,
+                         [](const LineBreakRow& range, wchar_t wanted) { return range.last < wanted; });
     return row == s_HighPartBreakClass.end() ? kLineBreakID : row->lineBreakClass;
 }
 

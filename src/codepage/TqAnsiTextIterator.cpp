@@ -47,7 +47,7 @@ TqAnsiTextIterator::TqAnsiTextIterator(const TqStringA& text, code_page_id id) n
     init(text, id);
 }
 
-TqAnsiTextIterator::~TqAnsiTextIterator() = default;
+TqAnsiTextIterator::~TqAnsiTextIterator() {}
 
 void TqAnsiTextIterator::init(const TqStringA& text, code_page_id id) noexcept {
     m_start = m_position = m_characterStart = text.c_str();

@@ -1,7 +1,7 @@
 #include <TqOsBase/containers/CMapStringToString.h>
 
 CMapStringToString::CMapStringToString(long long /*nBlockSize*/) {}
-CMapStringToString::~CMapStringToString() = default;
+CMapStringToString::~CMapStringToString() {}
 
 long long CMapStringToString::GetCount() const {
     return 0;
