@@ -126,15 +126,14 @@ void CStringArray::SetAtGrow(long long index, const String& value) {
 }
 
 long long CStringArray::Add(const wchar_t* value) {
-    return append(value);
+    return append(value != nullptr ? value : L"");
 }
 
 long long CStringArray::Add(const String& value) {
     return append(value);
 }
 
-template <class Value>
-long long CStringArray::append(const Value& value) {
+long long CStringArray::append(std::wstring_view value) {
     if (m_nSize < m_nMaxSize) {
         std::construct_at(m_pData + m_nSize, value);
     } else {

@@ -4,17 +4,25 @@
 #include <new>
 #include <utility>
 
+namespace {
+
+std::wstring_view viewOf(const wchar_t* text) {
+    return text != nullptr ? std::wstring_view(text) : std::wstring_view();
+}
+
+} // namespace
+
 CStringList::~CStringList() {
     RemoveAll();
 }
 
-inline CStringList::CNode* CStringList::node(__POSITION* pos) {
+CStringList::CNode* CStringList::node(__POSITION* pos) {
     if (pos == nullptr)
         throw std::out_of_range("CStringList: no such element");
     return reinterpret_cast<CNode*>(pos);
 }
 
-inline __POSITION* CStringList::position(CNode* node) noexcept {
+__POSITION* CStringList::position(CNode* node) noexcept {
     return reinterpret_cast<__POSITION*>(node);
 }
 
@@ -87,7 +95,7 @@ void CStringList::SetAt(__POSITION* pos, const String& value) {
 }
 
 __POSITION* CStringList::AddHead(const wchar_t* value) {
-    return insert(nullptr, m_pNodeHead, value);
+    return insert(nullptr, m_pNodeHead, viewOf(value));
 }
 
 __POSITION* CStringList::AddHead(const String& value) {
@@ -95,7 +103,7 @@ __POSITION* CStringList::AddHead(const String& value) {
 }
 
 __POSITION* CStringList::AddTail(const wchar_t* value) {
-    return insert(m_pNodeTail, nullptr, value);
+    return insert(m_pNodeTail, nullptr, viewOf(value));
 }
 
 __POSITION* CStringList::AddTail(const String& value) {
@@ -122,7 +130,7 @@ void CStringList::AddTail(CStringList* other) {
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const wchar_t* value) {
     if (pos == nullptr)
         return AddHead(value);
-    return insert(node(pos)->pPrev, node(pos), value);
+    return insert(node(pos)->pPrev, node(pos), viewOf(value));
 }
 
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const String& value) {
@@ -134,7 +142,7 @@ __POSITION* CStringList::InsertBefore(__POSITION* pos, const String& value) {
 __POSITION* CStringList::InsertAfter(__POSITION* pos, const wchar_t* value) {
     if (pos == nullptr)
         return AddTail(value);
-    return insert(node(pos), node(pos)->pNext, value);
+    return insert(node(pos), node(pos)->pNext, viewOf(value));
 }
 
 __POSITION* CStringList::InsertAfter(__POSITION* pos, const String& value) {
@@ -200,8 +208,7 @@ void CStringList::addBlock() {
 }
 
 // The string is made before anything changes, so that the list stays as it was when memory runs out.
-template <class Value>
-__POSITION* CStringList::insert(CNode* prev, CNode* next, const Value& value) {
+__POSITION* CStringList::insert(CNode* prev, CNode* next, std::wstring_view value) {
     if (m_pNodeFree != nullptr) {
         std::construct_at(&m_pNodeFree->data, value);
     } else {

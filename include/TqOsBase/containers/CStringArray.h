@@ -4,6 +4,7 @@
 #include <TqOsBase/containers/CStdStr.h>
 
 #include <cassert>
+#include <string_view>
 
 /// Growable array of wide strings in one contiguous block, which grows by a fixed step where one is set and otherwise
 /// by 4 slots below 32 elements, an eighth of the size below 8200, and 1024 from there on.
@@ -76,8 +77,7 @@ private:
     }
     void reserve(long long size);
     void moveTo(long long capacity);
-    template <class Value>
-    long long append(const Value& value);
+    long long append(std::wstring_view value);
     void setAtGrow(long long index, String value);
     void insertAt(long long index, const String& value, long long count);
 

@@ -5,6 +5,7 @@
 #include <TqOsBase/containers/CStdStr.h>
 
 #include <stdexcept>
+#include <string_view>
 
 /// Position in a string list or map: an opaque pointer, null meaning none. It stays valid until its element is removed.
 struct __POSITION;
@@ -101,8 +102,7 @@ private:
     CNode* requireHead() const;
     CNode* requireTail() const;
     void addBlock();
-    template <class Value>
-    __POSITION* insert(CNode* prev, CNode* next, const Value& value);
+    __POSITION* insert(CNode* prev, CNode* next, std::wstring_view value);
     void unlinkAndFree(CNode* node) noexcept;
 
     CNode* m_pNodeHead;
