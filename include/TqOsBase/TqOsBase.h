@@ -34,14 +34,14 @@
 #include <TqOsBase/diag/TqAsserter.h>
 #include <TqOsBase/diag/TqLock.h>
 #include <TqOsBase/diag/TqTracer.h>
+#include <TqOsBase/fltcvt/FloatText.h>
+#include <TqOsBase/fltcvt/StrToD.h>
+#include <TqOsBase/fltcvt/TqGdImpl.h>
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/InputWithFormat.h>
 #include <TqOsBase/format/LumoAppUnitSets.h>
 #include <TqOsBase/format/OutputWithFormat.h>
 #include <TqOsBase/format/QMode.h>
-#include <TqOsBase/fltcvt/FloatText.h>
-#include <TqOsBase/fltcvt/StrToD.h>
-#include <TqOsBase/fltcvt/TqGdImpl.h>
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/PathFunctions.h>
