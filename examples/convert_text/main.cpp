@@ -2,8 +2,7 @@
 
 #include "Conversion.h"
 #include "Report.h"
-
-#include <TqOsBase/TqOsBase.h>
+#include "shared/Files.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -19,6 +18,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace files;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
@@ -35,63 +35,6 @@ constexpr char kUsage[] =
     "\\M+ escapes stay as they are. What the other form cannot carry is listed with line and column on standard "
     "error,\n"
     "and a summary follows. Exit status: 0 converted, 1 a file could not be read or written, 2 wrong arguments.\n";
-
-struct CloseFile {
-    void operator()(TqFileStreamBuf* file) const { destoryFileIOStreamBuf(file); }
-};
-using File = std::unique_ptr<TqFileStreamBuf, CloseFile>;
-
-// One clear line for a buffer that did not get its file.
-[[noreturn]] void failToOpen(const fs::path& path, const char* purpose, Lumo::ErrorStatus status) {
-    std::string reason = "status " + std::to_string(status);
-    std::error_code ignored;
-    if (fs::is_directory(path, ignored))
-        reason = "it is a directory";
-    else if (status == Lumo::eFileNotAccessible)
-        reason = fs::exists(path, ignored) ? "permission denied" : "no such file";
-    else if (status == Lumo::eFileOpenFailed)
-        reason = "the system refused it";
-    throw std::runtime_error("cannot open " + path.string() + " for " + purpose + ": " + reason);
-}
-
-File openInput(const fs::path& path) {
-    Lumo::ErrorStatus status = Lumo::eOk;
-    File file(createFileIStreamBuf(path.wstring().c_str(), &status, TqIO::kAccessRead, TqIO::kShareDenyNone,
-                                   TqIO::kOpenExisting));
-    if (status != Lumo::eOk || file->fileName() == nullptr)
-        failToOpen(path, "reading", status);
-    return file;
-}
-
-File openOutput(const fs::path& path) {
-    Lumo::ErrorStatus status = Lumo::eOk;
-    File file(createFileOStreamBuf(path.wstring().c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone,
-                                   TqIO::kCreateAlways, kBufferSize));
-    if (status != Lumo::eOk || file->fileName() == nullptr)
-        failToOpen(path, "writing", status);
-    return file;
-}
-
-void write(TqFileStreamBuf& file, const std::string& text) {
-    file.writeBytes(reinterpret_cast<const unsigned char*>(text.data()), static_cast<std::uint32_t>(text.size()));
-}
-
-// The library's reasons are plain ASCII.
-std::string narrowed(const wchar_t* reason) {
-    std::string text;
-    for (; *reason != 0; ++reason)
-        text += static_cast<char>(*reason);
-    return text;
-}
-
-// Closes after a failed write. What is pending cannot be written either, and unlike the destructor close() says so with
-// an exception that can be dropped, since the failure is reported already.
-void abandon(TqFileStreamBuf& file) {
-    try {
-        file.close();
-    } catch (const wchar_t*) {
-    }
-}
 
 // Feeds the conversion whole lines, and lines that outgrow the buffer in pieces.
 void convertFile(TqFileStreamBuf& in, TqFileStreamBuf& out, Conversion& conversion, Report& report) {

@@ -71,7 +71,7 @@ void fetch(FormatParameters& parameter, ArgumentCursor& cursor) {
 
 } // namespace
 
-ParameterArray::~ParameterArray() {
+void ParameterArray::release() {
     tqFree(m_data);
 }
 
@@ -85,10 +85,7 @@ const FormatParameters& ParameterArray::at(int number) const {
     return number >= 1 && number <= m_count ? m_data[number - 1] : kNoParameter;
 }
 
-bool ArgumentSource::collect(const wchar_t* format, va_list args) {
-    // A dollar sign is what makes a position; most formats have none.
-    if (std::wcschr(format, L'$') == nullptr)
-        return true;
+bool ArgumentSource::collectPositions(const wchar_t* format, va_list args) {
     int count = 0;
     m_positional = FormatUtil::isDefineSelfParaIndex(&count, format);
     if (!m_positional || count == 0)
@@ -97,28 +94,16 @@ bool ArgumentSource::collect(const wchar_t* format, va_list args) {
            FormatUtil::valist2FormatParameters(args, m_parameters.data(), format, count);
 }
 
-std::int32_t ArgumentSource::asInt(int number) {
-    return m_positional ? static_cast<std::int32_t>(integerOf(m_parameters.at(number))) : m_cursor.nextInt();
+std::int64_t ArgumentSource::collectedInteger(int number) const {
+    return integerOf(m_parameters.at(number));
 }
 
-std::uint32_t ArgumentSource::asUnsigned(int number) {
-    return m_positional ? static_cast<std::uint32_t>(integerOf(m_parameters.at(number))) : m_cursor.nextUnsigned();
-}
-
-std::int64_t ArgumentSource::asInt64(int number) {
-    return m_positional ? integerOf(m_parameters.at(number)) : m_cursor.nextInt64();
-}
-
-double ArgumentSource::asDouble(int number) {
-    if (!m_positional)
-        return m_cursor.nextDouble();
+double ArgumentSource::collectedDouble(int number) const {
     const FormatParameters& parameter = m_parameters.at(number);
     return parameter.type == kParameterDouble ? parameter.value.asDouble : 0.0;
 }
 
-const wchar_t* ArgumentSource::asString(int number) {
-    if (!m_positional)
-        return m_cursor.nextString();
+const wchar_t* ArgumentSource::collectedString(int number) const {
     const FormatParameters& parameter = m_parameters.at(number);
     return parameter.type == kParameterString ? parameter.value.asString : nullptr;
 }

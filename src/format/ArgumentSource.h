@@ -37,7 +37,10 @@ public:
     ParameterArray() = default;
     ParameterArray(const ParameterArray&) = delete;
     ParameterArray& operator=(const ParameterArray&) = delete;
-    ~ParameterArray();
+    ~ParameterArray() {
+        if (m_data != nullptr)
+            release();
+    }
 
     /// Makes room for `count` parameters (above 0); false when the heap has none.
     bool allocate(int count);
@@ -46,6 +49,8 @@ public:
     const FormatParameters& at(int number) const;
 
 private:
+    void release();
+
     FormatParameters* m_data = nullptr;
     int m_count = 0;
 };
@@ -57,16 +62,31 @@ public:
     explicit ArgumentSource(va_list args) : m_cursor(args) {}
 
     /// Switches over to positions when the format has any. False when the array of parameters cannot be had.
-    bool collect(const wchar_t* format, va_list args);
+    bool collect(const wchar_t* format, va_list args) {
+        // A dollar sign is what makes a position; most formats are short and have none.
+        const wchar_t* p = format;
+        while (*p != L'$' && *p != L'\0')
+            ++p;
+        return *p == L'\0' || collectPositions(format, args);
+    }
 
     bool positional() const { return m_positional; }
-    std::int32_t asInt(int number);
-    std::uint32_t asUnsigned(int number);
-    std::int64_t asInt64(int number);
-    double asDouble(int number);
-    const wchar_t* asString(int number);
+    std::int32_t asInt(int number) {
+        return m_positional ? static_cast<std::int32_t>(collectedInteger(number)) : m_cursor.nextInt();
+    }
+    std::uint32_t asUnsigned(int number) {
+        return m_positional ? static_cast<std::uint32_t>(collectedInteger(number)) : m_cursor.nextUnsigned();
+    }
+    std::int64_t asInt64(int number) { return m_positional ? collectedInteger(number) : m_cursor.nextInt64(); }
+    double asDouble(int number) { return m_positional ? collectedDouble(number) : m_cursor.nextDouble(); }
+    const wchar_t* asString(int number) { return m_positional ? collectedString(number) : m_cursor.nextString(); }
 
 private:
+    std::int64_t collectedInteger(int number) const;
+    double collectedDouble(int number) const;
+    const wchar_t* collectedString(int number) const;
+    bool collectPositions(const wchar_t* format, va_list args);
+
     ArgumentCursor m_cursor;
     ParameterArray m_parameters;
     bool m_positional = false;

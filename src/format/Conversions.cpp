@@ -59,10 +59,6 @@ bool allDigitsZero(const wchar_t* text) {
 
 } // namespace
 
-int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments) {
-    return field.isArgument ? arguments.asInt(field.value) : field.value;
-}
-
 bool formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments, bool hasPrecision,
                     unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result) {
     const IntegerValue value = fetchInteger(letter, number, arguments);

@@ -19,7 +19,9 @@ struct Rendered {
 } // namespace tq::detail
 
 /// A width or precision, taken from its argument where it is not in the format.
-int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments);
+inline int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments) {
+    return field.isArgument ? arguments.asInt(field.value) : field.value;
+}
 
 /// Renders the integer conversion `letter` so that it ends at the end of `text`. With a precision a decimal point is
 /// inserted that many digits from the right. False when the text has more than textSize - 1 characters.

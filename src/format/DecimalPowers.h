@@ -1,5 +1,8 @@
 #pragma once
 
+#include "fltcvt/PowersOfTen.h"
+#include "fltcvt/WideMath.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -7,43 +10,28 @@
 
 namespace tq::detail {
 
-__extension__ typedef unsigned __int128 Uint128;
-
-namespace powers {
-
-template <class T, std::size_t N>
-constexpr std::array<T, N> build() {
-    std::array<T, N> powers{};
-    T power = 1;
-    for (T& slot : powers) {
-        slot = power;
-        power = static_cast<T>(power * 10);
-    }
+/// The powers of ten that 128 bits hold, 10^0 to 10^38.
+inline constexpr std::array<UInt128, 39> kWidePowersOfTen = [] {
+    std::array<UInt128, 39> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
     return powers;
-}
+}();
 
-} // namespace powers
-
-/// 10^0 to 10^19, all that 64 bits hold.
-inline constexpr std::array<std::uint64_t, 20> kPowersOfTen = powers::build<std::uint64_t, 20>();
-/// 10^0 to 10^38, all that 128 bits hold.
-inline constexpr std::array<Uint128, 39> kWidePowersOfTen = powers::build<Uint128, 39>();
-
-/// 10^exponent for 0 to 38.
-constexpr Uint128 powerOfTen(int exponent) {
+constexpr UInt128 widePowerOfTen(int exponent) {
     return kWidePowersOfTen[static_cast<std::size_t>(exponent)];
 }
 
 /// Number of decimal digits of `value`, 0 for 0.
-constexpr int countDigits(std::uint64_t value) {
+constexpr int decimalDigits(std::uint64_t value) {
     // 1233 / 2^12 approximates log10(2) well enough for 64 bits: the estimate is right or one too low.
     const int low = static_cast<int>(std::bit_width(value) * 1233 >> 12);
-    return low + (value >= kPowersOfTen[static_cast<std::size_t>(low)] ? 1 : 0);
+    return low + (value >= kSmallPowersOfTen[static_cast<std::size_t>(low)] ? 1 : 0);
 }
 
-constexpr int countDigits(Uint128 value) {
-    int count = value >> 64 == 0 ? countDigits(static_cast<std::uint64_t>(value)) : 20;
-    while (count < 39 && value >= powerOfTen(count))
+constexpr int decimalDigits(UInt128 value) {
+    int count = value >> 64 == 0 ? decimalDigits(static_cast<std::uint64_t>(value)) : kLastSmallPower + 1;
+    while (count < static_cast<int>(kWidePowersOfTen.size()) && value >= widePowerOfTen(count))
         ++count;
     return count;
 }

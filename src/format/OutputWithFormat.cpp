@@ -23,14 +23,7 @@ public:
     bool put(const wchar_t* text, std::size_t count) {
         if (count > static_cast<std::size_t>(m_last - m_cursor))
             return false;
-        // Most pieces are a few characters, too short for a call.
-        if (count < 16) {
-            for (std::size_t i = 0; i < count; ++i)
-                m_cursor[i] = text[i];
-        } else {
-            std::wmemcpy(m_cursor, text, count);
-        }
-        m_cursor += count;
+        m_cursor = copyText(m_cursor, text, count);
         return true;
     }
 

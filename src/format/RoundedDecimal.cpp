@@ -4,6 +4,7 @@
 
 #include "format/RoundedDecimal.h"
 
+#include "fltcvt/DoubleBits.h"
 #include "format/DecimalPowers.h"
 
 #include <bit>
@@ -12,64 +13,48 @@ namespace tq::detail {
 
 namespace {
 
-constexpr int kMantissaBits = 52;
-constexpr int kExponentBias = 1075;
 // 10^22 < 2^74: its product with a mantissa, and a mantissa shifted that far, stay below 2^127.
 constexpr int kMaxPlace = 22;
 constexpr int kMaxExponent = 74;
-constexpr int kMaxDigits = 38;
-
-struct Binary {
-    std::uint64_t mantissa; ///< below 2^53
-    int exponent;
-};
-
-Binary split(double value) {
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    const auto mantissa = bits & ((std::uint64_t{1} << kMantissaBits) - 1);
-    const int biased = static_cast<int>(bits >> kMantissaBits);
-    if (biased == 0)
-        return {mantissa, 1 - kExponentBias};
-    return {mantissa | std::uint64_t{1} << kMantissaBits, biased - kExponentBias};
-}
+constexpr int kMaxWanted = 38;
 
 // `value` counts units of the place 10^-decimals.
-RoundedDecimal cut(Uint128 value, int decimals) {
+RoundedDecimal cut(UInt128 value, int decimals) {
     if (value == 0)
         return {0, 0, -decimals - 1};
-    if (value < kPowersOfTen[kMaxSignificantDigits]) [[likely]] {
-        const int count = countDigits(static_cast<std::uint64_t>(value));
+    if (value < kSmallPowersOfTen[kMaxSignificantDigits]) [[likely]] {
+        const int count = decimalDigits(static_cast<std::uint64_t>(value));
         return {static_cast<std::uint64_t>(value), count, count - 1 - decimals};
     }
-    const int count = countDigits(value);
-    const auto kept = static_cast<std::uint64_t>(value / powerOfTen(count - kMaxSignificantDigits));
+    const int count = decimalDigits(value);
+    const auto kept = static_cast<std::uint64_t>(value / widePowerOfTen(count - kMaxSignificantDigits));
     return {kept, kMaxSignificantDigits, count - 1 - decimals};
 }
 
 // value * 10^place without its fraction, or rounded to the nearest integer with halves up. The product and, below place
 // 0, the divisor 10^-place / 2^exponent must fit.
-Uint128 atPlace(const Binary& value, int place, bool round) {
+UInt128 atPlace(const DoubleParts& value, int place, bool round) {
     if (place >= 0) {
-        const Uint128 product = powerOfTen(place) * value.mantissa;
+        const UInt128 product = widePowerOfTen(place) * value.significand;
         if (value.exponent >= 0)
             return product << value.exponent;
         const int shift = -value.exponent;
         if (shift >= 128)
             return 0;
-        return (product + (round ? Uint128{1} << (shift - 1) : 0)) >> shift;
+        return (product + (round ? UInt128{1} << (shift - 1) : 0)) >> shift;
     }
     // The divisors are even, so that adding half of one loses nothing.
     if (value.exponent < 0) {
-        const std::uint64_t divisor = kPowersOfTen[static_cast<std::size_t>(-place)] << -value.exponent;
-        return (value.mantissa + (round ? divisor / 2 : 0)) / divisor;
+        const std::uint64_t divisor = kSmallPowersOfTen[static_cast<std::size_t>(-place)] << -value.exponent;
+        return (value.significand + (round ? divisor / 2 : 0)) / divisor;
     }
-    const Uint128 divisor = powerOfTen(-place);
-    return ((Uint128{value.mantissa} << value.exponent) + (round ? divisor / 2 : 0)) / divisor;
+    const UInt128 divisor = widePowerOfTen(-place);
+    return ((UInt128{value.significand} << value.exponent) + (round ? divisor / 2 : 0)) / divisor;
 }
 
 // The decimal exponent of a normal value, or one too high: from the binary one, 78913 / 2^18 being log10(2) from below.
-int estimateExponent(const Binary& binary) {
-    const int log2 = binary.exponent + static_cast<int>(std::bit_width(binary.mantissa)) - 1;
+int estimateExponent(const DoubleParts& binary) {
+    const int log2 = binary.exponent + static_cast<int>(std::bit_width(binary.significand)) - 1;
     return static_cast<int>((std::int64_t{log2 + 1} * 78913) >> 18);
 }
 
@@ -78,7 +63,7 @@ int estimateExponent(const Binary& binary) {
 RoundedDecimal roundToDecimals(double value, int decimals) {
     if (value == 0)
         return {0, 0, 0};
-    const Binary binary = split(value);
+    const DoubleParts binary(value);
     if (binary.exponent >= 0 && binary.exponent <= kMaxExponent)
         return cut(atPlace(binary, 0, false), 0);
     if (binary.exponent < 0 && decimals <= kMaxPlace)
@@ -89,12 +74,12 @@ RoundedDecimal roundToDecimals(double value, int decimals) {
 RoundedDecimal roundToSignificant(double value, int digits) {
     if (value == 0)
         return {0, 0, 0};
-    const Binary binary = split(value);
+    const DoubleParts binary(value);
     int place = digits - 1 - estimateExponent(binary);
     // One place more is needed when the estimate is one too high.
-    if (binary.exponent > kMaxExponent || place >= kMaxPlace || digits > kMaxDigits)
+    if (binary.exponent > kMaxExponent || place >= kMaxPlace || digits > kMaxWanted)
         return roundToSignificantExact(value, digits);
-    if (atPlace(binary, place, false) < powerOfTen(digits - 1))
+    if (atPlace(binary, place, false) < widePowerOfTen(digits - 1))
         ++place;
     return cut(atPlace(binary, place, true), place);
 }

@@ -1,38 +1,32 @@
 // The exact path: every digit that the double has, then rounding as on paper.
 
+#include "fltcvt/Digits.h"
 #include "format/RoundedDecimal.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 namespace tq::detail {
 
 namespace {
 
-// No double has more significant decimal digits.
-constexpr int kMaxExactDigits = 767;
-
+// The digits as characters, the first one not 0; the exponent is that of the first.
 struct ExactDigits {
-    char digits[kMaxExactDigits + 1];
+    char digits[kDigitRoom];
     int count;
     int exponent;
 };
 
 ExactDigits exactDigits(double value) {
-    ExactDigits result{};
-    char text[kMaxExactDigits + 16];
-    std::snprintf(text, sizeof text, "%.*e", kMaxExactDigits - 1, value);
-    result.digits[0] = text[0];
-    std::copy_n(text + 2, kMaxExactDigits - 1, result.digits + 1);
-    result.count = kMaxExactDigits;
-    result.exponent = std::atoi(text + kMaxExactDigits + 2);
-    return result;
+    ExactDigits exact;
+    const DigitLayout layout = writeManyDigits(value, {DigitRequest::eSignificant, false, kMaxDigits}, exact.digits);
+    exact.count = layout.count;
+    exact.exponent = layout.point - 1;
+    return exact;
 }
 
-// `keep` digits of `exact`, the last one rounded with halves up, then cut. A keep of 0 or less may leave one digit or
-// none.
-RoundedDecimal roundAfter(ExactDigits exact, int keep) {
+// Keeps `keep` digits of `exact`, the last one rounded with halves up, then cuts them. A keep of 0 or less may leave
+// one digit or none.
+RoundedDecimal roundAfter(ExactDigits& exact, int keep) {
     if (keep < 0 || (keep == 0 && exact.digits[0] < '5'))
         return {0, 0, exact.exponent - keep};
     if (keep == 0)
@@ -56,13 +50,15 @@ RoundedDecimal roundAfter(ExactDigits exact, int keep) {
 } // namespace
 
 RoundedDecimal roundToDecimalsExact(double value, int decimals) {
-    const ExactDigits exact = exactDigits(value);
+    ExactDigits exact = exactDigits(value);
     // Beyond the last digit of any double nothing is left to round.
-    return roundAfter(exact, exact.exponent + 1 + std::min(decimals, 2000));
+    const int keep = exact.exponent + 1 + std::min(decimals, 2000);
+    return roundAfter(exact, keep);
 }
 
 RoundedDecimal roundToSignificantExact(double value, int digits) {
-    return roundAfter(exactDigits(value), digits);
+    ExactDigits exact = exactDigits(value);
+    return roundAfter(exact, digits);
 }
 
 } // namespace tq::detail
