@@ -30,7 +30,7 @@ namespace {
 
 // More than the branch predictor learns by heart.
 constexpr std::size_t kValues = 4096;
-constexpr int kCapacity = 128;
+constexpr int kCapacity = 256;
 constexpr double kPi = 3.141592653589793;
 
 using Buffer = std::array<wchar_t, kCapacity>;

@@ -45,6 +45,30 @@ IntegerValue fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource
     }
 }
 
+// The binary digits of 64 bits.
+constexpr int kLongestInteger = 64;
+
+// Inserts a decimal point `precision` digits from the right; false when the text outgrows its buffer.
+bool writeWithPoint(const IntegerValue& value, unsigned precision, wchar_t* text, int textSize,
+                    tq::detail::Rendered& result) {
+    // Sign, first zero and point come on top of the digits behind the point.
+    constexpr unsigned kFrame = 4;
+    if (precision > static_cast<unsigned>(textSize) - kFrame)
+        return false;
+    wchar_t* const end = text + textSize - 1;
+    wchar_t* start = tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
+    const auto decimals = static_cast<std::ptrdiff_t>(precision);
+    while (end - start <= decimals)
+        *--start = L'0';
+    std::wmemmove(start - 1, start, static_cast<std::size_t>(end - start - decimals));
+    --start;
+    *(end - decimals - 1) = L'.';
+    if (value.negative)
+        *--start = L'-';
+    result = {start, static_cast<unsigned>(end - start), true, false};
+    return true;
+}
+
 bool allDigitsZero(const wchar_t* text) {
     bool anyDigit = false;
     for (; *text != L'\0' && *text != L'E' && *text != L'e'; ++text) {
@@ -62,23 +86,21 @@ bool allDigitsZero(const wchar_t* text) {
 bool formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments, bool hasPrecision,
                     unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result) {
     const IntegerValue value = fetchInteger(letter, number, arguments);
-    wchar_t* const end = text + textSize - 1;
-    wchar_t* start = value.base == 10 ? tq::detail::writeDecimalBackwards(end, value.magnitude)
-                                      : tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
-    if (hasPrecision) {
-        // Sign, first zero and point come on top of the digits behind the point.
-        if (precision > static_cast<unsigned>(textSize) - 4)
-            return false;
-        const auto decimals = static_cast<std::ptrdiff_t>(precision);
-        while (end - start <= decimals)
-            *--start = L'0';
-        std::wmemmove(start - 1, start, static_cast<std::size_t>(end - start - decimals));
-        --start;
-        *(end - decimals - 1) = L'.';
+    if (hasPrecision)
+        return writeWithPoint(value, precision, text, textSize, result);
+    *text = L'-';
+    wchar_t* start = text + (value.negative ? 1 : 0);
+    int length = 0;
+    if (value.base == 10) {
+        length = tq::detail::writeDecimal(start, value.magnitude);
+    } else if (value.base == 16 && value.magnitude <= UINT32_MAX) {
+        length = tq::detail::writeHexadecimal(start, static_cast<std::uint32_t>(value.magnitude));
+    } else {
+        wchar_t* const end = text + kLongestInteger;
+        text = start = tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
+        length = static_cast<int>(end - start);
     }
-    if (value.negative)
-        *--start = L'-';
-    result = {start, static_cast<unsigned>(end - start), true, false};
+    result = {text, static_cast<unsigned>(start - text + length), true, false};
     return true;
 }
 

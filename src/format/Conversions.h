@@ -23,7 +23,7 @@ inline int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::
     return field.isArgument ? arguments.asInt(field.value) : field.value;
 }
 
-/// Renders the integer conversion `letter` so that it ends at the end of `text`. With a precision a decimal point is
+/// Renders the integer conversion `letter` into `text`. With a precision a decimal point is
 /// inserted that many digits from the right. False when the text has more than textSize - 1 characters.
 bool formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments, bool hasPrecision,
                     unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result);

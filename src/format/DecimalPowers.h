@@ -26,7 +26,7 @@ constexpr UInt128 widePowerOfTen(int exponent) {
 constexpr int decimalDigits(std::uint64_t value) {
     // 1233 / 2^12 approximates log10(2) well enough for 64 bits: the estimate is right or one too low.
     const int low = static_cast<int>(std::bit_width(value) * 1233 >> 12);
-    return low + (value >= kSmallPowersOfTen[static_cast<std::size_t>(low)] ? 1 : 0);
+    return low + static_cast<int>(value >= kSmallPowersOfTen[static_cast<std::size_t>(low)]);
 }
 
 constexpr int decimalDigits(UInt128 value) {

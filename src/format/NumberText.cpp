@@ -1,5 +1,6 @@
 #include "format/NumberText.h"
 
+#include "fltcvt/DoubleBits.h"
 #include "format/DecimalPowers.h"
 #include "format/DigitText.h"
 
@@ -7,7 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <cstdlib>
 #include <string_view>
 
 namespace tq::detail {
@@ -17,54 +18,80 @@ namespace {
 // A precision beyond this many digits changes no text.
 constexpr int kMaxPrecision = 2000;
 
-// Digits of a number from the first one on, zeros after its last.
-class DigitSource {
-public:
-    explicit DigitSource(const RoundedDecimal& value) {
-        m_first = writeDecimalBackwards(m_digits + kMaxSignificantDigits, value.digits);
-        if (value.count == 0)
-            m_first = m_digits + kMaxSignificantDigits;
-    }
+// Between these, a number has bits on both sides of the point, and they fit a word.
+constexpr double kSmallestEveryday = 0x1p-10;
+constexpr double kLargestEveryday = 0x1p52;
 
-    wchar_t* copy(wchar_t* out, int count) {
-        const int there = std::min(count, static_cast<int>(m_digits + kMaxSignificantDigits - m_first));
-        for (int i = 0; i < there; ++i)
-            out[i] = m_first[i];
-        m_first += there;
-        return std::fill_n(out + there, count - there, L'0');
+// Everyday numbers: the integer part of the significand stands before the point, and the bits behind it, times a power
+// of ten, are the decimals, exact to the last bit. Returns 0 for other numbers.
+int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, bool plus) {
+    if (!(magnitude >= kSmallestEveryday && magnitude < kLargestEveryday) || decimals > kMaxSignificantDigits)
+        return 0;
+    const DoubleParts parts(magnitude);
+    const int shift = -parts.exponent;
+    std::uint64_t integer = parts.significand >> shift;
+    const std::uint64_t bits = parts.significand & ((std::uint64_t{1} << shift) - 1);
+    const std::uint64_t scale = kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
+    const UInt128 product = UInt128{bits} * scale;
+    auto fraction = static_cast<std::uint64_t>(product >> shift);
+    fraction += static_cast<std::uint64_t>(product >> (shift - 1)) & 1;
+    if (fraction == scale) {
+        fraction = 0;
+        ++integer;
     }
-
-private:
-    wchar_t m_digits[kMaxSignificantDigits];
-    wchar_t* m_first;
-};
+    const bool hasSign = (negative && (integer | fraction) != 0) || plus;
+    *out = negative && (integer | fraction) != 0 ? L'-' : L'+';
+    wchar_t* p = out + (hasSign ? 1 : 0);
+    const int integerDigits = writeDecimal(p, integer);
+    // Digits that are too many are cut, not rounded again.
+    if (integer != 0 && integerDigits + decimals > kMaxSignificantDigits)
+        return 0;
+    p += integerDigits;
+    if (decimals > 0) {
+        *p = L'.';
+        writeDigits(p + 1, fraction, decimals);
+        p += 1 + decimals;
+    }
+    return static_cast<int>(p - out);
+}
 
 } // namespace
 
-int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals, int limit) {
+int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals) {
+    wchar_t digits[kSixteenDigits];
+    writeDigits(digits, value.digits, value.count);
     wchar_t* p = out;
     if (negative)
         *p++ = L'-';
-    DigitSource digits(value);
+    int shown = 0;
+    const auto putDigits = [&](int count) {
+        const int there = std::min(count, value.count - shown);
+        p = std::copy_n(digits + shown, there, p);
+        p = std::fill_n(p, count - there, L'0');
+        shown += there;
+    };
+    const auto room = [&] { return kMaxNumberText - static_cast<int>(p - out); };
     const int integerDigits = value.exponent + 1;
     decimals = std::clamp(kMaxSignificantDigits - integerDigits, 0, decimals);
-    if (integerDigits >= 1) {
-        p = digits.copy(p, std::min(integerDigits, limit - static_cast<int>(p - out)));
-    } else {
+    if (integerDigits >= 1)
+        putDigits(std::min(integerDigits, room()));
+    else
         *p++ = L'0';
-    }
     // A point at the limit would be the last character.
-    decimals = std::min(decimals, limit - static_cast<int>(p - out) - 1);
+    decimals = std::min(decimals, room() - 1);
     if (decimals > 0) {
         *p++ = L'.';
         const int zeros = std::clamp(-integerDigits, 0, decimals);
         p = std::fill_n(p, zeros, L'0');
-        p = digits.copy(p, decimals - zeros);
+        putDigits(decimals - zeros);
     }
     return static_cast<int>(p - out);
 }
 
 int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
+    const double magnitude = std::fabs(value);
+    if (const int length = tryWriteFixed(out, value < 0, magnitude, decimals, plus); length > 0)
+        return length;
     wchar_t* p = out;
     decimals = std::min(decimals, kMaxPrecision);
     if (!std::isfinite(value)) {
@@ -72,7 +99,7 @@ int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
             *p++ = L'+';
         p += writeNotFinite(p, value);
     } else {
-        const RoundedDecimal rounded = roundToDecimals(std::fabs(value), decimals);
+        const RoundedDecimal rounded = roundToDecimals(magnitude, decimals);
         const bool negative = value < 0 && rounded.digits != 0;
         if (plus && !negative)
             *p++ = L'+';
@@ -86,21 +113,24 @@ int writeScientific(wchar_t* out, double value, int decimals) {
         return writeNotFinite(out, value);
     decimals = std::min(decimals, kMaxPrecision);
     const RoundedDecimal rounded = roundToSignificant(std::fabs(value), decimals + 1);
-    wchar_t* p = out;
-    if (value < 0)
-        *p++ = L'-';
-    DigitSource digits(rounded);
-    p = digits.copy(p, 1);
-    if (decimals > 0) {
-        *p++ = L'.';
-        p = digits.copy(p, std::min(decimals, kMaxSignificantDigits - 1));
-    }
+    *out = L'-';
+    wchar_t* p = out + (value < 0 ? 1 : 0);
+    // Of the digits, the first one moves in front of the point.
+    writeDigits(p + 1, rounded.digits, rounded.count);
+    p[0] = rounded.count > 0 ? p[1] : L'0';
+    p[1] = L'.';
+    const int shown = std::min(decimals, kMaxSignificantDigits - 1);
+    if (shown >= rounded.count)
+        std::fill_n(p + 1 + std::max(rounded.count, 1), shown + 1 - std::max(rounded.count, 1), L'0');
+    p += shown > 0 ? 2 + shown : 1;
     *p++ = L'E';
     *p++ = rounded.exponent < 0 ? L'-' : L'+';
-    const int exponent = std::abs(rounded.exponent);
-    *p++ = static_cast<wchar_t>(L'0' + exponent / 100);
-    std::memcpy(p, &kDigitPairs[static_cast<std::size_t>(exponent % 100)], sizeof(DigitPair));
-    return static_cast<int>(p + 2 - out);
+    // Three digits, zeros before them included.
+    const auto exponent = static_cast<unsigned>(std::abs(rounded.exponent));
+    p[0] = static_cast<wchar_t>(L'0' + exponent / 100);
+    p[1] = static_cast<wchar_t>(L'0' + exponent / 10 % 10);
+    p[2] = static_cast<wchar_t>(L'0' + exponent % 10);
+    return static_cast<int>(p + 3 - out);
 }
 
 int writeNotFinite(wchar_t* out, double value) {

@@ -8,9 +8,9 @@ namespace tq::detail {
 inline constexpr int kMaxNumberText = 125;
 
 /// Fixed notation of a rounded magnitude: as many integer digits as it has, `decimals` more digits (0 or more) but no
-/// more than 16 significant ones; after "-" when `negative`. At most `limit` characters, which is at most
-/// kMaxNumberText; no terminator. Returns the length.
-int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals, int limit = kMaxNumberText);
+/// more than 16 significant ones; after "-" when `negative`. At most kMaxNumberText characters, the room that `out`
+/// has; no terminator. Returns the length.
+int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals);
 
 /// "%.*f" of any double: fixed notation without a minus sign before zeros only, or inf, -inf, nan; with `plus` a "+"
 /// before what has no minus sign and is a number. Room for kMaxNumberText + 1 characters; no terminator.

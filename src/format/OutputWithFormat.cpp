@@ -1,5 +1,6 @@
 #include "format/ArgumentSource.h"
 #include "format/Conversions.h"
+#include "format/DigitText.h"
 #include "format/Directive.h"
 #include "format/NumberText.h"
 
@@ -14,6 +15,8 @@ namespace tq::detail {
 namespace {
 
 constexpr int kFillRun = 30;
+// More than any text but a string or an integer with a precision, with what the writers use behind their texts.
+constexpr std::size_t kMaxRendered = 250;
 
 // The caller's buffer. Each write is refused when it would leave no place for the 0, and is whole or nothing.
 class WideOutput {
@@ -21,9 +24,12 @@ public:
     WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
 
     bool put(const wchar_t* text, std::size_t count) {
-        if (count > static_cast<std::size_t>(m_last - m_cursor))
+        if (count > room())
             return false;
-        m_cursor = copyText(m_cursor, text, count);
+        // What was rendered in place already stands there.
+        if (text != m_cursor)
+            std::copy_n(text, count, m_cursor);
+        m_cursor += count;
         return true;
     }
 
@@ -31,7 +37,7 @@ public:
     bool fill(wchar_t c, unsigned count) {
         while (count > 0) {
             const unsigned run = std::min<unsigned>(count, kFillRun);
-            if (run > static_cast<std::size_t>(m_last - m_cursor))
+            if (run > room())
                 return false;
             m_cursor = std::fill_n(m_cursor, run, c);
             count -= run;
@@ -39,6 +45,9 @@ public:
         return true;
     }
 
+    // Without the place of the 0.
+    std::size_t room() const { return static_cast<std::size_t>(m_last - m_cursor); }
+    wchar_t* cursor() const { return m_cursor; }
     wchar_t* terminate() {
         *m_cursor = L'\0';
         return m_cursor;
@@ -51,13 +60,20 @@ private:
     wchar_t* m_last;
 };
 
+// An integer with a precision may be longer, and uses all of the work buffer.
+bool mayOutgrow(const Directive& directive) {
+    return directive.hasPrecision && directive.letter != L'f' && directive.letter != L'e' &&
+           !isUnitLetter(directive.letter);
+}
+
 unsigned shownLength(const wchar_t* text, bool limited, unsigned limit) {
     return static_cast<unsigned>(limited ? std::find(text, text + limit, L'\0') - text : std::wcslen(text));
 }
 
-// The text of one directive. False when it outgrows the work buffer.
-bool render(const Directive& directive, unsigned precision, const wchar_t*& p, ArgumentSource& arguments,
-            wchar_t (&work)[kWorkBufferSize], Rendered& result) {
+// The text of one directive, in `work`, which has room for any text but a string or an integer with a precision. False
+// when one of the latter outgrows kWorkBufferSize.
+bool render(const Directive& directive, unsigned precision, const wchar_t*& p, ArgumentSource& arguments, wchar_t* work,
+            Rendered& result) {
     const int number = directive.position;
     result = {work, 1, false, false};
     switch (parameterType(directive.letter)) {
@@ -153,7 +169,11 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
         const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
         const int precision = getIntFromFormatStrOrValist(directive.precision, arguments);
         Rendered text{};
-        if (!render(directive, static_cast<unsigned>(std::max(precision, 0)), p, arguments, work, text) ||
+        // In place where nothing will have to stand in front, otherwise in the work buffer.
+        const bool inPlace =
+            (width == 0 || directive.leftJustify) && output.room() >= kMaxRendered && !mayOutgrow(directive);
+        if (!render(directive, static_cast<unsigned>(std::max(precision, 0)), p, arguments,
+                    inPlace ? output.cursor() : work, text) ||
             !putPadded(output, directive, width, text))
             return finish(-1);
     }

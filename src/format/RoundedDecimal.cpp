@@ -31,25 +31,32 @@ RoundedDecimal cut(UInt128 value, int decimals) {
     return {kept, kMaxSignificantDigits, count - 1 - decimals};
 }
 
-// value * 10^place without its fraction, or rounded to the nearest integer with halves up. The product and, below place
-// 0, the divisor 10^-place / 2^exponent must fit.
-UInt128 atPlace(const DoubleParts& value, int place, bool round) {
+// value * 10^place: its integer part, and whether rounding to the nearest integer, halves up, adds one. The product
+// and, below place 0, the divisor 10^-place / 2^exponent must fit.
+struct Scaled {
+    UInt128 integer;
+    bool roundsUp;
+
+    UInt128 rounded() const { return integer + (roundsUp ? 1 : 0); }
+};
+
+Scaled atPlace(const DoubleParts& value, int place) {
     if (place >= 0) {
         const UInt128 product = widePowerOfTen(place) * value.significand;
         if (value.exponent >= 0)
-            return product << value.exponent;
+            return {product << value.exponent, false};
         const int shift = -value.exponent;
         if (shift >= 128)
-            return 0;
-        return (product + (round ? UInt128{1} << (shift - 1) : 0)) >> shift;
+            return {0, false};
+        return {product >> shift, (product >> (shift - 1) & 1) != 0};
     }
-    // The divisors are even, so that adding half of one loses nothing.
     if (value.exponent < 0) {
         const std::uint64_t divisor = kSmallPowersOfTen[static_cast<std::size_t>(-place)] << -value.exponent;
-        return (value.significand + (round ? divisor / 2 : 0)) / divisor;
+        return {value.significand / divisor, value.significand % divisor >= divisor / 2};
     }
     const UInt128 divisor = widePowerOfTen(-place);
-    return ((UInt128{value.significand} << value.exponent) + (round ? divisor / 2 : 0)) / divisor;
+    const UInt128 integer = UInt128{value.significand} << value.exponent;
+    return {integer / divisor, integer % divisor >= divisor / 2};
 }
 
 // The decimal exponent of a normal value, or one too high: from the binary one, 78913 / 2^18 being log10(2) from below.
@@ -65,9 +72,9 @@ RoundedDecimal roundToDecimals(double value, int decimals) {
         return {0, 0, 0};
     const DoubleParts binary(value);
     if (binary.exponent >= 0 && binary.exponent <= kMaxExponent)
-        return cut(atPlace(binary, 0, false), 0);
+        return cut(atPlace(binary, 0).integer, 0);
     if (binary.exponent < 0 && decimals <= kMaxPlace)
-        return cut(atPlace(binary, decimals, true), decimals);
+        return cut(atPlace(binary, decimals).rounded(), decimals);
     return roundToDecimalsExact(value, decimals);
 }
 
@@ -79,9 +86,10 @@ RoundedDecimal roundToSignificant(double value, int digits) {
     // One place more is needed when the estimate is one too high.
     if (binary.exponent > kMaxExponent || place >= kMaxPlace || digits > kMaxWanted)
         return roundToSignificantExact(value, digits);
-    if (atPlace(binary, place, false) < widePowerOfTen(digits - 1))
-        ++place;
-    return cut(atPlace(binary, place, true), place);
+    Scaled scaled = atPlace(binary, place);
+    if (scaled.integer < widePowerOfTen(digits - 1))
+        scaled = atPlace(binary, ++place);
+    return cut(scaled.rounded(), place);
 }
 
 } // namespace tq::detail

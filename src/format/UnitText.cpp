@@ -31,12 +31,12 @@ void UnitWriter::put(const wchar_t* text) {
 }
 
 void UnitWriter::putInteger(long long value) {
-    wchar_t digits[20];
+    wchar_t text[1 + kDecimalRoom];
     const auto bits = static_cast<std::uint64_t>(value);
-    wchar_t* start = writeDecimalBackwards(digits + 20, value < 0 ? 0 - bits : bits);
-    if (value < 0)
-        *--start = L'-';
-    put(start, static_cast<std::size_t>(digits + 20 - start));
+    *text = L'-';
+    const int sign = value < 0 ? 1 : 0;
+    const int digits = writeDecimal(text + sign, value < 0 ? 0 - bits : bits);
+    put(text, static_cast<std::size_t>(digits + sign));
 }
 
 void UnitWriter::putFixed(double value, int decimals) {
