@@ -12,6 +12,9 @@ namespace {
 
 using Assoc = CMapStringToPtr::CAssoc;
 
+static_assert(offsetof(Assoc, nBucket) == 8 && offsetof(Assoc, key) == 12 && offsetof(Assoc, value) == 2064,
+              "what an entry holds besides lies in the gap between key and value");
+
 constexpr std::uint32_t kFactor = 33;
 
 __POSITION* positionOf(Assoc* assoc) noexcept {

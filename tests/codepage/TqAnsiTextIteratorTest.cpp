@@ -47,22 +47,20 @@ TEST(TqAnsiTextIterator, YieldsBytesAndEscapes) {
     const struct {
         const char* text;
         Characters expected;
-    } rows[] = {
-        {"", {}},
-        {"A\\U+4E2DB", {'A', 0x4E2D, 'B'}},
-        {"\\u+00e9\\u+aBcD", {0xE9, 0xABCD}},
-        {"\\M+18140", {0x8140}},
-        {"\\m+5b0a1\\M+0FFFF", {0xB0A1, 0xFFFF}},
-        {"\\Q", {'\\', 'Q'}},
-        {"\\", {'\\'}},
-        {"\\\\U+0041", {'\\', 'A'}},
-        {"\\U+12G4", {'\\', 'U', '+', '1', '2', 'G', '4'}},
-        {"\\M+61234", {'\\', 'M', '+', '6', '1', '2', '3', '4'}},
-        {"\\M+1234", {'\\', 'M', '+', '1', '2', '3', '4'}},
-        {"\\U+123", {'\\', 'U', '+', '1', '2', '3'}},
-        {"\\U", {'\\', 'U'}},
-        {"\x80\xFF", {0x80, 0xFF}},
-    };
+    } rows[] = {{"", {}},
+                {"A\\U+4E2DB", {'A', 0x4E2D, 'B'}},
+                {"\\u+00e9\\u+aBcD", {0xE9, 0xABCD}},
+                {"\\M+18140", {0x8140}},
+                {"\\m+5b0a1\\M+0FFFF", {0xB0A1, 0xFFFF}},
+                {"\\Q", {'\\', 'Q'}},
+                {"\\", {'\\'}},
+                {"\\\\U+0041", {'\\', 'A'}},
+                {"\\U+12G4", {'\\', 'U', '+', '1', '2', 'G', '4'}},
+                {"\\M+61234", {'\\', 'M', '+', '6', '1', '2', '3', '4'}},
+                {"\\M+1234", {'\\', 'M', '+', '1', '2', '3', '4'}},
+                {"\\U+123", {'\\', 'U', '+', '1', '2', '3'}},
+                {"\\U", {'\\', 'U'}},
+                {"\x80\xFF", {0x80, 0xFF}}};
     for (const auto& row : rows) {
         const char* text = place(row.text);
         Walker unbounded(text, Walker::kToTerminator, kCodePageJapanese);
@@ -113,17 +111,15 @@ TEST(TqAnsiTextIterator, AppendsDigits) {
         bool checked;
         unsigned expected;
         std::ptrdiff_t read;
-    } rows[] = {
-        {"1aG2", 4, true, true, 0x1A, 2},    {"12x", 3, false, true, 12, 2},
-        {"12x", 1, false, true, 1, 1},       {"1a", 2, false, true, 1, 1},
-        {"12", 0, false, true, 0, 0},        {"12", -1, false, true, 0, 0},
-        {"12", INT_MAX, false, true, 12, 2}, {"fFfFfFfF1", 9, true, true, 0xFFFFFFF1, 9},
-        {"1G", 2, false, false, 10, 2},      {"1A", 2, false, false, 20, 2},
-        {"1A", 2, true, false, 0x1A, 2},     {"\x80z", 2, true, false, 0, 2},
-        {"12", 0, false, false, 0, 0},       {"12", INT_MIN, false, false, 0, 0},
-        {"12", 4, false, false, 1200, 2},    {"", 3, true, false, 0, 0},
-        {"1", 9, true, false, 0, 1},         {"1", INT_MAX, false, false, 0, 1},
-    };
+    } rows[] = {{"1aG2", 4, true, true, 0x1A, 2},    {"12x", 3, false, true, 12, 2},
+                {"12x", 1, false, true, 1, 1},       {"1a", 2, false, true, 1, 1},
+                {"12", 0, false, true, 0, 0},        {"12", -1, false, true, 0, 0},
+                {"12", INT_MAX, false, true, 12, 2}, {"fFfFfFfF1", 9, true, true, 0xFFFFFFF1, 9},
+                {"1G", 2, false, false, 10, 2},      {"1A", 2, false, false, 20, 2},
+                {"1A", 2, true, false, 0x1A, 2},     {"\x80z", 2, true, false, 0, 2},
+                {"12", 0, false, false, 0, 0},       {"12", INT_MIN, false, false, 0, 0},
+                {"12", 4, false, false, 1200, 2},    {"", 3, true, false, 0, 0},
+                {"1", 9, true, false, 0, 1},         {"1", INT_MAX, false, false, 0, 1}};
     for (const auto& row : rows) {
         const char* text = place(row.text);
         Walker it(text, Walker::kToTerminator);
@@ -148,21 +144,19 @@ TEST(TqAnsiTextIterator, BreaksSafely) {
         int result;
         const char* piece;
         std::ptrdiff_t position;
-    } rows[] = {
-        {"ABCDEFGH", 5, 3, "ABCD", 5},
-        {"ABCDEFGH", 8, 3, "ABCDEFG", 8},
-        {"ABCDEFGH", 100, 1, "ABCDEFGH", 8},
-        {"ABCDEFGH", INT_MAX, 1, "ABCDEFGH", 8},
-        {"ABCDEFGH", 1, 3, "", 1},
-        {"ABCDEFGH", 0, 3, "", 1},
-        {"ABCDEFGH", INT_MIN, 3, "", 1},
-        {"AB\\U+4E2DCD", 4, 3, "AB", 9},
-        {"AB\\M+18140CD", 10, 3, "AB", 10},
-        {"AB\\M+18140CD", 11, 3, "AB\\M+18140", 11},
-        {"AB\\U+0000CD", 100, 1, "AB", 9},
-        {"A", 5, 0, "", 1},
-        {"", 5, 0, "", 0},
-    };
+    } rows[] = {{"ABCDEFGH", 5, 3, "ABCD", 5},
+                {"ABCDEFGH", 8, 3, "ABCDEFG", 8},
+                {"ABCDEFGH", 100, 1, "ABCDEFGH", 8},
+                {"ABCDEFGH", INT_MAX, 1, "ABCDEFGH", 8},
+                {"ABCDEFGH", 1, 3, "", 1},
+                {"ABCDEFGH", 0, 3, "", 1},
+                {"ABCDEFGH", INT_MIN, 3, "", 1},
+                {"AB\\U+4E2DCD", 4, 3, "AB", 9},
+                {"AB\\M+18140CD", 10, 3, "AB", 10},
+                {"AB\\M+18140CD", 11, 3, "AB\\M+18140", 11},
+                {"AB\\U+0000CD", 100, 1, "AB", 9},
+                {"A", 5, 0, "", 1},
+                {"", 5, 0, "", 0}};
     for (const auto& row : rows) {
         const TqStringA text(row.text);
         TqAnsiTextIterator it(text, kCodePageWestern);

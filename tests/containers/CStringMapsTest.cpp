@@ -63,7 +63,10 @@ TEST(CMapStringToPtr, BlocksAndBucketsComeWhenNeededAndGoTogether) {
         map.SetAt(L"b", number(2));
         EXPECT_EQ(liveArrays(), before + 2);
         const wchar_t* stored = nullptr;
-        ASSERT_TRUE(map.LookupKey(L"a", stored));
+        const wchar_t* second = nullptr;
+        ASSERT_TRUE(map.LookupKey(L"a", stored) && map.LookupKey(L"b", second));
+        EXPECT_EQ(reinterpret_cast<const char*>(second) - reinterpret_cast<const char*>(stored),
+                  static_cast<std::ptrdiff_t>(sizeof(CMapStringToPtr::CAssoc)));
         EXPECT_TRUE(map.RemoveKey(L"a"));
         map.SetAt(L"recycled", nullptr);
         const wchar_t* recycled = nullptr;
@@ -87,20 +90,6 @@ TEST(CMapStringToPtr, BlocksAndBucketsComeWhenNeededAndGoTogether) {
     EXPECT_EQ(map.GetHashTableSize(), 6U);
     EXPECT_EQ(liveArrays(), before);
     EXPECT_THROW(CMapStringToPtr(0), std::invalid_argument);
-}
-
-TEST(CMapStringToPtr, EntriesOfABlockAreTakenInAddressOrder) {
-    CMapStringToPtr map(3);
-    std::vector<const wchar_t*> stored(3);
-    for (std::size_t i = 0; i < 3; ++i) {
-        map.SetAt(std::to_wstring(i).c_str(), nullptr);
-        ASSERT_TRUE(map.LookupKey(std::to_wstring(i).c_str(), stored[i]));
-    }
-    EXPECT_EQ(stored[1] - stored[0], stored[2] - stored[1]);
-    EXPECT_LT(stored[0], stored[1]);
-    EXPECT_EQ(offsetof(CMapStringToPtr::CAssoc, nBucket), 8U);
-    EXPECT_EQ(offsetof(CMapStringToPtr::CAssoc, key), 12U);
-    EXPECT_EQ(offsetof(CMapStringToPtr::CAssoc, value), 2064U);
 }
 
 TEST(CMapStringToPtr, KeysOfEveryLength) {
@@ -144,7 +133,6 @@ TEST(CMapStringToPtr, KeysOfEveryLength) {
     const auto before = contents(map);
     const std::wstring tooLong(kLongest + 1, L'\x4E00');
     EXPECT_THROW(map.SetAt(tooLong.c_str(), nullptr), std::length_error);
-    EXPECT_THROW(static_cast<void>(map[tooLong.c_str()]), std::length_error);
     EXPECT_FALSE(map.Lookup(tooLong.c_str(), value));
     EXPECT_FALSE(map.RemoveKey(tooLong.c_str()));
     unsigned bucket = 0;
@@ -152,11 +140,6 @@ TEST(CMapStringToPtr, KeysOfEveryLength) {
     EXPECT_EQ(map.GetAssocAt(tooLong.c_str(), bucket, hash), nullptr);
     EXPECT_EQ(bucket, bucketByTheBook(tooLong, 17));
     EXPECT_EQ(contents(map), before);
-
-    CMapStringToPtr empty(1);
-    const int arrays = liveArrays();
-    EXPECT_THROW(empty.SetAt(tooLong.c_str(), nullptr), std::length_error);
-    EXPECT_EQ(liveArrays(), arrays);
 }
 
 TEST(CMapStringToPtr, RunningOutOfMemoryLeavesItAsItWas) {
