@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <cwchar>
 #include <iterator>
 #include <memory>
 

@@ -56,7 +56,7 @@ public:
 
     /// False, and `value` unchanged, when the key is absent.
     bool Lookup(const wchar_t* key, void*& value) const;
-    /// As Lookup, with the stored key, which stays where it is until the entry is removed.
+    /// As Lookup, with the stored key, which stays where it is until the entry is removed. Zeros fill its array.
     bool LookupKey(const wchar_t* key, const wchar_t*& stored) const;
     /// The entry of a key, null when there is none. `bucket` receives the index of the key's bucket either way; `hash`
     /// is deliberately left alone.
