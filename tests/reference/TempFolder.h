@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <unistd.h> // mkdtemp, on macOS
 
 namespace reference {
 
