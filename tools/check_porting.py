@@ -9,7 +9,7 @@ import re
 import subprocess
 import sys
 
-# Exported functions at global scope are Windows or C runtime names, unless they begin with "tq" or stand here.
+# Exported functions at global scope are Windows or C runtime names, unless they begin with "tq" or "Tq" or stand here.
 OWN = {
     "AnalyzeLineBreaks", "FormatScienceDoubleAndOutputString", "InputWithFormat", "IsMultiByteCodePage", "OutputWithFormat",
     "ReadBigfontIni", "createFileIOStreamBuf", "createFileIStreamBuf", "createFileOStreamBuf", "createFileStreamBuf",
@@ -34,7 +34,7 @@ def exported(library: str) -> set:
 def is_foreign(name: str) -> bool:
     if name.startswith(CLASSES):
         return True
-    return re.fullmatch(r"\w+", name) is not None and not name.startswith("tq") and name not in OWN
+    return re.fullmatch(r"\w+", name) is not None and not name.startswith(("tq", "Tq")) and name not in OWN
 
 
 def main() -> int:
