@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cwchar>
 
 namespace {
 
@@ -29,7 +28,8 @@ constexpr int kSecondsPrecision = 3;
 constexpr int kSecondDecimalsFrom = 4;
 
 double reduceToOneTurn(double angle) {
-    double reduced = std::fmod(angle, kTwoPi);
+    // Most angles need no division.
+    double reduced = std::fabs(angle) < kTwoPi ? angle : std::fmod(angle, kTwoPi);
     if (reduced < 0)
         reduced += kTwoPi;
     // A tiny negative angle vanishes in the sum.
@@ -55,7 +55,7 @@ public:
         wchar_t* const start = m_writer.here();
         m_writer.putFixed(angle * kDegreesPerRadian, shownDecimals());
         // Meant for 359.99999; it also takes every text of more degrees that begins so. Callers rely on it.
-        if (std::wcsncmp(start, L"360", 3) == 0) {
+        if (m_writer.from(start).substr(0, 3) == L"360") {
             angle = 0;
             m_writer.endAt(start);
             m_writer.putFixed(angle, shownDecimals());
@@ -147,9 +147,8 @@ double tq::detail::absoluteAngle(double angle) {
     return reduceToOneTurn(clockwise ? g_appUnits.angleBase - angle : angle - g_appUnits.angleBase);
 }
 
-void formatQModeAngleUnit(int unitMode, double& angle, wchar_t*& numberStart, wchar_t* out, int size, int flags,
+void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, wchar_t*& numberStart, int flags,
                           int maxLength, int precision) {
-    tq::detail::UnitWriter writer(out, size);
     const bool isFinite = std::isfinite(angle);
     if (unitMode == kAngularSurveyor && isFinite) {
         angle = reduceToOneTurn(angle);
@@ -212,7 +211,9 @@ void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int
     seconds = (shownMinutes - minutes) * 60;
     // The tolerance is ten seconds, not half a one, at the coarsest precision that shows seconds: 50" and more become a
     // minute there. Callers rely on it.
-    if (usedPrecision >= kSecondsPrecision && 60 - seconds <= std::pow(10.0, 4 - usedPrecision)) {
+    constexpr double kLargestTolerance = 10;
+    if (usedPrecision >= kSecondsPrecision && 60 - seconds <= kLargestTolerance &&
+        60 - seconds <= std::pow(10.0, 4 - usedPrecision)) {
         seconds = 0;
         ++minutes;
     }

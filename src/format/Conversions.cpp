@@ -1,72 +1,61 @@
 #include "format/Conversions.h"
 
 #include "format/DigitText.h"
+#include "format/UnitText.h"
 
 #include <algorithm>
+#include <climits>
 #include <cwchar>
 
 namespace {
 
-struct IntegerValue {
-    std::uint64_t magnitude;
-    unsigned base;
-    bool negative;
-};
+using tq::detail::IntegerText;
 
-IntegerValue signedValue(std::int64_t value) {
+IntegerText fetchSigned(std::int64_t value) {
     const auto bits = static_cast<std::uint64_t>(value);
-    return {value < 0 ? 0 - bits : bits, 10, value < 0};
+    return {value < 0 ? 0 - bits : bits, 10, value < 0, -1, 0};
 }
 
-IntegerValue fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource& arguments) {
+IntegerText fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource& arguments) {
+    const auto unsigned32 = [&](unsigned base) -> IntegerText {
+        return {arguments.asUnsigned(number), base, false, -1, 0};
+    };
+    const auto unsigned64 = [&](unsigned base) -> IntegerText {
+        return {static_cast<std::uint64_t>(arguments.asInt64(number)), base, false, -1, 0};
+    };
     switch (letter) {
     case L'd':
     case L'i':
-        return signedValue(arguments.asInt(number));
+        return fetchSigned(arguments.asInt(number));
     case L'D':
     case L'I':
-        return signedValue(arguments.asInt64(number));
+        return fetchSigned(arguments.asInt64(number));
     case L'u':
-        return {arguments.asUnsigned(number), 10, false};
+        return unsigned32(10);
     case L'o':
-        return {arguments.asUnsigned(number), 8, false};
+        return unsigned32(8);
     case L'b':
-        return {arguments.asUnsigned(number), 2, false};
+        return unsigned32(2);
     case L'U':
-        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 10, false};
+        return unsigned64(10);
     case L'O':
-        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 8, false};
+        return unsigned64(8);
     case L'B':
-        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 2, false};
+        return unsigned64(2);
     case L'X':
-        return {static_cast<std::uint64_t>(arguments.asInt64(number)), 16, false};
+        return unsigned64(16);
     default: // x and p, which shows only the low half of a pointer
-        return {arguments.asUnsigned(number), 16, false};
+        return unsigned32(16);
     }
 }
 
-// The binary digits of 64 bits.
-constexpr int kLongestInteger = 64;
-
-// Inserts a decimal point `precision` digits from the right; false when the text outgrows its buffer.
-bool writeWithPoint(const IntegerValue& value, unsigned precision, wchar_t* text, int textSize,
-                    tq::detail::Rendered& result) {
-    // Sign, first zero and point come on top of the digits behind the point.
-    constexpr unsigned kFrame = 4;
-    if (precision > static_cast<unsigned>(textSize) - kFrame)
-        return false;
-    wchar_t* const end = text + textSize - 1;
-    wchar_t* start = tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
-    const auto decimals = static_cast<std::ptrdiff_t>(precision);
-    while (end - start <= decimals)
-        *--start = L'0';
-    std::wmemmove(start - 1, start, static_cast<std::size_t>(end - start - decimals));
-    --start;
-    *(end - decimals - 1) = L'.';
-    if (value.negative)
-        *--start = L'-';
-    result = {start, static_cast<unsigned>(end - start), true, false};
-    return true;
+void writeDigitsInBase(wchar_t* out, std::uint64_t value, int count, unsigned base) {
+    if (base == 10)
+        tq::detail::writeDigits(out, value, count);
+    else if (base == 16)
+        tq::detail::writeHexadecimal(out, value, count);
+    else
+        tq::detail::writeInBase(out, value, count, base);
 }
 
 bool allDigitsZero(const wchar_t* text) {
@@ -83,25 +72,25 @@ bool allDigitsZero(const wchar_t* text) {
 
 } // namespace
 
-bool formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments, bool hasPrecision,
-                    unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result) {
-    const IntegerValue value = fetchInteger(letter, number, arguments);
-    if (hasPrecision)
-        return writeWithPoint(value, precision, text, textSize, result);
-    *text = L'-';
-    wchar_t* start = text + (value.negative ? 1 : 0);
-    int length = 0;
-    if (value.base == 10) {
-        length = tq::detail::writeDecimal(start, value.magnitude);
-    } else if (value.base == 16 && value.magnitude <= UINT32_MAX) {
-        length = tq::detail::writeHexadecimal(start, static_cast<std::uint32_t>(value.magnitude));
-    } else {
-        wchar_t* const end = text + kLongestInteger;
-        text = start = tq::detail::writeBaseBackwards(end, value.magnitude, value.base);
-        length = static_cast<int>(end - start);
+void tq::detail::IntegerText::writeMagnitude(wchar_t* out) const {
+    writeDigitsInBase(out, magnitude, digits, base);
+    if (decimals < 0)
+        return;
+    wchar_t* const point = out + digits - decimals;
+    std::wmemmove(point + 1, point, static_cast<std::size_t>(decimals));
+    *point = L'.';
+}
+
+tq::detail::IntegerText formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments,
+                                       bool hasPrecision, int precision) {
+    IntegerText text = fetchInteger(letter, number, arguments);
+    text.digits = tq::detail::digitsInBase(text.magnitude, text.base);
+    if (hasPrecision) {
+        text.decimals = std::max(precision, 0);
+        // One digit at least stands before the point.
+        text.digits = std::max(text.digits, text.decimals == INT_MAX ? INT_MAX : text.decimals + 1);
     }
-    result = {text, static_cast<unsigned>(start - text + length), true, false};
-    return true;
+    return text;
 }
 
 void formatQModeDoubleUtil(const tq::detail::QModeField& mode, int number, tq::detail::ArgumentSource& arguments,
@@ -112,9 +101,10 @@ void formatQModeDoubleUtil(const tq::detail::QModeField& mode, int number, tq::d
         return;
     const int word = mode.kind == QModeField::kWord ? mode.value : arguments.asInt(mode.value);
     const double value = arguments.asDouble(number);
-    FormatUtil::formatQModeDouble(text, textSize, value, word, precision);
-    if (*text == L'-' && allDigitsZero(text + 1))
+    result.length = tq::detail::formatQMode(text, textSize, value, word, precision);
+    if (*text == L'-' && allDigitsZero(text + 1)) {
         ++result.start;
-    result.length = static_cast<unsigned>(std::wcslen(result.start));
+        --result.length;
+    }
     result.numeric = result.length != 0;
 }

@@ -20,52 +20,13 @@ inline constexpr std::array<WideDigitPair, 100> kWideDigitPairs = [] {
     return pairs;
 }();
 
-inline constexpr int kEightDigits = 8;
-inline constexpr int kSixteenDigits = 16;
-
-/// Writes the digits of a value below 10^8, zeros before them included. Four look-ups that do not wait for each other:
-/// quicker here than digits from a vector register, whose steps do.
-inline void writeEightDigits(wchar_t* out, std::uint32_t value) {
-    const std::uint32_t upper = value / 10000;
-    const std::uint32_t lower = value % 10000;
-    const std::uint32_t pairs[] = {upper / 100, upper % 100, lower / 100, lower % 100};
-    for (int i = 0; i < 4; ++i)
-        std::memcpy(out + 2 * i, &kWideDigitPairs[pairs[i]], sizeof(WideDigitPair));
-}
-
-/// The same of a value below 10^16.
-inline void writeSixteenDigits(wchar_t* out, std::uint64_t value) {
-    constexpr std::uint64_t kHalf = kSmallPowersOfTen[kEightDigits];
-    writeEightDigits(out, static_cast<std::uint32_t>(value / kHalf));
-    writeEightDigits(out + kEightDigits, static_cast<std::uint32_t>(value % kHalf));
-}
-
-/// Writes a value of at most `count` digits, 0 to 16, as that many digits. Uses 16 characters of `out`.
+/// Writes the lowest `count` digits of `value`, zeros before them included. Two at a time from the end, where they do
+/// not have to wait for the number of digits.
 inline void writeDigits(wchar_t* out, std::uint64_t value, int count) {
-    if (count <= kEightDigits)
-        writeEightDigits(
-            out, static_cast<std::uint32_t>(value * kSmallPowersOfTen[static_cast<std::size_t>(kEightDigits - count)]));
-    else
-        writeSixteenDigits(out, value * kSmallPowersOfTen[static_cast<std::size_t>(kSixteenDigits - count)]);
-}
-
-/// Characters that writeDecimal uses, whatever the number.
-inline constexpr int kDecimalRoom = 4 + kSixteenDigits;
-
-/// Writes `value` from `out` on and returns its number of digits, 1 for 0.
-inline int writeDecimal(wchar_t* out, std::uint64_t value) {
-    constexpr std::uint64_t kLimit = kSmallPowersOfTen[kSixteenDigits];
-    if (value >= kLimit) {
-        const auto upper = static_cast<std::uint32_t>(value / kLimit);
-        const int count = decimalDigits(std::uint64_t{upper});
-        writeEightDigits(out,
-                         upper * static_cast<std::uint32_t>(kSmallPowersOfTen[static_cast<std::size_t>(8 - count)]));
-        writeSixteenDigits(out + count, value % kLimit);
-        return count + kSixteenDigits;
-    }
-    const int count = decimalDigits(value | 1);
-    writeDigits(out, value, count);
-    return count;
+    for (; count >= 2; count -= 2, value /= 100)
+        std::memcpy(out + count - 2, &kWideDigitPairs[value % 100], sizeof(WideDigitPair));
+    if (count > 0)
+        *out = static_cast<wchar_t>(L'0' + value % 10);
 }
 
 struct WideHexPair {
@@ -80,24 +41,33 @@ inline constexpr std::array<WideHexPair, 256> kWideHexPairs = [] {
     return pairs;
 }();
 
-/// Writes a 32-bit value in hexadecimal from `out` on and returns its number of digits, 1 for 0. Uses 8 characters.
-inline int writeHexadecimal(wchar_t* out, std::uint32_t value) {
-    const int digits = static_cast<int>(std::bit_width(value | 1U) + 3) / 4;
-    value <<= 32 - 4 * digits;
-    for (int i = 0; i < 4; ++i, value <<= 8)
-        std::memcpy(out + 2 * i, &kWideHexPairs[value >> 24], sizeof(WideHexPair));
-    return digits;
+/// The same in hexadecimal.
+inline void writeHexadecimal(wchar_t* out, std::uint64_t value, int count) {
+    for (; count >= 2; count -= 2, value >>= 8)
+        std::memcpy(out + count - 2, &kWideHexPairs[value & 0xFF], sizeof(WideHexPair));
+    if (count > 0)
+        *out = kWideHexPairs[value & 0xF].digits[1];
 }
 
-/// Writes `value` in a base from 2 to 36, with upper-case letters above 9, so that its digits end before `end`; returns
-/// where they start. 0 is one digit.
-inline wchar_t* writeBaseBackwards(wchar_t* end, std::uint64_t value, unsigned base) {
-    do {
+/// The same in any base from 2 to 36, with upper-case letters above 9.
+inline void writeInBase(wchar_t* out, std::uint64_t value, int count, unsigned base) {
+    while (count-- > 0) {
         const auto digit = static_cast<wchar_t>(value % base);
-        *--end = static_cast<wchar_t>(digit < 10 ? L'0' + digit : L'A' + digit - 10);
+        out[count] = static_cast<wchar_t>(digit < 10 ? L'0' + digit : L'A' + digit - 10);
         value /= base;
-    } while (value != 0);
-    return end;
+    }
+}
+
+/// Number of digits of `value` in a base from 2 to 36, 1 for 0.
+inline int digitsInBase(std::uint64_t value, unsigned base) {
+    if (base == 10)
+        return decimalDigits(value | 1);
+    if (base == 16)
+        return static_cast<int>(std::bit_width(value | 1) + 3) / 4;
+    int count = 1;
+    while ((value /= base) != 0)
+        ++count;
+    return count;
 }
 
 /// True for '0' to '9'.

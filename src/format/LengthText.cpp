@@ -35,14 +35,14 @@ public:
         double inches = length - kInchesPerFoot * feet;
         wchar_t* const start = m_writer.here();
         wchar_t* inchText = writeOnce(feet, inches);
+        if (!showsFeet())
+            return;
         // Rounding may have made 12 inches of less: one foot more.
-        if (showsFeet() && inchText[0] == L'1' && inchText[1] == L'2') {
+        if (m_writer.from(inchText).substr(0, 2) == L"12") {
             m_writer.endAt(start);
             inchText = writeOnce(feet + 1, 0);
         }
-        if (!showsFeet())
-            return;
-        if (m_wroteFeet && *inchText == L'\0') {
+        if (m_wroteFeet && inchText == m_writer.here()) {
             if (inchText != start && inchText[-1] == L'-')
                 m_writer.endAt(inchText - 1);
         } else {
@@ -59,7 +59,7 @@ private:
     wchar_t* writeOnce(double feet, double inches) {
         m_wroteFeet = showsFeet() && (feet != 0 || (m_flags & kQFlagSuppressZeroFeet) == 0);
         if (m_wroteFeet) {
-            m_writer.putInteger(static_cast<long long>(feet));
+            m_writer.putInteger(static_cast<std::int64_t>(feet));
             m_writer.put(L'\'');
             if (!m_dash)
                 m_writer.put(L'-');
@@ -75,7 +75,8 @@ private:
     void writeDecimalInches(double inches) {
         wchar_t* const start = m_writer.here();
         m_writer.putFixed(inches, m_precision);
-        if (m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0 && std::wcsspn(start, L"0.") == std::wcslen(start))
+        if (m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0 &&
+            m_writer.from(start).find_first_not_of(L"0.") == std::wstring_view::npos)
             m_writer.endAt(start);
     }
 
@@ -133,10 +134,13 @@ private:
     bool m_stacked = false;
 };
 
-// The exponent's third digit goes: E+005 becomes E+05, and any exponent that needs it E+99.
-void shortenExponent(UnitWriter& writer, wchar_t* text) {
-    wchar_t* const letter = std::wcschr(text, L'E');
-    if (letter == nullptr || std::wcslen(letter) != 5)
+// The exponent's third digit goes: E+005 becomes E+05, and any exponent that needs it E+99. Infinity and NaN have none.
+void shortenExponent(UnitWriter& writer, const wchar_t* text) {
+    constexpr std::size_t kExponentLength = 5;
+    if (writer.from(text).size() <= kExponentLength)
+        return;
+    wchar_t* const letter = writer.here() - kExponentLength;
+    if (*letter != L'E')
         return;
     const bool isShort = letter[2] == L'0';
     letter[2] = isShort ? letter[3] : L'9';
@@ -168,19 +172,19 @@ void formatLength(UnitWriter& writer, int unitMode, int precision, double value,
     } else if (unitMode == kLinearDecimal) {
         writer.putFixed(value, precision);
     } else if (isFeetAndInches(unitMode)) {
-        wchar_t* numberStart = nullptr;
-        doFormatQModeInchUnitInte(unitMode, value, flags, start, writer.room(), precision, numberStart, length);
-        writer.endAt(start + std::wcslen(start));
+        length = doFormatQModeInchUnitInte(writer, unitMode, value, flags, precision);
     } else {
         return;
     }
-    if (length != kStackedFractionLength && std::wcslen(start) > maxLength && !scientific) {
+    if (length != kStackedFractionLength && writer.from(start).size() > maxLength && !scientific) {
         writer.endAt(start);
         writeScientificLength(writer, value, precision, maxLength);
     }
     constexpr int kSuppression = kQFlagSuppressLeadingZero | kQFlagSuppressTrailingZeros;
-    if (unitMode == kLinearDecimal && (flags & kSuppression) != 0 && std::wcschr(start, L'.') != nullptr &&
-        std::wcschr(start, L'E') == nullptr) {
+    const std::wstring_view text = writer.from(start);
+    if (unitMode == kLinearDecimal && (flags & kSuppression) != 0 && text.find(L'.') != std::wstring_view::npos &&
+        text.find(L'E') == std::wstring_view::npos) {
+        writer.terminate();
         delPrefixSurfixZero(flags, start);
         writer.endAt(start + std::wcslen(start));
     }
@@ -190,12 +194,11 @@ void formatLength(UnitWriter& writer, int unitMode, int precision, double value,
 
 void delPrefixSurfixZero(int flags, wchar_t* text) {
     if ((flags & kQFlagSuppressTrailingZeros) != 0) {
-        constexpr std::size_t kEscapeLength = std::size(tq::detail::kDegreeEscape) - 1;
+        constexpr std::size_t kEscapeLength = tq::detail::kDegreeEscape.size();
         constexpr std::size_t kShortestWithEscape = 10;
         const std::size_t length = std::wcslen(text);
         std::size_t tail = 0;
-        if (length >= kShortestWithEscape &&
-            std::wcscmp(text + length - kEscapeLength, tq::detail::kDegreeEscape) == 0) {
+        if (length >= kShortestWithEscape && text + length - kEscapeLength == tq::detail::kDegreeEscape) {
             tail = kEscapeLength;
         } else if (length > 0) {
             const wchar_t last = text[length - 1];
@@ -216,11 +219,9 @@ void delPrefixSurfixZero(int flags, wchar_t* text) {
     }
 }
 
-void doFormatQModeInchUnitInte(int unitMode, double inches, int flags, wchar_t* out, int room, int precision,
-                               wchar_t*& numberStart, unsigned& length) {
-    tq::detail::UnitWriter writer(out, room);
+unsigned doFormatQModeInchUnitInte(tq::detail::UnitWriter& writer, int unitMode, double inches, int flags,
+                                   int precision) {
     tq::detail::InchText text(writer, unitMode, flags, precision);
     text.write(inches);
-    numberStart = out;
-    length = text.stacked() ? kStackedFractionLength : writer.length();
+    return text.stacked() ? kStackedFractionLength : writer.length();
 }

@@ -10,11 +10,11 @@ inline constexpr unsigned kStackedFractionLength = 9999;
 /// that there is a point: "100" would become "1".
 void delPrefixSurfixZero(int flags, wchar_t* text);
 
-/// Writes a length of `inches`, from 0 to 1.19999e11, in engineering, architectural or fractional units to `out`, which
-/// has `room` characters. `precision` counts decimals or, for the last two, the power of two of the denominator (at
-/// most 30). `numberStart` becomes `out`; `length` the length of the text, or kStackedFractionLength.
-void doFormatQModeInchUnitInte(int unitMode, double inches, int flags, wchar_t* out, int room, int precision,
-                               wchar_t*& numberStart, unsigned& length);
+/// Appends a length of `inches`, from 0 to 1.19999e11, in engineering, architectural or fractional units. `precision`
+/// counts decimals or, for the last two, the power of two of the denominator (at most 30). Returns the length of the
+/// text so far, or kStackedFractionLength.
+unsigned doFormatQModeInchUnitInte(tq::detail::UnitWriter& writer, int unitMode, double inches, int flags,
+                                   int precision);
 
 namespace tq::detail {
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <new>
 #include <string_view>
 
 namespace tq::detail {
@@ -42,10 +43,11 @@ int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, b
     const bool hasSign = (negative && (integer | fraction) != 0) || plus;
     *out = negative && (integer | fraction) != 0 ? L'-' : L'+';
     wchar_t* p = out + (hasSign ? 1 : 0);
-    const int integerDigits = writeDecimal(p, integer);
+    const int integerDigits = decimalDigits(integer | 1);
     // Digits that are too many are cut, not rounded again.
     if (integer != 0 && integerDigits + decimals > kMaxSignificantDigits)
         return 0;
+    writeDigits(p, integer, integerDigits);
     p += integerDigits;
     if (decimals > 0) {
         *p = L'.';
@@ -58,7 +60,7 @@ int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, b
 } // namespace
 
 int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals) {
-    wchar_t digits[kSixteenDigits];
+    wchar_t digits[kMaxSignificantDigits];
     writeDigits(digits, value.digits, value.count);
     wchar_t* p = out;
     if (negative)
@@ -155,7 +157,12 @@ int FormatScienceDoubleAndOutputString(wchar_t* out, int size, const double& val
     if (out == nullptr || size < 1)
         return -1;
     wchar_t text[tq::detail::kMaxNumberText + 1];
-    const int length = tq::detail::writeFixed(text, value, std::max(precision, 0), false);
+    int length = size;
+    try {
+        length = tq::detail::writeFixed(text, value, std::max(precision, 0), false);
+    } catch (const std::bad_alloc&) {
+        // Answered as a text that does not fit.
+    }
     const bool fits = length < size;
     std::copy_n(text, fits ? length : 0, out);
     out[fits ? length : 0] = L'\0';

@@ -8,14 +8,16 @@
 #include <TqOsBase/format/OutputWithFormat.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cwchar>
+#include <new>
 
 namespace tq::detail {
 
 namespace {
 
 constexpr int kFillRun = 30;
-// More than any text but a string or an integer with a precision, with what the writers use behind their texts.
+// More than the text of any double.
 constexpr std::size_t kMaxRendered = 250;
 
 // The caller's buffer. Each write is refused when it would leave no place for the 0, and is whole or nothing.
@@ -24,11 +26,15 @@ public:
     WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
 
     bool put(const wchar_t* text, std::size_t count) {
+        return put(count, [text, count](wchar_t* out) { std::copy_n(text, count, out); });
+    }
+
+    // `write` writes that many characters to the place that it is given.
+    template <class Write>
+    bool put(std::size_t count, Write write) {
         if (count > room())
             return false;
-        // What was rendered in place already stands there.
-        if (text != m_cursor)
-            std::copy_n(text, count, m_cursor);
+        write(m_cursor);
         m_cursor += count;
         return true;
     }
@@ -60,79 +66,125 @@ private:
     wchar_t* m_last;
 };
 
-// An integer with a precision may be longer, and uses all of the work buffer.
-bool mayOutgrow(const Directive& directive) {
-    return directive.hasPrecision && directive.letter != L'f' && directive.letter != L'e' &&
-           !isUnitLetter(directive.letter);
-}
-
 unsigned shownLength(const wchar_t* text, bool limited, unsigned limit) {
     return static_cast<unsigned>(limited ? std::find(text, text + limit, L'\0') - text : std::wcslen(text));
 }
 
-// The text of one directive, in `work`, which has room for any text but a string or an integer with a precision. False
-// when one of the latter outgrows kWorkBufferSize.
-bool render(const Directive& directive, unsigned precision, const wchar_t*& p, ArgumentSource& arguments, wchar_t* work,
-            Rendered& result) {
+// Writes the parts of one directive in their order, padding included; false at the first that does not fit.
+class DirectiveWriter {
+public:
+    DirectiveWriter(WideOutput& output, const Directive& directive, unsigned width)
+        : m_output(output), m_width(width), m_leftJustify(directive.leftJustify), m_zeroPad(directive.zeroPad) {}
+
+    bool putInteger(const IntegerText& text) {
+        const std::int64_t length = text.length();
+        if (length >= kWorkBufferSize)
+            return false;
+        const auto magnitude = static_cast<unsigned>(length) - (text.negative ? 1 : 0);
+        const auto write = [&text](wchar_t* out) { text.writeMagnitude(out); };
+        return putSigned(text.negative ? L'-' : L'\0', magnitude, m_zeroPad ? L'0' : L' ', write);
+    }
+
+    bool putText(const Rendered& text) {
+        const wchar_t pad = m_zeroPad && !text.blankPadded ? L'0' : L' ';
+        const bool hasSign = text.numeric && text.length > 0 && (*text.start == L'-' || *text.start == L'+');
+        // A text in place has its sign in place too.
+        if (!hasSign || text.start == m_output.cursor())
+            return putUnsigned(text.length, pad, [&text](wchar_t* out) { copy(text.start, text.length, out); });
+        return putSigned(*text.start, text.length - 1, pad,
+                         [&text](wchar_t* out) { copy(text.start + 1, text.length - 1, out); });
+    }
+
+private:
+    static void copy(const wchar_t* text, unsigned length, wchar_t* out) {
+        if (text != out)
+            std::copy_n(text, length, out);
+    }
+
+    bool padsLeft(unsigned length) const { return m_width > length && !m_leftJustify; }
+
+    template <class Write>
+    bool putUnsigned(unsigned length, wchar_t pad, Write write) {
+        if (padsLeft(length))
+            return m_output.fill(pad, m_width - length) && m_output.put(length, write);
+        return m_output.put(length, write) && (m_width <= length || m_output.fill(L' ', m_width - length));
+    }
+
+    // Zeros go behind the sign, blanks before it. A sign of 0 is none.
+    template <class Write>
+    bool putSigned(wchar_t sign, unsigned length, wchar_t pad, Write write) {
+        if (sign == L'\0')
+            return putUnsigned(length, pad, write);
+        const auto writeSign = [sign](wchar_t* out) { *out = sign; };
+        if (pad == L'0' && padsLeft(length + 1)) {
+            --m_width;
+            return m_output.put(1, writeSign) && putUnsigned(length, pad, write);
+        }
+        return putUnsigned(length + 1, pad, [&](wchar_t* out) {
+            *out = sign;
+            write(out + 1);
+        });
+    }
+
+    WideOutput& m_output;
+    unsigned m_width;
+    bool m_leftJustify;
+    bool m_zeroPad;
+};
+
+// The text of a directive for a double, in `work`, which has `size` characters, more than kMaxRendered.
+Rendered renderDouble(const Directive& directive, unsigned precision, const wchar_t*& p, ArgumentSource& arguments,
+                      wchar_t* work, int size) {
+    Rendered result{work, 0, true, false};
+    if (isUnitLetter(directive.letter)) {
+        formatQModeDoubleUtil(readQMode(p, arguments.positional()), directive.position, arguments, precision, work,
+                              size, result);
+    } else {
+        const double value = arguments.asDouble(directive.position);
+        if (directive.letter == L'f')
+            result.length = static_cast<unsigned>(writeFixed(work, value, static_cast<int>(precision), directive.plus));
+        else
+            formatScienceDoubleUtil(value, directive.letter, precision, directive.plus, work, result.length);
+    }
+    const wchar_t last = result.length != 0 ? result.start[result.length - 1] : L'\0';
+    // inf and nan are the only texts that end so.
+    result.blankPadded = last == L'f' || last == L'n';
+    return result;
+}
+
+// Writes what one directive stands for. `p` is behind its letter. False when it does not fit.
+bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*& p, ArgumentSource& arguments) {
+    // A negative width is enormous when read without its sign.
+    const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
+    const int precision = std::max(getIntFromFormatStrOrValist(directive.precision, arguments), 0);
+    DirectiveWriter writer(output, directive, width);
     const int number = directive.position;
-    result = {work, 1, false, false};
     switch (parameterType(directive.letter)) {
     case kParameterInt:
     case kParameterUnsigned:
     case kParameterInt64:
-        return formatLongUtil(directive.letter, number, arguments, directive.hasPrecision, precision, work,
-                              kWorkBufferSize, result);
-    case kParameterCharacter:
-        work[0] = static_cast<wchar_t>(arguments.asInt(number));
-        return true;
+        return writer.putInteger(
+            formatLongUtil(directive.letter, number, arguments, directive.hasPrecision, precision));
     case kParameterString: {
         const wchar_t* text = arguments.asString(number);
-        result.start = text;
-        result.length = text != nullptr ? shownLength(text, directive.hasPrecision, precision) : 0;
-        return true;
+        const auto limit = static_cast<unsigned>(precision);
+        return writer.putText(
+            {text, text != nullptr ? shownLength(text, directive.hasPrecision, limit) : 0, false, false});
     }
     case kParameterDouble: {
-        if (isUnitLetter(directive.letter)) {
-            formatQModeDoubleUtil(readQMode(p, arguments.positional()), number, arguments, precision, work,
-                                  kWorkBufferSize, result);
-        } else {
-            const double value = arguments.asDouble(number);
-            if (directive.letter == L'f') {
-                const int decimals = static_cast<int>(precision);
-                result.length = static_cast<unsigned>(writeFixed(work, value, decimals, directive.plus));
-            } else {
-                formatScienceDoubleUtil(value, directive.letter, precision, directive.plus, work, result.length);
-            }
-            result.numeric = true;
-        }
-        const wchar_t last = result.length != 0 ? result.start[result.length - 1] : L'\0';
-        // inf and nan are the only texts that end so.
-        result.blankPadded = last == L'f' || last == L'n';
-        return true;
+        // In place where nothing will have to stand in front.
+        wchar_t work[kWorkBufferSize];
+        const bool inPlace = (width == 0 || directive.leftJustify) && output.room() >= kMaxRendered;
+        const std::size_t size = inPlace ? std::min<std::size_t>(output.room() + 1, kWorkBufferSize) : kWorkBufferSize;
+        return writer.putText(renderDouble(directive, static_cast<unsigned>(precision), p, arguments,
+                                           inPlace ? output.cursor() : work, static_cast<int>(size)));
     }
-    default:
-        work[0] = directive.letter;
-        return true;
+    default: {
+        const bool isCharacter = directive.letter == L'c';
+        const wchar_t c = isCharacter ? static_cast<wchar_t>(arguments.asInt(number)) : directive.letter;
+        return writer.putText({&c, 1, false, false});
     }
-}
-
-bool putPadded(WideOutput& output, const Directive& directive, unsigned width, Rendered text) {
-    const bool padLeft = width > text.length && !directive.leftJustify;
-    if (padLeft) {
-        const wchar_t pad = directive.zeroPad && !text.blankPadded ? L'0' : L' ';
-        if (pad == L'0' && text.numeric && (*text.start == L'-' || *text.start == L'+')) {
-            if (!output.put(text.start, 1))
-                return false;
-            ++text.start;
-            --text.length;
-            --width;
-        }
-        if (!output.fill(pad, width - text.length))
-            return false;
     }
-    if (!output.put(text.start, text.length))
-        return false;
-    return padLeft || width <= text.length || output.fill(L' ', width - text.length);
 }
 
 } // namespace
@@ -152,30 +204,24 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
     if (format == nullptr || !arguments.collect(format, args))
         return finish(-1);
 
-    wchar_t work[kWorkBufferSize];
-    for (const wchar_t* p = format;;) {
-        const wchar_t* literal = p;
-        while (*p != L'%' && *p != L'\0')
+    try {
+        for (const wchar_t* p = format;;) {
+            const wchar_t* literal = p;
+            while (*p != L'%' && *p != L'\0')
+                ++p;
+            if (!output.put(literal, static_cast<std::size_t>(p - literal)))
+                return finish(0);
+            if (*p == L'\0')
+                return finish(output.written());
             ++p;
-        if (!output.put(literal, static_cast<std::size_t>(p - literal)))
-            return finish(0);
-        if (*p == L'\0')
-            return finish(output.written());
-        ++p;
-        const Directive directive = parseDirective(p, arguments.positional());
-        if (directive.letter == L'\0')
-            return finish(output.written());
-        // A negative width is enormous when read without its sign.
-        const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
-        const int precision = getIntFromFormatStrOrValist(directive.precision, arguments);
-        Rendered text{};
-        // In place where nothing will have to stand in front, otherwise in the work buffer.
-        const bool inPlace =
-            (width == 0 || directive.leftJustify) && output.room() >= kMaxRendered && !mayOutgrow(directive);
-        if (!render(directive, static_cast<unsigned>(std::max(precision, 0)), p, arguments,
-                    inPlace ? output.cursor() : work, text) ||
-            !putPadded(output, directive, width, text))
-            return finish(-1);
+            const Directive directive = parseDirective(p, arguments.positional());
+            if (directive.letter == L'\0')
+                return finish(output.written());
+            if (!putDirective(output, directive, p, arguments))
+                return finish(-1);
+        }
+    } catch (const std::bad_alloc&) {
+        return finish(-1);
     }
 }
 
@@ -215,13 +261,12 @@ int FormatUtil::formatLong(wchar_t* text, long value, int, int base) {
     const auto bits = static_cast<unsigned long>(value);
     const unsigned radix =
         std::clamp(base < 0 ? 0U - static_cast<unsigned>(base) : static_cast<unsigned>(base), 2U, 36U);
-    wchar_t digits[64];
-    wchar_t* const end = digits + 64;
-    const wchar_t* start = tq::detail::writeBaseBackwards(end, negative ? 0 - bits : bits, radix);
+    const unsigned long magnitude = negative ? 0 - bits : bits;
+    const int digits = tq::detail::digitsInBase(magnitude, radix);
     wchar_t* p = text;
     if (negative)
         *p++ = L'-';
-    p = std::copy(start, static_cast<const wchar_t*>(end), p);
-    *p = L'\0';
-    return static_cast<int>(p - text);
+    tq::detail::writeInBase(p, magnitude, digits, radix);
+    p[digits] = L'\0';
+    return static_cast<int>(p - text) + digits;
 }

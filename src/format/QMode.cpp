@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <new>
 
 namespace {
 
@@ -58,22 +59,21 @@ void FormatUtil::convertQTypeToAppType(int& precision, int& unitMode, int qType,
         unitMode = kAngularDegreesMinutesSeconds;
 }
 
-void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mode, unsigned maxLength) {
-    if (out == nullptr || size < 1)
-        return;
+namespace {
+
+void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned maxLength) {
     const int qType = mode & 0xFF;
     const int flags = mode >> 8 & 0xFF;
     int precision = 0;
     int unitMode = 0;
-    convertQTypeToAppType(precision, unitMode, qType, flags);
+    FormatUtil::convertQTypeToAppType(precision, unitMode, qType, flags);
     if (qType == kQTypeAngle || qType == kQTypeRelativeAngle) {
         double angle = qType == kQTypeAngle ? tq::detail::absoluteAngle(value) : value;
         wchar_t* numberStart = nullptr;
         const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
-        formatQModeAngleUnit(unitMode, angle, numberStart, out, size, flags, length, precision);
+        formatQModeAngleUnit(writer, unitMode, angle, numberStart, flags, length, precision);
         return;
     }
-    tq::detail::UnitWriter writer(out, size);
     if (value < 0) {
         writer.put(L'-');
         value = -value;
@@ -81,4 +81,23 @@ void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mod
     }
     if (qType == kQTypeAlternateLength || qType == kQTypeLength)
         tq::detail::formatLength(writer, unitMode, precision, value, flags, maxLength);
+}
+
+} // namespace
+
+unsigned tq::detail::formatQMode(wchar_t* out, int size, double value, int mode, unsigned maxLength) {
+    UnitWriter writer(out, size);
+    writeQMode(writer, value, mode, maxLength);
+    writer.terminate();
+    return writer.length();
+}
+
+void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mode, unsigned maxLength) {
+    if (out == nullptr || size < 1)
+        return;
+    try {
+        tq::detail::formatQMode(out, size, value, mode, maxLength);
+    } catch (const std::bad_alloc&) {
+        *out = L'\0';
+    }
 }

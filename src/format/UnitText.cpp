@@ -5,9 +5,6 @@
 
 #include <TqOsBase/format/QMode.h>
 
-#include <algorithm>
-#include <cwchar>
-
 constinit LumoAppUnitSets g_appUnits;
 
 void initOsBaseUnits(LumoAppUnitSets& units) {
@@ -20,38 +17,37 @@ bool isDashBitSet(int flags) {
     return (g_appUnits.flags & kUnitFlagDash) != 0 && (flags & kQFlagIgnoreDash) == 0;
 }
 
-void UnitWriter::put(const wchar_t* text, std::size_t count) {
-    count = std::min(count, static_cast<std::size_t>(m_last - m_cursor));
-    m_cursor = std::copy_n(text, count, m_cursor);
-    *m_cursor = L'\0';
+void UnitWriter::put(std::wstring_view text) {
+    m_cursor += text.copy(m_cursor, room());
 }
 
-void UnitWriter::put(const wchar_t* text) {
-    put(text, std::wcslen(text));
+// `write` writes a number of at most kMaxNumberText + 1 characters and returns their count.
+template <class Write>
+void UnitWriter::putNumber(Write write) {
+    constexpr std::size_t kRoom = kMaxNumberText + 1;
+    if (room() >= kRoom) {
+        m_cursor += write(m_cursor);
+        return;
+    }
+    wchar_t text[kRoom];
+    put(std::wstring_view(text, static_cast<std::size_t>(write(text))));
 }
 
-void UnitWriter::putInteger(long long value) {
-    wchar_t text[1 + kDecimalRoom];
-    const auto bits = static_cast<std::uint64_t>(value);
-    *text = L'-';
-    const int sign = value < 0 ? 1 : 0;
-    const int digits = writeDecimal(text + sign, value < 0 ? 0 - bits : bits);
-    put(text, static_cast<std::size_t>(digits + sign));
+void UnitWriter::putInteger(std::int64_t value) {
+    const auto magnitude = static_cast<std::uint64_t>(value);
+    putNumber([magnitude](wchar_t* out) {
+        const int digits = decimalDigits(magnitude | 1);
+        writeDigits(out, magnitude, digits);
+        return digits;
+    });
 }
 
 void UnitWriter::putFixed(double value, int decimals) {
-    wchar_t text[kMaxNumberText + 1];
-    put(text, static_cast<std::size_t>(writeFixed(text, value, decimals, false)));
+    putNumber([=](wchar_t* out) { return writeFixed(out, value, decimals, false); });
 }
 
 void UnitWriter::putScientific(double value, int decimals) {
-    wchar_t text[kMaxNumberText + 1];
-    put(text, static_cast<std::size_t>(writeScientific(text, value, decimals)));
-}
-
-void UnitWriter::endAt(wchar_t* at) {
-    m_cursor = at;
-    *at = L'\0';
+    putNumber([=](wchar_t* out) { return writeScientific(out, value, decimals); });
 }
 
 } // namespace tq::detail

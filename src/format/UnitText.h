@@ -3,32 +3,42 @@
 #include <TqOsBase/format/LumoAppUnitSets.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
 /// The process-wide unit settings.
 extern LumoAppUnitSets g_appUnits;
 
 namespace tq::detail {
 
-/// Appends to a caller's buffer of at least one character. What does not fit is cut; the text is always terminated.
+/// Appends to a caller's buffer of at least one character. What does not fit is cut; terminate() ends the text.
 class UnitWriter {
 public:
     /// `size` counts the terminating 0 and is above 0.
-    UnitWriter(wchar_t* out, int size) : m_begin(out), m_cursor(out), m_last(out + size - 1) { *out = L'\0'; }
+    UnitWriter(wchar_t* out, int size) : m_begin(out), m_cursor(out), m_last(out + size - 1) {}
 
-    void put(wchar_t c) { put(&c, 1); }
-    void put(const wchar_t* text);
-    void putInteger(long long value);
+    void put(wchar_t c) {
+        if (m_cursor != m_last)
+            *m_cursor++ = c;
+    }
+    void put(std::wstring_view text);
+    /// A number of 0 or more.
+    void putInteger(std::int64_t value);
     void putFixed(double value, int decimals);
     void putScientific(double value, int decimals);
-    /// Ends the text at `at`, a place in it or at the terminator of what was written behind it.
-    void endAt(wchar_t* at);
+    /// Ends the text at `at`, a place in it.
+    void endAt(wchar_t* at) { m_cursor = at; }
+    void terminate() { *m_cursor = L'\0'; }
 
     wchar_t* here() const { return m_cursor; }
     unsigned length() const { return static_cast<unsigned>(m_cursor - m_begin); }
-    int room() const { return static_cast<int>(m_last - m_cursor) + 1; }
+    /// The text from `at` on.
+    std::wstring_view from(const wchar_t* at) const { return {at, static_cast<std::size_t>(m_cursor - at)}; }
 
 private:
-    void put(const wchar_t* text, std::size_t count);
+    std::size_t room() const { return static_cast<std::size_t>(m_last - m_cursor); }
+    template <class Write>
+    void putNumber(Write write);
 
     wchar_t* m_begin;
     wchar_t* m_cursor;
@@ -36,8 +46,12 @@ private:
 };
 
 /// The escape of the degree sign in drawing text.
-inline constexpr wchar_t kDegreeEscape[] = L"\\U+00B0";
+inline constexpr std::wstring_view kDegreeEscape = L"\\U+00B0";
 inline constexpr wchar_t kInchMark = L'"';
+
+/// FormatUtil::formatQModeDouble for a buffer that is there, with the length of the text as its result.
+/// Throws std::bad_alloc.
+unsigned formatQMode(wchar_t* out, int size, double value, int mode, unsigned maxLength);
 
 /// Whether the dash bit of the settings is in force under the Q mode flags.
 bool isDashBitSet(int flags);
