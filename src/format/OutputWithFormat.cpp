@@ -25,8 +25,20 @@ class WideOutput {
 public:
     WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
 
-    bool put(const wchar_t* text, std::size_t count) {
-        return put(count, [text, count](wchar_t* out) { std::copy_n(text, count, out); });
+    // Copies up to the first character that `ends` the text, or `limit` ones; `text` is left there.
+    template <class Ends>
+    bool putWhile(const wchar_t*& text, std::size_t limit, Ends ends) {
+        const std::size_t most = std::min(room(), limit);
+        std::size_t count = 0;
+        while (count < most && !ends(text[count])) {
+            m_cursor[count] = text[count];
+            ++count;
+        }
+        text += count;
+        if (count != limit && !ends(*text))
+            return false;
+        m_cursor += count;
+        return true;
     }
 
     // `write` writes that many characters to the place that it is given.
@@ -66,8 +78,8 @@ private:
     wchar_t* m_last;
 };
 
-unsigned shownLength(const wchar_t* text, bool limited, unsigned limit) {
-    return static_cast<unsigned>(limited ? std::find(text, text + limit, L'\0') - text : std::wcslen(text));
+unsigned shownLength(const wchar_t* text, std::size_t limit) {
+    return static_cast<unsigned>(limit == SIZE_MAX ? std::wcslen(text) : std::find(text, text + limit, L'\0') - text);
 }
 
 // Writes the parts of one directive in their order, padding included; false at the first that does not fit.
@@ -167,9 +179,12 @@ bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*
             formatLongUtil(directive.letter, number, arguments, directive.hasPrecision, precision));
     case kParameterString: {
         const wchar_t* text = arguments.asString(number);
-        const auto limit = static_cast<unsigned>(precision);
-        return writer.putText(
-            {text, text != nullptr ? shownLength(text, directive.hasPrecision, limit) : 0, false, false});
+        if (text == nullptr)
+            text = L"";
+        const std::size_t limit = directive.hasPrecision ? static_cast<std::size_t>(precision) : SIZE_MAX;
+        if (width == 0)
+            return output.putWhile(text, limit, [](wchar_t c) { return c == L'\0'; });
+        return writer.putText({text, shownLength(text, limit), false, false});
     }
     case kParameterDouble: {
         // In place where nothing will have to stand in front.
@@ -206,10 +221,7 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
 
     try {
         for (const wchar_t* p = format;;) {
-            const wchar_t* literal = p;
-            while (*p != L'%' && *p != L'\0')
-                ++p;
-            if (!output.put(literal, static_cast<std::size_t>(p - literal)))
+            if (!output.putWhile(p, SIZE_MAX, [](wchar_t c) { return c == L'%' || c == L'\0'; }))
                 return finish(0);
             if (*p == L'\0')
                 return finish(output.written());
