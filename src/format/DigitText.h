@@ -20,11 +20,23 @@ inline constexpr std::array<WideDigitPair, 100> kWideDigitPairs = [] {
     return pairs;
 }();
 
-/// Writes the lowest `count` digits of `value`, zeros before them included. Two at a time from the end, where they do
-/// not have to wait for the number of digits.
+inline void writeDigitPair(wchar_t* out, std::uint64_t value) {
+    std::memcpy(out, &kWideDigitPairs[value], sizeof(WideDigitPair));
+}
+
+/// Writes the lowest `count` digits of `value`, zeros before them included. From the end, where they do not have to
+/// wait for the number of digits, and four at a time, because each division waits for the one before.
 inline void writeDigits(wchar_t* out, std::uint64_t value, int count) {
-    for (; count >= 2; count -= 2, value /= 100)
-        std::memcpy(out + count - 2, &kWideDigitPairs[value % 100], sizeof(WideDigitPair));
+    for (; count >= 4; count -= 4, value /= 10000) {
+        const auto four = static_cast<std::uint32_t>(value % 10000);
+        writeDigitPair(out + count - 4, four / 100);
+        writeDigitPair(out + count - 2, four % 100);
+    }
+    if (count >= 2) {
+        writeDigitPair(out + count - 2, value % 100);
+        value /= 100;
+        count -= 2;
+    }
     if (count > 0)
         *out = static_cast<wchar_t>(L'0' + value % 10);
 }

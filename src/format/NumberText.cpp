@@ -24,19 +24,32 @@ constexpr double kSmallestEveryday = 0x1p-10;
 constexpr double kLargestEveryday = 0x1p52;
 
 // Everyday numbers: the integer part of the significand stands before the point, and the bits behind it, times a power
-// of ten, are the decimals, exact to the last bit. Returns 0 for other numbers.
+// of ten, are the decimals, exact to the last bit.
+struct EverydayNumber {
+    std::uint64_t significand;
+    int shift;
+
+    explicit EverydayNumber(const DoubleParts& parts) : significand(parts.significand), shift(-parts.exponent) {}
+
+    static bool holds(double magnitude) { return magnitude >= kSmallestEveryday && magnitude < kLargestEveryday; }
+
+    std::uint64_t integer() const { return significand >> shift; }
+    // That many decimals, up to 16, as an integer; exact halves away from zero. May be all of 10^decimals.
+    std::uint64_t fraction(int decimals) const {
+        const std::uint64_t bits = significand & ((std::uint64_t{1} << shift) - 1);
+        const UInt128 product = UInt128{bits} * kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
+        return static_cast<std::uint64_t>(product >> shift) + (static_cast<std::uint64_t>(product >> (shift - 1)) & 1);
+    }
+};
+
+// Returns 0 for other numbers.
 int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, bool plus) {
-    if (!(magnitude >= kSmallestEveryday && magnitude < kLargestEveryday) || decimals > kMaxSignificantDigits)
+    if (!EverydayNumber::holds(magnitude) || decimals > kMaxSignificantDigits)
         return 0;
-    const DoubleParts parts(magnitude);
-    const int shift = -parts.exponent;
-    std::uint64_t integer = parts.significand >> shift;
-    const std::uint64_t bits = parts.significand & ((std::uint64_t{1} << shift) - 1);
-    const std::uint64_t scale = kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
-    const UInt128 product = UInt128{bits} * scale;
-    auto fraction = static_cast<std::uint64_t>(product >> shift);
-    fraction += static_cast<std::uint64_t>(product >> (shift - 1)) & 1;
-    if (fraction == scale) {
+    const EverydayNumber number{DoubleParts(magnitude)};
+    std::uint64_t integer = number.integer();
+    std::uint64_t fraction = number.fraction(decimals);
+    if (fraction == kSmallPowersOfTen[static_cast<std::size_t>(decimals)]) {
         fraction = 0;
         ++integer;
     }
@@ -55,6 +68,26 @@ int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, b
         p += 1 + decimals;
     }
     return static_cast<int>(p - out);
+}
+
+// A number with an integer part that has `digits` digits or fewer, to that many; false for other numbers.
+bool tryRoundEveryday(double magnitude, int digits, RoundedDecimal& rounded) {
+    if (!EverydayNumber::holds(magnitude) || magnitude < 1 || digits > kMaxSignificantDigits)
+        return false;
+    const EverydayNumber number{DoubleParts(magnitude)};
+    const std::uint64_t integer = number.integer();
+    const int integerDigits = decimalDigits(integer);
+    const int decimals = digits - integerDigits;
+    if (decimals < 0)
+        return false;
+    rounded.digits = integer * kSmallPowersOfTen[static_cast<std::size_t>(decimals)] + number.fraction(decimals);
+    rounded.count = digits;
+    rounded.exponent = integerDigits - 1;
+    if (rounded.digits == kSmallPowersOfTen[static_cast<std::size_t>(digits)]) {
+        rounded.digits /= 10;
+        ++rounded.exponent;
+    }
+    return true;
 }
 
 } // namespace
@@ -114,7 +147,10 @@ int writeScientific(wchar_t* out, double value, int decimals) {
     if (!std::isfinite(value))
         return writeNotFinite(out, value);
     decimals = std::min(decimals, kMaxPrecision);
-    const RoundedDecimal rounded = roundToSignificant(std::fabs(value), decimals + 1);
+    const double magnitude = std::fabs(value);
+    RoundedDecimal rounded{};
+    if (!tryRoundEveryday(magnitude, decimals + 1, rounded))
+        rounded = roundToSignificant(magnitude, decimals + 1);
     *out = L'-';
     wchar_t* p = out + (value < 0 ? 1 : 0);
     // Of the digits, the first one moves in front of the point.
@@ -128,11 +164,9 @@ int writeScientific(wchar_t* out, double value, int decimals) {
     *p++ = L'E';
     *p++ = rounded.exponent < 0 ? L'-' : L'+';
     // Three digits, zeros before them included.
-    const auto exponent = static_cast<unsigned>(std::abs(rounded.exponent));
-    p[0] = static_cast<wchar_t>(L'0' + exponent / 100);
-    p[1] = static_cast<wchar_t>(L'0' + exponent / 10 % 10);
-    p[2] = static_cast<wchar_t>(L'0' + exponent % 10);
-    return static_cast<int>(p + 3 - out);
+    constexpr int kExponentDigits = 3;
+    writeDigits(p, static_cast<unsigned>(std::abs(rounded.exponent)), kExponentDigits);
+    return static_cast<int>(p + kExponentDigits - out);
 }
 
 int writeNotFinite(wchar_t* out, double value) {
