@@ -97,6 +97,7 @@ Bigint* TqGdImpl::multadd(Bigint* b, int m, int a) {
     }
     if (carry != 0)
         append(result, static_cast<Word>(carry));
+    trim(result.get()); // times 0
     return result.release();
 }
 

@@ -3,6 +3,8 @@
 #include "fltcvt/DigitWriter.h"
 #include "fltcvt/FastDigits.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <iterator>
 
@@ -26,7 +28,7 @@ struct DigitRequest {
                                            {eSignificant, false, 0}, {ePlaces, false, 0},     {eSignificant, true, 0},
                                            {ePlaces, true, 0}};
         DigitRequest request = kModes[static_cast<unsigned>(mode) < std::size(kModes) ? mode : 0];
-        request.count = request.kind == eSignificant && ndigits < 1 ? 1 : ndigits;
+        request.count = std::max(ndigits, request.kind == eSignificant ? 1 : -INT_MAX); // so that it can be negated
         return request;
     }
 };

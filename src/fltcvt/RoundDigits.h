@@ -42,7 +42,7 @@ inline void roundDigits(char* digits, bool isMore, std::int64_t wanted, DigitLay
     while (layout.count > 0 && digits[layout.count - 1] == '0')
         --layout.count;
     if (layout.count == 0)
-        layout.point -= static_cast<int>(wanted);
+        layout.point = static_cast<int>(layout.point - wanted);
 }
 
 } // namespace tq::detail

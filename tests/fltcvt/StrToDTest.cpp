@@ -1,0 +1,166 @@
+#include "NumberVectors.h"
+#include "reference/ExactDecimal.h"
+#include "reference/GuardedBuffer.h"
+
+#include <TqOsBase/fltcvt/StrToD.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace {
+
+using reference::Decimal;
+
+struct Read {
+    std::uint64_t bits;
+    std::ptrdiff_t used;
+    int error;
+
+    bool operator==(const Read&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const Read& read) {
+    return out << std::bit_cast<double>(read.bits) << " used " << read.used << " errno " << read.error;
+}
+
+// Each text ends at memory that cannot be touched.
+template <class Char>
+Read read(const std::string& text) {
+    static reference::GuardedBuffer<Char> buffer(70000);
+    const std::basic_string<Char> wanted(text.begin(), text.end());
+    const Char* const placed = buffer.place(wanted.c_str(), wanted.size() + 1);
+    Char* end = nullptr;
+    errno = 0;
+    const double v = tqStrToD(placed, &end);
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(tqStrToD(placed, nullptr)), std::bit_cast<std::uint64_t>(v));
+    return {std::bit_cast<std::uint64_t>(v), end - placed, errno};
+}
+
+void check(const std::string& text, const Read& expected) {
+    EXPECT_EQ(read<char>(text), expected) << text.substr(0, 200);
+    EXPECT_EQ(read<wchar_t>(text), expected) << text.substr(0, 200);
+}
+
+void check(const std::string& text, double v, std::ptrdiff_t used, int error = 0) {
+    check(text, {std::bit_cast<std::uint64_t>(v), used, error});
+}
+
+TEST(StrToD, Syntax) {
+    const struct {
+        const char* text;
+        double value;
+        std::ptrdiff_t used;
+    } rows[] = {
+        {"  -1.5e3x", -1500, 8},
+        {"\t\n\v\f\r 7", 7, 7},
+        {"1e", 1, 1},
+        {"1e+", 1, 1},
+        {"1e-x", 1, 1},
+        {"1E+2", 100, 4},
+        {"1e 2", 1, 1},
+        {"-", 0, 0},
+        {"+", 0, 0},
+        {"", 0, 0},
+        {"  ", 0, 0},
+        {"abc", 0, 0},
+        {"- 1", 0, 0},
+        {"--1", 0, 0},
+        {".", 0, 0},
+        {"-.e5", 0, 0},
+        {"  -.x", 0, 0},
+        {".5", 0.5, 2},
+        {"5.", 5, 2},
+        {"-5.e1", -50, 5},
+        {"0x10", 0, 1},
+        {"inf", 0, 0},
+        {"nan", 0, 0},
+        {"-infinity", 0, 0},
+        {"0", 0, 1},
+        {"-000", -0.0, 4},
+        {"-0.0e9", -0.0, 6},
+        {"0e", 0, 1},
+        {"1,5", 1, 1},
+        {"1.2.3", 1.2, 3},
+        {"007.50", 7.5, 6},
+        {"1e00000000002", 100, 13},
+        {"1e-0000000000000000000001", 0.1, 25},
+        {"+0.1", 0.1, 4},
+        {"0e99999999999999999999", 0, 22},
+        {"-0000000000000000000000.0000", -0.0, 28},
+        {"1\xB2", 1, 1},
+    };
+    for (const auto& row : rows)
+        check(row.text, row.value, row.used);
+    wchar_t foreign[] = {L'1', static_cast<wchar_t>(0x0662), 0}; // a digit elsewhere
+    wchar_t* end = nullptr;
+    EXPECT_EQ(tqStrToD(foreign, &end), 1.0);
+    EXPECT_EQ(end, foreign + 1);
+    const wchar_t aliased[] = {static_cast<wchar_t>(0x10031), 0}; // '1' in its low bits
+    EXPECT_EQ(tqStrToD(aliased, nullptr), 0.0);
+}
+
+TEST(StrToD, RangeAndExponents) {
+    const std::string zeros(20000, '0');
+    check("1e99999", HUGE_VAL, 7, ERANGE);
+    check("-1e99999", -HUGE_VAL, 8, ERANGE);
+    check("1e-99999", 0.0, 8, ERANGE);
+    check("-1e-99999", -0.0, 9, ERANGE);
+    check("1e99999999999999999999", HUGE_VAL, 22, ERANGE);
+    check("0." + zeros + "1e20001", 1.0, 20009);
+    check("1" + zeros + "e-20000", 1.0, 20008);
+    check("-" + zeros + zeros + "." + zeros + "25e20001", -2.5, 60010);
+    check("1" + zeros, HUGE_VAL, 20001, ERANGE);
+    check("0." + zeros + "1", 0.0, 20003, ERANGE);
+    check("4.9406564584124654e-324", 5e-324, 23);
+    check("2.4703282292062327e-324", 0.0, 23, ERANGE);
+    check("2.4703282292062328e-324", 5e-324, 23);
+    check("2.2250738585072011e-308", 2.2250738585072011e-308, 23);
+    check("2.2250738585072012e-308", 2.2250738585072014e-308, 23);
+    check("1.7976931348623158e308", 1.7976931348623157e308, 22);
+    check("1.7976931348623159e308", HUGE_VAL, 22, ERANGE);
+    errno = 7;
+    tqStrToD("1.5", nullptr);
+    EXPECT_EQ(errno, 7);
+}
+
+// Decimals at and right beside the middle between two doubles, in all lengths, written in several ways.
+TEST(StrToD, DecidesHalfwayCases) {
+    std::mt19937 random(5);
+    for (const double v : number_test::vectors(300)) {
+        const auto bits = std::bit_cast<std::uint64_t>(v);
+        const bool isLargest = bits + 1 == std::bit_cast<std::uint64_t>(HUGE_VAL);
+        const Decimal middle = reference::Binary(bits).middleAbove();
+        const auto checkDecimal = [&](const std::string& digits, std::uint64_t expected) {
+            const std::string exponent = "e" + std::to_string(middle.point - 1);
+            const std::string text = digits.substr(0, 1) + "." + digits.substr(1) + exponent;
+            check(text,
+                  {expected, static_cast<std::ptrdiff_t>(text.size()), isLargest && expected != bits ? ERANGE : 0});
+        };
+        checkDecimal(middle.digits, bits + (bits & 1));
+        checkDecimal(middle.digits + std::string(random() % 900, '0'), bits + (bits & 1));
+        checkDecimal(middle.digits + std::string(random() % 900, '0') + "1", bits + 1);
+        std::string below = middle.digits; // does not end with 0
+        --below.back();
+        checkDecimal(below + std::string(20 + random() % 900, '9'), bits);
+    }
+}
+
+TEST(StrToD, AgreesWithExactDecimals) {
+    std::mt19937_64 random(6);
+    for (int i = 0; i < 3000; ++i) {
+        std::string digits(1 + random() % (i % 10 == 0 ? 1000 : 25), '0');
+        for (char& digit : digits)
+            digit = static_cast<char>('0' + (random() % 3 != 0 ? random() % 10 : 0));
+        const int exponent = static_cast<int>(random() % 680) - 340;
+        const std::size_t point = random() % (digits.size() + 1);
+        const std::string text = digits.substr(0, point) + "." + digits.substr(point) + "e" + std::to_string(exponent);
+        Decimal value{digits, static_cast<int>(point) + exponent};
+        value.trim();
+        const std::uint64_t bits = reference::nearestBits(value);
+        const bool isRange = (bits == 0 && !value.digits.empty()) || std::isinf(std::bit_cast<double>(bits));
+        check(text, {bits, static_cast<std::ptrdiff_t>(text.size()), isRange ? ERANGE : 0});
+    }
+}
+
+} // namespace

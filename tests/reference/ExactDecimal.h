@@ -1,0 +1,144 @@
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Decimal and binary numbers by the plainest exact arithmetic: digit strings. Slow; shares nothing with the library.
+namespace reference {
+
+/// 0.d1d2d3... * 10^point, without zeros at either end; no digits for 0.
+struct Decimal {
+    std::string digits;
+    int point = 0;
+
+    bool operator==(const Decimal&) const = default;
+
+    void trim() {
+        const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+        digits.erase(0, zeros);
+        point -= static_cast<int>(zeros);
+        digits.erase(digits.find_last_not_of('0') + 1);
+        if (digits.empty())
+            point = 0;
+    }
+};
+
+/// significand * 2^exponent.
+inline Decimal exactDecimal(std::uint64_t significand, int exponent) {
+    constexpr std::uint64_t kLimb = 1000000000;
+    std::vector<std::uint64_t> limbs;
+    for (; significand != 0; significand /= kLimb)
+        limbs.push_back(significand % kLimb);
+    // One factor of 2 each, or of 5 where the decimal point then moves instead.
+    for (int step = 0; step < std::abs(exponent); ++step) {
+        std::uint64_t carry = 0;
+        for (std::uint64_t& limb : limbs) {
+            carry += limb * (exponent < 0 ? 5 : 2);
+            limb = carry % kLimb;
+            carry /= kLimb;
+        }
+        if (carry != 0)
+            limbs.push_back(carry);
+    }
+    Decimal result;
+    for (std::size_t i = limbs.size(); i-- > 0;) {
+        const std::string limb = std::to_string(limbs[i]);
+        result.digits += std::string(9 - limb.size(), '0') + limb;
+    }
+    result.point = static_cast<int>(result.digits.size()) + std::min(exponent, 0);
+    result.trim();
+    return result;
+}
+
+/// Negative, 0 or positive.
+inline int compare(const Decimal& a, const Decimal& b) {
+    if (a.digits.empty() || b.digits.empty())
+        return static_cast<int>(!a.digits.empty()) - static_cast<int>(!b.digits.empty());
+    return a.point != b.point ? a.point - b.point : a.digits.compare(b.digits);
+}
+
+/// The digits in front of position `keep`, cut off, plus `add` in the last place.
+inline Decimal cut(const Decimal& value, int keep, int add) {
+    Decimal result{value.digits.substr(0, static_cast<std::size_t>(keep)), value.point};
+    result.digits.resize(static_cast<std::size_t>(keep), '0');
+    result.digits.insert(0, 1, '0');
+    ++result.point;
+    for (std::size_t i = result.digits.size(); add != 0 && i-- > 0;) {
+        add = result.digits[i] == '9' ? 1 : 0;
+        result.digits[i] = static_cast<char>(add != 0 ? '0' : result.digits[i] + 1);
+    }
+    result.trim();
+    return result;
+}
+
+/// The middle between cut(value, keep, 0) and cut(value, keep, 1).
+inline Decimal middle(const Decimal& value, int keep) {
+    std::string digits = value.digits;
+    digits.resize(static_cast<std::size_t>(keep), '0');
+    Decimal result{digits + '5', value.point};
+    result.trim();
+    return result;
+}
+
+/// Rounded to `keep` digits, ties to the even digit; nothing is left when `keep` is negative.
+inline Decimal rounded(const Decimal& value, int keep) {
+    if (keep < 0)
+        return {};
+    if (static_cast<std::size_t>(keep) >= value.digits.size())
+        return value;
+    const int order = compare(value, middle(value, keep));
+    const bool isOdd = keep > 0 && (value.digits[static_cast<std::size_t>(keep) - 1] & 1) != 0;
+    return cut(value, keep, order > 0 || (order == 0 && isOdd) ? 1 : 0);
+}
+
+/// A positive double as an integer times a power of two.
+struct Binary {
+    std::uint64_t significand;
+    int exponent;
+
+    explicit Binary(std::uint64_t bits) {
+        const auto field = static_cast<int>(bits >> 52);
+        significand = (bits & 0xFFFFFFFFFFFFF) + (field != 0 ? 0x10000000000000 : 0);
+        exponent = (field != 0 ? field : 1) - 1075;
+    }
+    Decimal exact() const { return exactDecimal(significand, exponent); }
+    Decimal middleAbove() const { return exactDecimal(2 * significand + 1, exponent - 1); }
+    Decimal middleBelow() const {
+        const bool isCloser = significand == 0x10000000000000 && exponent > -1074;
+        return isCloser ? exactDecimal(4 * significand - 1, exponent - 2)
+                        : exactDecimal(2 * significand - 1, exponent - 1);
+    }
+};
+
+/// The shortest decimal that reads back to `v`, above 0; of several the closest, of two as close the even one.
+inline Decimal shortest(double v) {
+    const Binary binary(std::bit_cast<std::uint64_t>(v));
+    const Decimal exact = binary.exact(), low = binary.middleBelow(), high = binary.middleAbove();
+    const int slack = (binary.significand & 1) == 0 ? 0 : 1;
+    for (int keep = 1;; ++keep) {
+        const Decimal down = cut(exact, keep, 0), up = cut(exact, keep, 1);
+        const bool isDown = compare(down, low) >= slack, isUp = compare(up, high) <= -slack;
+        if (isDown && isUp)
+            return rounded(exact, keep);
+        if (isDown || isUp)
+            return isDown ? down : up;
+    }
+}
+
+/// The bits of the double nearest to `value`, ties to even.
+inline std::uint64_t nearestBits(const Decimal& value) {
+    std::uint64_t below = 0, above = std::uint64_t{0x7FF} << 52; // below <= value < above
+    if (value.point > 310 || value.digits.empty())
+        return value.digits.empty() ? below : above;
+    while (above - below > 1) {
+        const std::uint64_t bits = (above + below) / 2;
+        (compare(Binary(bits).exact(), value) <= 0 ? below : above) = bits;
+    }
+    const int order = compare(value, Binary(below).middleAbove());
+    return order > 0 || (order == 0 && (below & 1) != 0) ? above : below;
+}
+
+} // namespace reference
