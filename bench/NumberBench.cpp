@@ -125,6 +125,11 @@ void add(const std::string& name, const std::vector<Value>& values, Convert conv
     });
 }
 
+// A contender whose package is not there is shown as such.
+[[maybe_unused]] void addMissing(const std::string& name) {
+    benchmark::RegisterBenchmark(name.c_str(), [](benchmark::State& state) { state.SkipWithError("not installed"); });
+}
+
 // What the digits of a number are judged by.
 std::uint64_t fold(const char* digits, std::size_t count, int point) {
     return static_cast<std::uint64_t>(digits[0]) + (static_cast<std::uint64_t>(digits[count - 1]) << 8) +
@@ -213,6 +218,8 @@ void addDigits() {
 #if defined(TQ_BENCH_DOUBLE_CONVERSION)
         add(name + "double-conversion", values,
             byDoubleConversion(double_conversion::DoubleToStringConverter::SHORTEST, 0));
+#else
+        addMissing(name + "double-conversion");
 #endif
     }
     for (const int count : {6, 16}) {
@@ -222,6 +229,8 @@ void addDigits() {
 #if defined(TQ_BENCH_DOUBLE_CONVERSION)
         add(name + "double-conversion", coordinates(),
             byDoubleConversion(double_conversion::DoubleToStringConverter::PRECISION, count));
+#else
+        addMissing(name + "double-conversion");
 #endif
     }
     add("digits/6 decimals, coordinates/ours", coordinates(), [](double v) { return ourDigits(v, 3, 6); });
@@ -229,6 +238,8 @@ void addDigits() {
 #if defined(TQ_BENCH_DOUBLE_CONVERSION)
     add("digits/6 decimals, coordinates/double-conversion", coordinates(),
         byDoubleConversion(double_conversion::DoubleToStringConverter::FIXED, 6));
+#else
+    addMissing("digits/6 decimals, coordinates/double-conversion");
 #endif
 }
 
@@ -289,6 +300,8 @@ void addFromText() {
             fast_float::from_chars(text.data(), text.data() + text.size(), v);
             return bits(v);
         });
+#else
+        addMissing(name + "fast_float");
 #endif
         if (texts[0].size() >= 50)
             continue;

@@ -7,7 +7,9 @@
 #include "fltcvt/RoundDigits.h"
 #include "fltcvt/WideMath.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 
 namespace tq::detail {
 
@@ -47,28 +49,40 @@ struct FixedPoint {
     }
 };
 
+// Digits to `out`, none for 0; returns their end. Writes up to kStep characters beyond it.
+char* writeInteger(char* out, std::uint64_t integer) noexcept {
+    const std::uint64_t upper = integer / kStepFactor; // 4 digits at most
+    if (upper != 0) {
+        out = writeInteger(out, upper);
+        SixteenDigits(integer % kStepFactor).store(out);
+        return out + kStep;
+    }
+    if (integer == 0)
+        return out;
+    const int length = digitCount(integer);
+    writeFewDigits(out, integer, length);
+    return out + length;
+}
+
 } // namespace
 
 bool tryFixedPointDigits(double v, const DigitRequest& request, char* out, DigitLayout& layout) noexcept {
     FixedPoint number;
     if (request.kind == DigitRequest::eShortest || !number.tryFrom(v))
         return false;
-    // The integer has 20 digits at most.
-    SixteenDigits(number.integer / kStepFactor).store(out);
-    SixteenDigits(number.integer % kStepFactor).store(out + kStep);
-    const char* begin = out;
-    char* end = out + 2 * kStep;
-    layout.point = 2 * kStep;
-    for (;; end += kStep) {
-        for (; begin != end && *begin == '0'; ++begin)
-            --layout.point;
-        const bool isEnough = begin != end && end - begin > wantedDigits(request, layout.point);
-        if (number.fraction == 0 || isEnough)
-            break;
+    char* end = writeInteger(out, number.integer);
+    layout.point = static_cast<int>(end - out);
+    while (number.fraction != 0 && (end == out || end - out <= wantedDigits(request, layout.point))) {
         number.writeStep(end);
+        if (end == out) {
+            const auto zeros = std::find_if(out, out + kStep, [](char c) { return c != '0'; }) - out;
+            std::memmove(out, out + zeros, static_cast<std::size_t>(kStep - zeros));
+            layout.point -= static_cast<int>(zeros);
+            end -= zeros;
+        }
+        end += kStep;
     }
-    layout.count = static_cast<int>(end - begin);
-    std::memmove(out, begin, static_cast<std::size_t>(layout.count));
+    layout.count = static_cast<int>(end - out);
     roundDigits(out, number.fraction != 0, wantedDigits(request, layout.point), layout);
     return true;
 }

@@ -1,6 +1,7 @@
 #include "fltcvt/CvtFormatter.h"
 #include "fltcvt/Digits.h"
 #include "fltcvt/DoubleBits.h"
+#include "fltcvt/FastText.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/memory/Allocation.h>
@@ -70,6 +71,8 @@ int digitsOfE(int nfrac) {
 
 void tqFltToF(char* buf, double d, int nfrac) {
     const int places = std::max(nfrac, 0);
+    if (tq::detail::tryFastF(buf, d, places))
+        return;
     const Digits digits(d, placesOrShorter(places));
     CvtFormatter<char>::formatF(buf, digits.text, digits.count, places, digits.point, digits.sign);
 }
@@ -85,6 +88,8 @@ wchar_t* tqFltToF(double d, int nfrac) {
 
 void tqFltToE(char* buf, double d, int nfrac, int expChar) {
     const int places = std::max(nfrac, 0);
+    if (tq::detail::tryFastE(buf, d, places, expChar))
+        return;
     const Digits digits(d, significant(digitsOfE(places)));
     CvtFormatter<char>::formatE(buf, digits.text, digits.count, places, digits.point, digits.sign, expChar);
 }
@@ -100,6 +105,8 @@ wchar_t* tqFltToE(double d, int nfrac, int expChar) {
 
 void tqFltToG(char* buf, double d, int nsig, int expChar, int style) {
     const int shown = std::max(nsig, 0);
+    if (tq::detail::tryFastG(buf, d, shown, style))
+        return;
     Digits digits(d, significant(shown));
     CvtFormatter<char>::formatG(buf, digits.text, digits.count, shown, digits.point, digits.sign, expChar, style);
 }

@@ -22,14 +22,20 @@ inline constexpr std::uint32_t kEightDigitLimit = 100000000;
 class SixteenDigitsInWords {
 public:
     explicit SixteenDigitsInWords(std::uint64_t value) noexcept
-        : m_upper(digitsOf(static_cast<std::uint32_t>(value / kEightDigitLimit))),
-          m_lower(digitsOf(static_cast<std::uint32_t>(value % kEightDigitLimit))) {}
+        : SixteenDigitsInWords(static_cast<std::uint32_t>(value / kEightDigitLimit),
+                               static_cast<std::uint32_t>(value % kEightDigitLimit)) {}
+    /// The digits of two values below 10^8.
+    SixteenDigitsInWords(std::uint32_t upper, std::uint32_t lower) noexcept
+        : m_upper(digitsOf(upper)), m_lower(digitsOf(lower)) {}
 
     /// Writes them as characters.
     void store(char* out) const noexcept {
-        const std::uint64_t words[] = {m_upper | kZeros, m_lower | kZeros};
+        const std::uint64_t words[] = {upperText(), lowerText()};
         std::memcpy(out, words, sizeof words);
     }
+    /// The first eight as characters, and the other eight.
+    std::uint64_t upperText() const noexcept { return m_upper | kZeros; }
+    std::uint64_t lowerText() const noexcept { return m_lower | kZeros; }
     /// How many there are up to the last that is not 0.
     int significant() const noexcept {
         return m_lower != 0 ? 16 - std::countl_zero(m_lower) / 8 : 8 - std::countl_zero(m_upper) / 8;
@@ -55,9 +61,10 @@ private:
 /// In an SSE2 register.
 class SixteenDigitsInVector {
 public:
-    explicit SixteenDigitsInVector(std::uint64_t value) noexcept {
-        const auto upper = static_cast<std::uint32_t>(value / kEightDigitLimit);
-        const auto lower = static_cast<std::uint32_t>(value - std::uint64_t{upper} * kEightDigitLimit);
+    explicit SixteenDigitsInVector(std::uint64_t value) noexcept
+        : SixteenDigitsInVector(static_cast<std::uint32_t>(value / kEightDigitLimit),
+                                static_cast<std::uint32_t>(value % kEightDigitLimit)) {}
+    SixteenDigitsInVector(std::uint32_t upper, std::uint32_t lower) noexcept {
         const __m128i eights = _mm_set_epi64x(lower, upper);
         const __m128i thousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(0xD1B71759)), 45);
         const __m128i rest = _mm_sub_epi32(eights, _mm_mul_epu32(thousands, _mm_set1_epi64x(10000)));
@@ -70,8 +77,10 @@ public:
         m_digits = _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
     }
 
-    void store(char* out) const noexcept {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_or_si128(m_digits, _mm_set1_epi8('0')));
+    void store(char* out) const noexcept { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), text()); }
+    std::uint64_t upperText() const noexcept { return static_cast<std::uint64_t>(_mm_cvtsi128_si64(text())); }
+    std::uint64_t lowerText() const noexcept {
+        return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(text(), text())));
     }
     int significant() const noexcept {
         const auto nonZeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi8(m_digits, _mm_setzero_si128())));
@@ -79,6 +88,8 @@ public:
     }
 
 private:
+    __m128i text() const noexcept { return _mm_or_si128(m_digits, _mm_set1_epi8('0')); }
+
     __m128i m_digits;
 };
 

@@ -1,0 +1,121 @@
+#include "fltcvt/FastText.h"
+
+#include "fltcvt/DigitWriter.h"
+#include "fltcvt/FastDigits.h"
+
+#include <bit>
+#include <cstring>
+
+namespace tq::detail {
+
+namespace {
+
+constexpr int kWordDigits = 8;
+
+template <class Word>
+void store(char* out, std::uint64_t text) noexcept {
+    const auto word = static_cast<Word>(text);
+    std::memcpy(out, &word, sizeof word);
+}
+
+// The first `count` characters of eight, in two moves that overlap; nothing beyond them is written.
+void storeSome(char* out, std::uint64_t text, int count) noexcept {
+    if (count >= 4) {
+        store<std::uint32_t>(out, text);
+        store<std::uint32_t>(out + count - 4, text >> (8 * (count - 4)));
+    } else if (count >= 2) {
+        store<std::uint16_t>(out, text);
+        store<std::uint16_t>(out + count - 2, text >> (8 * (count - 2)));
+    } else if (count == 1) {
+        *out = static_cast<char>(text);
+    }
+}
+
+std::uint32_t power(int k) noexcept {
+    return static_cast<std::uint32_t>(kSmallPowersOfTen[static_cast<std::size_t>(k)]);
+}
+
+// True for the numbers that all these notations treat alike.
+bool isNormal(double v) noexcept {
+    return static_cast<unsigned>(exponentField(v) - 1) < static_cast<unsigned>(kExponentMask - 1);
+}
+
+char* writeSign(char* out, double d) noexcept {
+    *out = '-';
+    return out + (bitsOf(d) >> 63);
+}
+
+double magnitude(double d) noexcept {
+    return std::bit_cast<double>(bitsOf(d) & ~kSignBit);
+}
+
+} // namespace
+
+bool tryFastF(char* out, double d, int nfrac) noexcept {
+    constexpr double kLimit = 1e7; // not rounded up to a number of nine digits
+    const double v = magnitude(d);
+    std::uint64_t scaled = 0;
+    if (nfrac < 1 || nfrac > kWordDigits || !(v < kLimit) || !isNormal(v) || !tryRoundedAt(v, nfrac, scaled))
+        return false;
+    // The integer part without a division; rounding may have carried into it.
+    auto integer = static_cast<std::uint32_t>(v);
+    auto fraction = static_cast<std::uint32_t>(scaled - std::uint64_t{integer} * power(nfrac));
+    const bool isCarry = fraction == power(nfrac);
+    integer += isCarry ? 1 : 0;
+    fraction = isCarry ? 0 : fraction;
+
+    const SixteenDigits digits(integer, fraction * power(kWordDigits - nfrac));
+    const int length = digitCount(integer | 1);
+    char* p = writeSign(out, d);
+    storeSome(p, digits.upperText() >> (8 * (kWordDigits - length)), length);
+    p += length;
+    *p++ = '.';
+    storeSome(p, digits.lowerText(), nfrac);
+    p[nfrac] = '\0';
+    return true;
+}
+
+bool tryFastE(char* out, double d, int nfrac, int expChar) noexcept {
+    const double v = magnitude(d);
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    if (nfrac < 2 || nfrac >= kWordDigits || !isNormal(v) || !tryRoundedDigits(v, nfrac + 1, digits, exponent))
+        return false;
+    const auto value = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
+    const SixteenDigits words(static_cast<std::uint32_t>(digits) * power(kWordDigits - 1 - nfrac), value);
+    char* p = writeSign(out, d);
+    const std::uint64_t text = words.upperText();
+    p[0] = static_cast<char>(text);
+    p[1] = '.';
+    store<std::uint64_t>(p + 2, text >> 8); // what is too much lies within the room of the exponent
+    p += 2 + nfrac;
+    p[0] = static_cast<char>(expChar);
+    p[1] = exponent < 0 ? '-' : '+';
+    store<std::uint32_t>(p + 2, words.lowerText() >> 40); // three digits and the terminator
+    return true;
+}
+
+bool tryFastG(char* out, double d, int nsig, int style) noexcept {
+    const double v = magnitude(d);
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    if (style > 0 || nsig < 1 || nsig > kWordDigits || !(v >= 1) || !isNormal(v) ||
+        !tryRoundedDigits(v, nsig, digits, exponent) || exponent >= nsig)
+        return false;
+    const SixteenDigits words(static_cast<std::uint32_t>(digits) * power(kWordDigits - nsig), 0);
+    const int whole = exponent + 1;
+    const int count = words.significant();
+    const std::uint64_t text = words.upperText();
+    char* p = writeSign(out, d);
+    storeSome(p, text, whole);
+    p += whole;
+    if (count > whole) {
+        *p++ = '.';
+        storeSome(p, text >> (8 * whole), count - whole);
+        p += count - whole;
+    }
+    *p = '\0';
+    return true;
+}
+
+} // namespace tq::detail
