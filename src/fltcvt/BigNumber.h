@@ -25,7 +25,9 @@ public:
     Bigint* release() noexcept { return std::exchange(m_block, nullptr); }
 
     void multiplyAdd(int factor, int addend) { m_block = TqGdImpl::multadd(release(), factor, addend); }
-    void multiplyByPowerOfFive(int exponent) { m_block = TqGdImpl::pow5mult(release(), exponent); }
+    void multiplyAddLong(std::uint64_t factor, std::uint64_t addend);
+    /// Times 5^exponent; nothing for an exponent of 0 or less.
+    void multiplyByPowerOfFive(int exponent);
     void shiftLeft(int bits) { m_block = TqGdImpl::lshift(release(), bits); }
     int compare(const BigNumber& other) const { return TqGdImpl::cmp(m_block, other.m_block); }
     bool isZero() const noexcept { return m_block->used == 1 && m_block->words[0] == 0; }

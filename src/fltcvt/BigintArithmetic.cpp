@@ -3,6 +3,7 @@
 
 #include "fltcvt/BigNumber.h"
 #include "fltcvt/DoubleBits.h"
+#include "fltcvt/PowersOfTen.h"
 #include "fltcvt/WideMath.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <cstddef>
 
 using tq::detail::BigNumber;
+using tq::detail::UInt128;
 
 namespace {
 
@@ -21,7 +23,8 @@ constexpr int kWordBits = 32;
 /// A power of the cache stands for 5^(4 * 2^i).
 constexpr int kCachedStep = 4;
 constexpr std::array<int, kCachedStep - 1> p05 = {5, 25, 125};
-constexpr int kDigitsPerStep = 9;
+constexpr int kFirstDigits = 9;
+constexpr int kDigitsPerStep = 18;
 
 std::size_t usedWords(const Bigint* b) {
     return static_cast<std::size_t>(b->used);
@@ -55,26 +58,58 @@ int classOfWords(int words) {
 
 template <class Char>
 Bigint* fromDigits(const Char* s, int nd0, int nd, unsigned y9) {
-    BigNumber b(TqGdImpl::Balloc(classOfWords(std::max(1, (nd + kDigitsPerStep - 1) / kDigitsPerStep))));
+    BigNumber b(TqGdImpl::Balloc(classOfWords(std::max(1, (nd + kFirstDigits - 1) / kFirstDigits))));
     b->words[0] = y9;
     b->used = 1;
     // The first nine digits are in y9 already; a decimal point among them or behind them is passed over with them.
-    s += nd0 > kDigitsPerStep ? kDigitsPerStep : kDigitsPerStep + 1;
-    for (int i = kDigitsPerStep; i < nd;) {
-        int factor = 1;
-        int value = 0;
-        for (const int end = std::min(nd, i + kDigitsPerStep); i < end; ++i) {
-            if (i == nd0 && nd0 > kDigitsPerStep)
-                ++s;
-            value = value * 10 + static_cast<int>(*s++ - '0');
-            factor *= 10;
-        }
-        b.multiplyAdd(factor, value);
+    s += nd0 > kFirstDigits ? kFirstDigits : kFirstDigits + 1;
+    for (int i = kFirstDigits; i < nd;) {
+        const int count = std::min(kDigitsPerStep, (i < nd0 ? std::min(nd0, nd) : nd) - i);
+        std::uint64_t value = 0;
+        for (const Char* const end = s + count; s != end; ++s)
+            value = value * 10 + static_cast<std::uint64_t>(*s - '0');
+        b.multiplyAddLong(tq::detail::kSmallPowersOfTen[static_cast<std::size_t>(count)], value);
+        i += count;
+        if (i == nd0 && nd0 > kFirstDigits)
+            ++s;
     }
     return b.release();
 }
 
+constexpr int kLongPower = 27;
+constexpr std::array<std::uint64_t, kLongPower + 1> kLongPowersOfFive = [] {
+    std::array<std::uint64_t, kLongPower + 1> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 5;
+    return powers;
+}();
+
 } // namespace
+
+namespace tq::detail {
+
+void BigNumber::multiplyAddLong(std::uint64_t factor, std::uint64_t addend) {
+    std::uint64_t carry = addend;
+    for (std::size_t i = 0; i < usedWords(m_block); ++i) {
+        const UInt128 sum = UInt128{factor} * m_block->words[i] + carry;
+        m_block->words[i] = static_cast<Word>(sum);
+        carry = static_cast<std::uint64_t>(sum >> kWordBits);
+    }
+    for (; carry != 0; carry >>= kWordBits)
+        append(*this, static_cast<Word>(carry));
+}
+
+void BigNumber::multiplyByPowerOfFive(int exponent) {
+    constexpr int kShortWay = 3 * kLongPower;
+    if (exponent > kShortWay) {
+        m_block = TqGdImpl::pow5mult(release(), exponent);
+        return;
+    }
+    for (; exponent > 0; exponent -= kLongPower)
+        multiplyAddLong(kLongPowersOfFive[static_cast<std::size_t>(std::min(exponent, kLongPower))], 0);
+}
+
+} // namespace tq::detail
 
 int TqGdImpl::lo0bits(unsigned* x) {
     const int zeros = std::countr_zero(*x);

@@ -1,8 +1,5 @@
 #pragma once
 
-#include "fltcvt/DigitWriter.h"
-#include "fltcvt/FastDigits.h"
-
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -22,11 +19,11 @@ struct DigitRequest {
     int count;
 
     /// The request that a mode of TqGdImpl::dtoa stands for.
-    static constexpr DigitRequest ofMode(int mode, int ndigits) noexcept {
-        constexpr DigitRequest kModes[] = {{eShortest, false, 0},    {eShortest, false, 0},   {eSignificant, false, 0},
-                                           {ePlaces, false, 0},      {eSignificant, true, 0}, {ePlaces, true, 0},
-                                           {eSignificant, false, 0}, {ePlaces, false, 0},     {eSignificant, true, 0},
-                                           {ePlaces, true, 0}};
+    static DigitRequest ofMode(int mode, int ndigits) noexcept {
+        static constexpr DigitRequest kModes[] = {
+            {eShortest, false, 0},   {eShortest, false, 0}, {eSignificant, false, 0}, {ePlaces, false, 0},
+            {eSignificant, true, 0}, {ePlaces, true, 0},    {eSignificant, false, 0}, {ePlaces, false, 0},
+            {eSignificant, true, 0}, {ePlaces, true, 0}};
         DigitRequest request = kModes[static_cast<unsigned>(mode) < std::size(kModes) ? mode : 0];
         request.count = std::max(ndigits, request.kind == eSignificant ? 1 : -INT_MAX); // so that it can be negated
         return request;
@@ -45,11 +42,7 @@ inline constexpr int kMaxDigits = 767;
 /// Bytes that every function writing digits may use of its output.
 inline constexpr int kDigitRoom = kMaxDigits + 100;
 
-/// The digits of a finite `v` above 0 when at most 17 are wanted, or make the number, and 128 bits decide on them.
-/// Needs kDigitWriterRoom bytes of `out`, at least; no terminator. Returns false otherwise.
-bool tryFewDigits(double v, const DigitRequest& request, char* out, DigitLayout& layout) noexcept;
-
 /// The digits of a finite `v` above 0 to `out`, which has kDigitRoom bytes. No terminator. Throws std::bad_alloc.
-DigitLayout writeManyDigits(double v, const DigitRequest& request, char* out);
+DigitLayout writeManyDigits(double v, DigitRequest request, char* out);
 
 } // namespace tq::detail

@@ -1,6 +1,7 @@
 #include "fltcvt/DigitAllocator.h"
 #include "fltcvt/Digits.h"
 #include "fltcvt/DoubleBits.h"
+#include "fltcvt/FewDigits.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ char* specialText(double d, int* decpt, char** rve) {
     return d == d ? smallText("Infinity", 8, rve) : smallText("NaN", 3, rve);
 }
 
-char* manyDigits(double v, const DigitRequest& request, int* decpt, char** rve) {
+char* manyDigits(double v, DigitRequest request, int* decpt, char** rve) {
     char digits[tq::detail::kDigitRoom];
     const DigitLayout layout = tq::detail::writeManyDigits(v, request, digits);
     *decpt = layout.point;

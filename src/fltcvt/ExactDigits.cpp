@@ -5,6 +5,7 @@
 #include "fltcvt/ExactDigits.h"
 
 #include "fltcvt/BigNumber.h"
+#include "fltcvt/DigitWriter.h"
 #include "fltcvt/DoubleBits.h"
 #include "fltcvt/RoundDigits.h"
 #include "fltcvt/WideMath.h"
@@ -120,7 +121,7 @@ DigitSource::DigitSource(double v, bool withInterval) : m_isEven((bitsOf(v) & 1)
 
 } // namespace
 
-DigitLayout exactDigits(double v, const DigitRequest& request, char* out) {
+DigitLayout exactDigits(double v, DigitRequest request, char* out) {
     const bool isShortest = request.kind == DigitRequest::eShortest;
     const bool withInterval = isShortest || request.orShorter;
     DigitSource source(v, withInterval);

@@ -111,17 +111,18 @@ inline ShortDecimal shortestDigits(double v) noexcept {
     const std::uint64_t lower = roundToOdd(product - (isLowerCloser ? scaledPower(h) : halfUlp)) + isOdd;
     const std::uint64_t upper = roundToOdd(product + halfUlp) - isOdd;
 
+    // Without branches: which one it is is as good as random. One multiple of ten at most is inside.
     const std::uint64_t s = value / 4;
     const std::uint64_t tens = s / 10;
-    const bool isTensInside = lower <= 40 * tens;
-    const bool isNextTensInside = 40 * tens + 40 <= upper;
-    if (isTensInside != isNextTensInside)
-        return {tens + (isNextTensInside ? 1 : 0), k + 1};
-    // Without a branch: which of the two it is is as good as random.
-    const bool isInside = lower <= 4 * s;
-    const bool isNextInside = 4 * s + 4 <= upper;
-    const bool isNextNearer = value + (s & 1) > 4 * s + 2;
-    return {s + static_cast<std::uint64_t>(isInside != isNextInside ? isNextInside : isNextNearer), k};
+    const std::uint64_t isTensInside = lower <= 40 * tens ? 1 : 0;
+    const std::uint64_t isNextTensInside = 40 * tens + 40 <= upper ? 1 : 0;
+    const std::uint64_t isInside = lower <= 4 * s ? 1 : 0;
+    const std::uint64_t isNextInside = 4 * s + 4 <= upper ? 1 : 0;
+    const std::uint64_t isNextNearer = value + (s & 1) > 4 * s + 2 ? 1 : 0;
+    const std::uint64_t isOneInside = isInside ^ isNextInside;
+    const std::uint64_t nearest = s + ((isNextInside & isOneInside) | (isNextNearer & ~isOneInside));
+    const std::uint64_t isTens = isTensInside ^ isNextTensInside;
+    return {nearest ^ ((nearest ^ (tens + isNextTensInside)) & (0 - isTens)), k + static_cast<int>(isTens)};
 }
 
 /// `v`, finite and above 0, correctly rounded to `digits` significant decimal digits, 1 to 17. On success `out` holds

@@ -3,6 +3,7 @@
 
 #include "fltcvt/FixedPointDigits.h"
 
+#include "fltcvt/DigitWriter.h"
 #include "fltcvt/DoubleBits.h"
 #include "fltcvt/RoundDigits.h"
 #include "fltcvt/WideMath.h"
@@ -66,7 +67,7 @@ char* writeInteger(char* out, std::uint64_t integer) noexcept {
 
 } // namespace
 
-bool tryFixedPointDigits(double v, const DigitRequest& request, char* out, DigitLayout& layout) noexcept {
+bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout& layout) noexcept {
     FixedPoint number;
     if (request.kind == DigitRequest::eShortest || !number.tryFrom(v))
         return false;

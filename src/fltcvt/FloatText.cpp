@@ -2,6 +2,7 @@
 #include "fltcvt/Digits.h"
 #include "fltcvt/DoubleBits.h"
 #include "fltcvt/FastText.h"
+#include "fltcvt/FewDigits.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/memory/Allocation.h>
@@ -25,7 +26,7 @@ struct Digits {
     int point;
     int sign;
 
-    Digits(double d, const DigitRequest& request) {
+    Digits(double d, DigitRequest request) {
         const std::uint64_t bits = tq::detail::bitsOf(d);
         sign = static_cast<int>(bits >> 63);
         if (!tq::detail::isFinite(d)) {

@@ -8,7 +8,7 @@ namespace tq::detail {
 
 /// How many digits the request takes from a number whose decimal point is behind digit `point`; negative where the last
 /// place wanted lies before the first digit.
-constexpr std::int64_t wantedDigits(const DigitRequest& request, int point) noexcept {
+constexpr std::int64_t wantedDigits(DigitRequest request, int point) noexcept {
     return request.kind == DigitRequest::ePlaces ? std::int64_t{request.count} + point : request.count;
 }
 
