@@ -170,9 +170,10 @@ Bigint* TqGdImpl::pow5mult(Bigint* b, int k) {
         return result.release();
     if (k % kCachedStep != 0)
         result.multiplyAdd(p05[static_cast<std::size_t>(k % kCachedStep - 1)], 0);
-    BigNumber beyond; // the last power that the cache does not hold
+    BigNumber beyond; // the last power, where it is none of the cache
+    bool isCached = G_Pow5Data != nullptr;
     Bigint* power = G_Pow5Data;
-    if (power == nullptr) { // after exit
+    if (!isCached) { // after exit
         beyond = BigNumber(i2b(625));
         power = beyond.get();
     }
@@ -182,7 +183,8 @@ Bigint* TqGdImpl::pow5mult(Bigint* b, int k) {
         q >>= 1;
         if (q == 0)
             break;
-        if (beyond.get() == nullptr && power->next != nullptr) {
+        isCached = isCached && power->next != nullptr;
+        if (isCached) {
             power = power->next;
         } else {
             beyond = BigNumber(mult(power, power));

@@ -99,6 +99,7 @@ TEST(DigitAllocator, BlocksHaveTheLengthOfTheirClass) {
     for (const auto& [k, bytes] : {std::pair{0, 32}, {1, 40}, {2, 48}, {3, 64}, {4, 96}}) {
         const int before = usage().free[static_cast<std::size_t>(k)];
         std::vector<Owner> taken;
+        taken.reserve(static_cast<std::size_t>(before) + 1);
         for (int i = 0; i < before; ++i)
             taken.emplace_back(Impl::Balloc(k));
         Bigint* const first = Impl::Balloc(k);

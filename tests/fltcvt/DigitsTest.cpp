@@ -1,5 +1,6 @@
 #include "NumberVectors.h"
 #include "fltcvt/ExactDigits.h"
+#include "fltcvt/FewDigits.h"
 #include "fltcvt/FixedPointDigits.h"
 #include "fltcvt/PowersOfTen.h"
 #include "reference/ExactDecimal.h"
@@ -7,6 +8,7 @@
 #include <TqOsBase/fltcvt/TqGdImpl.h>
 
 #include <climits>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 

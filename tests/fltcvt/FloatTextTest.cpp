@@ -35,7 +35,7 @@ std::string text(double v, const Request& request) {
     static reference::GuardedBuffer<char> buffer(12000);
     char* const out = buffer.last(expected.size() + 1);
     tqDToStr(out, v, request.letter, request.count, request.style);
-    const std::string result = out;
+    std::string result = out;
     EXPECT_EQ(std::wstring(result.begin(), result.end()), expected);
     return result;
 }
