@@ -127,7 +127,7 @@ void add(const std::string& name, const std::vector<Value>& values, Convert conv
 
 // A contender whose package is not there is shown as such.
 [[maybe_unused]] void addMissing(const std::string& name) {
-    benchmark::RegisterBenchmark(name.c_str(), [](benchmark::State& state) { state.SkipWithError("not installed"); });
+    benchmark::RegisterBenchmark(name.c_str(), [](benchmark::State& state) { state.SkipWithError("missing"); });
 }
 
 // What the digits of a number are judged by.
