@@ -24,7 +24,7 @@ struct Bigint {
 ///
 /// It may be used before main and after it. At exit the pool's cursor and the cache of powers of five become null; what
 /// is converted after that takes its fresh blocks from tqMalloc.
-struct TQ_API TqFCvtAllocator {
+struct TqFCvtAllocator {
     static constexpr int kPoolBytes = 3944;
     static constexpr int kSizeClasses = 16;
 
