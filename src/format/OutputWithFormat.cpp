@@ -79,7 +79,9 @@ private:
 };
 
 unsigned shownLength(const wchar_t* text, std::size_t limit) {
-    return static_cast<unsigned>(limit == SIZE_MAX ? std::wcslen(text) : std::find(text, text + limit, L'\0') - text);
+    if (limit == SIZE_MAX)
+        return static_cast<unsigned>(std::wcslen(text));
+    return static_cast<unsigned>(std::find(text, text + limit, L'\0') - text);
 }
 
 // Writes the parts of one directive in their order, padding included; false at the first that does not fit.
