@@ -1,3 +1,4 @@
+#include "codepage/AsciiRun.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 #include "codepage/VectorOutput.h"
@@ -33,8 +34,10 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;
-    if (hasText)
-        textEnd = kWideKernels.narrowToWide(src, end, textEnd);
+    if (hasText) {
+        const std::size_t run = widenPlainRun(src, static_cast<std::size_t>(end - src), textEnd);
+        textEnd = kWideKernels.narrowToWide(src + run, end, textEnd + run);
+    }
     terminate(out, elements, textEnd);
 }
 

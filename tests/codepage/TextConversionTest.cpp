@@ -106,6 +106,10 @@ protected:
         out.append('#');
         Direction::convert(src, length, out);
         ASSERT_EQ(contents(out), expected) << "length " << length;
+        TqVector<To> roomy(2 * static_cast<int>(expected.size()) + 64);
+        roomy.append('#');
+        Direction::convert(src, length, roomy);
+        ASSERT_EQ(contents(roomy), expected) << "with room, length " << length;
         const From* end = Direction::end(src, length);
         if (end == nullptr)
             return;
