@@ -2,7 +2,10 @@
 #include "codepage/TextBlocks.h"
 #include "codepage/TextKernels.h"
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace tq::detail {
 
@@ -61,6 +64,19 @@ char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noex
     return kPlainKernels.wideToNarrow(src, end, out);
 }
 
+// East Asian text: characters of three bytes, as long as one follows the other. Four bytes are read at a time.
+void takeThreeByteRun(const char*& src, const char* end, wchar_t*& out) {
+    if constexpr (std::endian::native == std::endian::little) {
+        std::uint32_t bytes = 0;
+        for (; charactersLeft(src, end) >= sizeof bytes; src += 3) {
+            std::memcpy(&bytes, src, sizeof bytes);
+            if ((bytes & 0xC0C0F0U) != 0x8080E0U)
+                break;
+            *out++ = static_cast<wchar_t>((bytes & 0x0FU) << 12 | (bytes >> 2 & 0xFC0U) | (bytes >> 16 & 0x3FU));
+        }
+    }
+}
+
 template <class Block>
 wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexcept {
     while (charactersLeft(src, end) >= Block::kSize) {
@@ -70,6 +86,7 @@ wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexce
         const std::size_t taken = mask == 0 ? Block::kSize : Block::firstOf(mask);
         src += taken;
         out += taken;
+        takeThreeByteRun(src, end, out);
         while (src < end && !platform::isAscii(static_cast<unsigned char>(*src)))
             stepUtf8ToWide(src, out);
     }
