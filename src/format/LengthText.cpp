@@ -5,7 +5,7 @@
 #include <TqOsBase/format/QMode.h>
 
 #include <algorithm>
-#include <cmath>
+#include <cstdint>
 #include <cwchar>
 
 namespace tq::detail {
@@ -28,17 +28,17 @@ public:
           m_dash(isDashBitSet(flags)) {}
 
     void write(double length) {
-        double feet = 0;
+        std::int64_t feet = 0;
         if (showsFeet() && length >= kSmallestWithFeet)
-            feet = std::trunc(length / kInchesPerFoot);
+            feet = static_cast<std::int64_t>(length / kInchesPerFoot);
         // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
-        double inches = length - kInchesPerFoot * feet;
+        const double inches = length - kInchesPerFoot * static_cast<double>(feet);
         wchar_t* const start = m_writer.here();
         wchar_t* inchText = writeOnce(feet, inches);
         if (!showsFeet())
             return;
         // Rounding may have made 12 inches of less: one foot more.
-        if (m_writer.from(inchText).substr(0, 2) == L"12") {
+        if (m_writer.from(inchText).size() >= 2 && inchText[0] == L'1' && inchText[1] == L'2') {
             m_writer.endAt(start);
             inchText = writeOnce(feet + 1, 0);
         }
@@ -56,10 +56,10 @@ private:
     bool showsFeet() const { return m_unitMode != kLinearFractional; }
 
     // Returns where the text of the inches begins.
-    wchar_t* writeOnce(double feet, double inches) {
+    wchar_t* writeOnce(std::int64_t feet, double inches) {
         m_wroteFeet = showsFeet() && (feet != 0 || (m_flags & kQFlagSuppressZeroFeet) == 0);
         if (m_wroteFeet) {
-            m_writer.putInteger(static_cast<std::int64_t>(feet));
+            m_writer.putInteger(feet);
             m_writer.put(L'\'');
             if (!m_dash)
                 m_writer.put(L'-');
@@ -81,11 +81,11 @@ private:
     }
 
     void writeFraction(double inches) {
-        const double whole = std::trunc(inches);
-        auto wholeInches = static_cast<long long>(whole);
+        auto wholeInches = static_cast<std::int64_t>(inches);
+        const double fraction = inches - static_cast<double>(wholeInches);
         int power = std::min(m_precision, kMaxDenominatorPower);
         // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative.
-        auto numerator = static_cast<long long>((inches - whole) * static_cast<double>(1LL << power) + 0.5);
+        auto numerator = static_cast<std::int64_t>(fraction * static_cast<double>(1LL << power) + 0.5);
         if (numerator == 1LL << power) {
             numerator = 0;
             ++wholeInches;
@@ -108,14 +108,14 @@ private:
             writePlain(numerator, L'/', 1LL << power);
     }
 
-    void writePlain(long long numerator, wchar_t bar, long long denominator) {
+    void writePlain(std::int64_t numerator, wchar_t bar, std::int64_t denominator) {
         m_writer.putInteger(numerator);
         m_writer.put(bar);
         m_writer.putInteger(denominator);
     }
 
     // {\H<height>x;\S<n>/<d>;}: the height as "%g" shows it, with all its decimals.
-    void writeStacked(long long numerator, long long denominator) {
+    void writeStacked(std::int64_t numerator, std::int64_t denominator) {
         constexpr int kHeightDecimals = 6;
         m_stacked = true;
         m_writer.put(L"{\\H");

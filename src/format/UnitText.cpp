@@ -34,9 +34,14 @@ void UnitWriter::putNumber(Write write) {
 }
 
 void UnitWriter::putInteger(std::int64_t value) {
+    // Most numerators, inches and minutes.
+    if (value < 10) {
+        put(static_cast<wchar_t>(L'0' + value));
+        return;
+    }
     const auto magnitude = static_cast<std::uint64_t>(value);
     putNumber([magnitude](wchar_t* out) {
-        const int digits = decimalDigits(magnitude | 1);
+        const int digits = decimalDigits(magnitude);
         writeDigits(out, magnitude, digits);
         return digits;
     });
