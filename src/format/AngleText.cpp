@@ -55,7 +55,8 @@ public:
         wchar_t* const start = m_writer.here();
         m_writer.putFixed(angle * kDegreesPerRadian, shownDecimals());
         // Meant for 359.99999; it also takes every text of more degrees that begins so. Callers rely on it.
-        if (m_writer.from(start).substr(0, 3) == L"360") {
+        const std::wstring_view text = m_writer.from(start);
+        if (text.size() >= 3 && text[0] == L'3' && text[1] == L'6' && text[2] == L'0') {
             angle = 0;
             m_writer.endAt(start);
             m_writer.putFixed(angle, shownDecimals());

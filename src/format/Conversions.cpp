@@ -16,13 +16,25 @@ IntegerText fetchSigned(std::int64_t value) {
     return {value < 0 ? 0 - bits : bits, 10, value < 0, -1, 0};
 }
 
+unsigned baseOf(wchar_t letter) {
+    switch (letter) {
+    case L'b':
+    case L'B':
+        return 2;
+    case L'o':
+    case L'O':
+        return 8;
+    case L'p':
+    case L'x':
+    case L'X':
+        return 16;
+    default:
+        return 10;
+    }
+}
+
+// An upper-case letter takes 64 bits; of a pointer only the low 32 are shown.
 IntegerText fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource& arguments) {
-    const auto unsigned32 = [&](unsigned base) -> IntegerText {
-        return {arguments.asUnsigned(number), base, false, -1, 0};
-    };
-    const auto unsigned64 = [&](unsigned base) -> IntegerText {
-        return {static_cast<std::uint64_t>(arguments.asInt64(number)), base, false, -1, 0};
-    };
     switch (letter) {
     case L'd':
     case L'i':
@@ -30,22 +42,11 @@ IntegerText fetchInteger(wchar_t letter, int number, tq::detail::ArgumentSource&
     case L'D':
     case L'I':
         return fetchSigned(arguments.asInt64(number));
-    case L'u':
-        return unsigned32(10);
-    case L'o':
-        return unsigned32(8);
-    case L'b':
-        return unsigned32(2);
-    case L'U':
-        return unsigned64(10);
-    case L'O':
-        return unsigned64(8);
-    case L'B':
-        return unsigned64(2);
-    case L'X':
-        return unsigned64(16);
-    default: // x and p, which shows only the low half of a pointer
-        return unsigned32(16);
+    default: {
+        const bool isWide = tq::detail::parameterType(letter) == kParameterInt64;
+        const auto bits = isWide ? static_cast<std::uint64_t>(arguments.asInt64(number)) : arguments.asUnsigned(number);
+        return {bits, baseOf(letter), false, -1, 0};
+    }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "format/ScanFields.h"
 
+#include "codepage/Escapes.h"
 #include "platform/Exp10.h"
 
 #include <algorithm>
@@ -44,14 +45,8 @@ public:
     }
     // The value of the look-ahead as a digit of `base`, -1 when it is none.
     int digit(unsigned base) const {
-        const std::int32_t c = current();
-        int value = -1;
-        if (c >= '0' && c <= '9')
-            value = c - '0';
-        else if (c >= 'a' && c <= 'f')
-            value = c - 'a' + 10;
-        else if (c >= 'A' && c <= 'F')
-            value = c - 'A' + 10;
+        const auto c = static_cast<std::uint32_t>(current());
+        const int value = c < tq::detail::kHexValues.size() ? tq::detail::kHexValues[c] : -1;
         return value < static_cast<int>(base) ? value : -1;
     }
 

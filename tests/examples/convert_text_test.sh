@@ -2,25 +2,13 @@
 # Runs convert_text ($1) on the sample of the source tree ($2), on odd texts and on everything that can go wrong.
 set -uo pipefail
 program=$1 sample=$2/examples/data/title_block.txt
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-chmod 755 "$work"
-cd "$work"
-failures=0
+# shellcheck source=tests/examples/common.sh
+. "$2/tests/examples/common.sh"
 
-fail() {
-    echo "FAILED: $*"
-    failures=$((failures + 1))
-}
-
-# expect_status STATUS ARGUMENTS...: the exit status; a failure with status 1 also says why in exactly one line.
-expect_status() {
-    local expected=$1 status
-    shift
-    "$program" "$@" >stdout 2>stderr
-    status=$?
-    [ $status -eq "$expected" ] || fail "$* gave $status, not $expected: $(cat stderr)"
-    if [ "$expected" -eq 1 ] && [ "$(wc -l <stderr)" -ne 1 ]; then
+# A failure with status 1 also says why in exactly one line.
+expect_reason() {
+    expect_status "$@"
+    if [ "$1" -eq 1 ] && [ "$(wc -l <stderr)" -ne 1 ]; then
         fail "$* said more or less than one line: $(cat stderr)"
     fi
 }
@@ -29,23 +17,23 @@ expect_status() {
 expect_text() {
     printf "$2" >in.txt
     printf "$3" >expected.txt
-    expect_status 0 "$1" in.txt out.txt
+    expect_reason 0 "$1" in.txt out.txt
     cmp -s expected.txt out.txt || fail "$1 of '$2' gave $(od -c out.txt)"
     [ $# -lt 4 ] || grep -qF -- "$4" stderr || fail "$1 of '$2' did not say '$4' but: $(cat stderr)"
 }
 
-expect_status 0 --help
-expect_status 2
-expect_status 2 --to-utf8 only-one
-expect_status 2 --to-latin in out
-expect_status 2 --to-utf8 in out more
-expect_status 1 --to-utf8 missing.txt out.txt
-expect_status 1 --to-utf8 "$work" out.txt
-expect_status 1 --to-utf8 "$sample" "$work"
-expect_status 1 --to-utf8 "$sample" no-such-folder/out.txt
-expect_status 1 --to-utf8 "$sample" /dev/full
+expect_reason 0 --help
+expect_reason 2
+expect_reason 2 --to-utf8 only-one
+expect_reason 2 --to-latin in out
+expect_reason 2 --to-utf8 in out more
+expect_reason 1 --to-utf8 missing.txt out.txt
+expect_reason 1 --to-utf8 "$work" out.txt
+expect_reason 1 --to-utf8 "$sample" "$work"
+expect_reason 1 --to-utf8 "$sample" no-such-folder/out.txt
+expect_reason 1 --to-utf8 "$sample" /dev/full
 cp "$sample" same.txt
-expect_status 1 --to-utf8 same.txt ./same.txt
+expect_reason 1 --to-utf8 same.txt ./same.txt
 cmp -s "$sample" same.txt || fail "the file that was input and output at once is damaged"
 cp "$sample" unreadable.txt
 chmod 000 unreadable.txt
@@ -56,14 +44,14 @@ if [ "$(id -u)" -eq 0 ]; then
     [ $? -eq 1 ] || fail "an unreadable file was read"
     [[ $message == *"permission denied"* ]] || fail "an unreadable file gave: $message"
 else
-    expect_status 1 --to-utf8 unreadable.txt /dev/null
+    expect_reason 1 --to-utf8 unreadable.txt /dev/null
 fi
 
-expect_status 0 --to-utf8 "$sample" utf8.txt
+expect_reason 0 --to-utf8 "$sample" utf8.txt
 grep -qF 'converting back gives the same bytes: yes' stderr || fail "the sample does not come back: $(cat stderr)"
 grep -qF 'code page 932:' stderr || fail "escapes are not counted by code page: $(cat stderr)"
 grep -qF 'Hafenfußgängerbrücke' utf8.txt || fail "no UTF-8 in the converted sample"
-expect_status 0 --to-escaped utf8.txt back.txt
+expect_reason 0 --to-escaped utf8.txt back.txt
 cmp -s "$sample" back.txt || fail "the sample differs after there and back"
 
 expect_text --to-utf8 '' '' 'lines:            0'
@@ -81,9 +69,9 @@ expect_text --to-escaped 'a\000\xC3\xA9' 'a\000\\U+00E9' 'not carried:      0'
 # A line of some 460 KiB, in pieces whose ends fall on every part of an escape.
 yes 'Kaistra\U+00DFe\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.txt
 yes 'Kaistraße\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.expected
-expect_status 0 --to-utf8 long.txt long.utf8
+expect_reason 0 --to-utf8 long.txt long.utf8
 cmp -s long.expected long.utf8 || fail "a long line is torn"
-expect_status 0 --to-escaped long.utf8 long.back
+expect_reason 0 --to-escaped long.utf8 long.back
 cmp -s long.txt long.back || fail "a long line is torn on the way back"
 grep -qF '\U+ escapes:      13000' stderr || fail "escapes of a long line are miscounted: $(cat stderr)"
 

@@ -2,24 +2,8 @@
 # Runs traverse_report ($1) on the survey of the source tree ($2), on odd files and on everything that can go wrong.
 set -uo pipefail
 program=$1 survey=$2/examples/data/traverse.txt
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-cd "$work"
-failures=0
-
-fail() {
-    echo "FAILED: $*"
-    failures=$((failures + 1))
-}
-
-# expect_status STATUS ARGUMENTS...
-expect_status() {
-    local expected=$1 status
-    shift
-    "$program" "$@" >stdout 2>stderr
-    status=$?
-    [ $status -eq "$expected" ] || fail "$* gave $status, not $expected: $(cat stderr)"
-}
+# shellcheck source=tests/examples/common.sh
+. "$2/tests/examples/common.sh"
 
 # expect_line FILE TEXT: a line of stdout or stderr that holds the text.
 expect_line() {
