@@ -2,10 +2,12 @@
 """Runs the benchmark programs of a folder and prints one table: per case our time, the baseline's and each peer's of the
 same run, and the ratio of baseline to ours. Benchmarks are named area/case/who; "ours" and then the baseline come first.
 
-usage: bench_table.py FOLDER [--filter REGEX] [--repetitions N] [--min-time SECONDS]"""
+usage: bench_table.py FOLDER [--filter REGEX] [--repetitions N] [--min-time SECONDS] [--write]"""
 
 import argparse
+import html
 import json
+import math
 import os
 import pathlib
 import subprocess
@@ -42,17 +44,8 @@ def shown(nanoseconds: float) -> str:
     return f"{nanoseconds / 1e9:.3g} s"
 
 
-def main() -> int:
-    parser = argparse.ArgumentParser()
-    parser.add_argument("folder", type=pathlib.Path)
-    parser.add_argument("--filter", default="")
-    parser.add_argument("--repetitions", type=int, default=5)
-    parser.add_argument("--min-time", default="0.05")
-    args = parser.parse_args()
-
-    programs = sorted(p for p in args.folder.iterdir() if p.is_file() and os.access(p, os.X_OK))
-    if not programs:
-        sys.exit(f"no benchmark programs in {args.folder}")
+def collect(programs: list, args: argparse.Namespace) -> dict:
+    """The median times of all contenders by (area, case), in the order of registration; None for a missing peer."""
     cases: dict = {}
     for program in programs:
         # Interleaved runs come shuffled; the family index is the order of registration.
@@ -66,21 +59,87 @@ def main() -> int:
             if entry.get("aggregate_name") != "median":
                 continue
             cases.setdefault((area, case), {})[who] = in_nanoseconds(entry)
-
-    header = ["area", "case", "ours", "baseline", "baseline/ours", "peers (peer/ours)"]
-    rows = []
     for (area, case), times in cases.items():
         if "ours" not in times or len(times) < 2:
             sys.exit(f"{area}/{case}: needs ours and a baseline, has {', '.join(times)}")
-        ours = times.pop("ours")
-        (base, base_time), *peers = times.items()
+    return cases
+
+
+def table(cases: dict) -> str:
+    rows = [["area", "case", "ours", "baseline", "baseline/ours", "peers (peer/ours)"]]
+    for (area, case), times in cases.items():
+        ours = times["ours"]
+        (base, base_time), *peers = [entry for entry in times.items() if entry[0] != "ours"]
         rows.append([
             area, case, shown(ours), f"{base} {shown(base_time)}", f"{base_time / ours:.2f}",
             ", ".join(f"{name} {f'{time / ours:.2f}' if time else MISSING}" for name, time in peers) or "-",
         ])
-    widths = [max(len(row[i]) for row in [header, *rows]) for i in range(len(header))]
-    for row in [header, ["-" * w for w in widths], *rows]:
-        print("| " + " | ".join(cell.ljust(width) for cell, width in zip(row, widths)) + " |")
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    rows.insert(1, ["-" * w for w in widths])
+    return "".join("| " + " | ".join(cell.ljust(w) for cell, w in zip(row, widths)) + " |\n" for row in rows)
+
+
+def plot(area: str, cases: dict) -> str:
+    """An SVG with a bar per contender: its time over ours, on a logarithmic scale from 1/4 to 32. Ours is the line at 1."""
+    left, width, bar, gap, low, high = 250, 420, 12, 10, -2, 5
+    lines, y = [], 30
+    place = lambda ratio: left + (min(max(math.log2(ratio), low), high) - low) * width / (high - low)
+    for (of, case), times in cases.items():
+        if of != area:
+            continue
+        others = [(who, time) for who, time in times.items() if who != "ours" and time]
+        label_y = y + bar * len(others) / 2 + 4
+        lines.append(f'<text x="{left - 100}" y="{label_y:.0f}" text-anchor="end">{html.escape(case)}</text>')
+        for index, (who, time) in enumerate(others):
+            ratio = time / times["ours"]
+            start, end = sorted((place(1), place(ratio)))
+            colour = "#4878a8" if index == 0 else "#a8b8c8"
+            lines.append(f'<rect x="{start:.1f}" y="{y}" width="{end - start:.1f}" height="{bar - 2}" fill="{colour}"/>')
+            lines.append(f'<text x="{left - 6}" y="{y + 9}" text-anchor="end" fill="#666">{html.escape(who)}</text>')
+            lines.append(f'<text x="{max(end, place(1)) + 4:.1f}" y="{y + 9}">{ratio:.2f}</text>')
+            y += bar
+        y += gap
+    grid = []
+    for exponent in range(low, high + 1):
+        x = place(2.0**exponent)
+        grid.append(f'<line x1="{x:.1f}" y1="20" x2="{x:.1f}" y2="{y}" stroke="{"#000" if exponent == 0 else "#ddd"}"/>')
+        grid.append(f'<text x="{x:.1f}" y="14" text-anchor="middle" fill="#666">{2.0**exponent:g}</text>')
+    return "\n".join([
+        f'<svg xmlns="http://www.w3.org/2000/svg" width="{left + width + 60}" height="{y + 6}" font-family="sans-serif" '
+        'font-size="10">',
+        f"<title>{html.escape(area)}: time of each contender over ours</title>",
+        '<rect width="100%" height="100%" fill="#fff"/>', *grid, *lines, "</svg>", ""])
+
+
+def write_report(folder: pathlib.Path, cases: dict) -> None:
+    areas = list(dict.fromkeys(area for area, _ in cases))
+    text = ["# Benchmarks\n\n",
+            "One run on one machine, written by `./tq bench --write`: medians of processor time, the contenders of a case\n",
+            "interleaved. The ratios are what to look at; above 1 ours is faster. The first contender is the baseline, the\n",
+            "others are peers.\n\n", table(cases)]
+    for area in areas:
+        name = f"benchmarks-{area.replace(' ', '-')}.svg"
+        (folder / name).write_text(plot(area, cases), encoding="utf-8")
+        text.append(f"\n## {area}\n\n![time of each contender over ours]({name})\n")
+    (folder / "benchmarks.md").write_text("".join(text), encoding="utf-8")
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser()
+    parser.add_argument("folder", type=pathlib.Path)
+    parser.add_argument("--filter", default="")
+    parser.add_argument("--repetitions", type=int, default=5)
+    parser.add_argument("--min-time", default="0.05")
+    parser.add_argument("--write", action="store_true", help="also write docs/benchmarks.md and its plots")
+    args = parser.parse_args()
+
+    programs = sorted(p for p in args.folder.iterdir() if p.is_file() and os.access(p, os.X_OK))
+    if not programs:
+        sys.exit(f"no benchmark programs in {args.folder}")
+    cases = collect(programs, args)
+    print(table(cases), end="")
+    if args.write:
+        write_report(pathlib.Path(__file__).resolve().parent.parent / "docs", cases)
     return 0
 
 
