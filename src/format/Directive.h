@@ -19,6 +19,7 @@ struct CountField {
 /// What stands between `%` and the text that follows, the letter 0 when the format ends before it.
 struct Directive {
     int position; ///< 1 when none is given
+    bool isBare;  ///< a letter alone
     bool plus;
     bool leftJustify;
     bool zeroPad;
@@ -94,12 +95,13 @@ inline void readFlags(const wchar_t*& p, Directive& directive) {
 /// Reads the directive whose `%` stands before `p` and steps past its letter.
 inline Directive parseDirective(const wchar_t*& p, bool positional) {
     constexpr int kDefaultPrecision = 6;
-    Directive directive{1, false, false, false, false, {false, 0}, {false, kDefaultPrecision}, *p};
+    Directive directive{1, true, false, false, false, false, {false, 0}, {false, kDefaultPrecision}, *p};
     // Most directives are a letter alone.
     if (isLetter(directive.letter) && !isLengthLetter(directive.letter)) {
         ++p;
         return directive;
     }
+    directive.isBare = false;
     if (positional)
         directive.position = readPosition(p);
     if (*p == L'$')

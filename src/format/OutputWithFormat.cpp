@@ -51,6 +51,17 @@ public:
         return true;
     }
 
+    bool putDecimal(std::int32_t value) {
+        const auto bits = static_cast<std::uint32_t>(value);
+        const std::uint32_t magnitude = value < 0 ? 0 - bits : bits;
+        const int digits = decimalDigits(std::uint64_t{magnitude} | 1);
+        const int sign = value < 0 ? 1 : 0;
+        return put(static_cast<std::size_t>(digits + sign), [=](wchar_t* out) {
+            *out = L'-';
+            writeDigits(out + sign, magnitude, digits);
+        });
+    }
+
     // Runs that fit stay when a later one does not.
     bool fill(wchar_t c, unsigned count) {
         while (count > 0) {
@@ -231,7 +242,9 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
             const Directive directive = parseDirective(p, arguments.positional());
             if (directive.letter == L'\0')
                 return finish(output.written());
-            if (!putDirective(output, directive, p, arguments))
+            const bool isPlain = directive.isBare && directive.letter == L'd';
+            if (!(isPlain ? output.putDecimal(arguments.asInt(directive.position))
+                          : putDirective(output, directive, p, arguments)))
                 return finish(-1);
         }
     } catch (const std::bad_alloc&) {
