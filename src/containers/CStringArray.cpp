@@ -3,6 +3,7 @@
 #include <TqOsBase/containers/CStringArray.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <new>
@@ -39,16 +40,32 @@ long long sum(long long a, long long b) {
     return a + b;
 }
 
-CStringArray::String* allocate(long long count) {
-    constexpr auto kMostSlots = static_cast<long long>(kMost / sizeof(CStringArray::String));
-    if (count > kMostSlots)
+// What stands in front of the elements: how many there is room for. From kRoomySize on that is more than the capacity
+// that the growth rules give, so that the short steps of a large array do not move all of it each time; memory that is
+// not touched costs next to nothing.
+constexpr long long kRoomySize = 256;
+
+struct alignas(alignof(std::max_align_t)) BlockHeader {
+    long long room;
+};
+
+BlockHeader* headerOf(CStringArray::String* array) {
+    return reinterpret_cast<BlockHeader*>(array) - 1;
+}
+
+CStringArray::String* allocate(long long room) {
+    constexpr long long kMostRoom =
+        (kMost - static_cast<long long>(sizeof(BlockHeader))) / static_cast<long long>(sizeof(CStringArray::String));
+    if (room > kMostRoom)
         throw std::bad_alloc();
-    auto* storage = new std::byte[static_cast<std::size_t>(count) * sizeof(CStringArray::String)];
-    return reinterpret_cast<CStringArray::String*>(storage);
+    const std::size_t bytes = sizeof(BlockHeader) + static_cast<std::size_t>(room) * sizeof(CStringArray::String);
+    auto* header = ::new (static_cast<void*>(new std::byte[bytes])) BlockHeader{room};
+    return reinterpret_cast<CStringArray::String*>(header + 1);
 }
 
 void release(CStringArray::String* array) noexcept {
-    delete[] reinterpret_cast<std::byte*>(array);
+    if (array != nullptr)
+        delete[] reinterpret_cast<std::byte*>(headerOf(array));
 }
 
 } // namespace
@@ -69,17 +86,21 @@ void CStringArray::reserve(long long size) {
     if (size <= m_nMaxSize)
         return;
     if (m_pData == nullptr) {
-        moveTo(size);
+        moveTo(size, size);
         return;
     }
     long long step = m_nGrowBy;
     if (step == 0)
         step = m_nSize < kSmallSize ? kSmallStep : m_nSize < kLargeSize ? m_nSize / kStepDivisor : kLargeStep;
-    moveTo(std::max(size, sum(m_nMaxSize, step)));
+    const long long capacity = std::max(size, sum(m_nMaxSize, step));
+    if (headerOf(m_pData)->room >= capacity)
+        m_nMaxSize = capacity;
+    else
+        moveTo(capacity, m_nSize < kRoomySize ? capacity : sum(capacity, capacity));
 }
 
-void CStringArray::moveTo(long long capacity) {
-    String* fresh = allocate(capacity);
+void CStringArray::moveTo(long long capacity, long long room) {
+    String* fresh = allocate(room);
     relocate(fresh, m_pData, static_cast<std::size_t>(m_nSize));
     release(m_pData);
     m_pData = fresh;
@@ -105,8 +126,8 @@ void CStringArray::SetSize(long long size, long long growBy) {
 void CStringArray::FreeExtra() {
     if (m_nSize == 0)
         RemoveAll();
-    else if (m_nSize != m_nMaxSize)
-        moveTo(m_nSize);
+    else if (m_nSize != headerOf(m_pData)->room)
+        moveTo(m_nSize, m_nSize);
 }
 
 // By value: the copy is made before the array, which may hold the original, moves.

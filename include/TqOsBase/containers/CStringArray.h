@@ -7,7 +7,8 @@
 #include <string_view>
 
 /// Growable array of wide strings in one contiguous block, which grows by a fixed step where one is set and otherwise
-/// by 4 slots below 32 elements, an eighth of the size below 8200, and 1024 from there on.
+/// by 4 slots below 32 elements, an eighth of the size below 8200, and 1024 from there on. A block for 256 elements or
+/// more is made with room for twice its capacity, so that most of those steps leave the elements where they are.
 ///
 /// It holds between any two calls:
 ///   0 <= size <= capacity,  the elements [0, size) are alive, the slots behind them are not,  no array <=> capacity =
@@ -76,7 +77,7 @@ private:
         return index;
     }
     void reserve(long long size);
-    void moveTo(long long capacity);
+    void moveTo(long long capacity, long long room);
     long long append(std::wstring_view value);
     void setAtGrow(long long index, String value);
     void insertAt(long long index, const String& value, long long count);
