@@ -17,7 +17,7 @@ constexpr std::size_t kLargestRequest = 0x80000000U;
 } // namespace
 
 void* tqMalloc(std::size_t size) {
-    return size > kLargestRequest ? nullptr : g_tqGlobalHeap.allocHeap(size);
+    return size <= kLargestRequest ? g_tqGlobalHeap.allocHeap(size) : nullptr;
 }
 
 void* tqAllocate(std::size_t size) {
@@ -33,8 +33,7 @@ void* tqReallocate(void* block, std::size_t size) {
 }
 
 void tqFree(void* block) {
-    if (block != nullptr)
-        g_tqGlobalHeap.freeHeap(block);
+    g_tqGlobalHeap.freeHeap(block); // null is foreign, and the C library ignores it
 }
 
 void tqDeallocate(void* block) {

@@ -53,7 +53,7 @@ void pushPage(Page*& head, Page& page) noexcept {
 
 void BlockPools::create(std::span<const std::int16_t, kBlockPoolCount + 1> units) {
     for (std::size_t number = 1; number < m_pools.size(); ++number)
-        m_pools[number] = new BlockPool(number, static_cast<std::size_t>(units[number]), kPageBytes);
+        m_pools[number] = new BlockPool(number, static_cast<std::size_t>(units[number]));
 }
 
 void BlockPools::destroy() noexcept {
@@ -62,8 +62,8 @@ void BlockPools::destroy() noexcept {
 }
 
 std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept {
-    retireFullRun(pool);
-    if (pool.partial == nullptr) {
+    if (!hasUnit(*pool.partial)) {
+        returnParked(segments);
         Segment* const segment = segmentToServe(segments);
         if (segment == nullptr)
             return nullptr;
@@ -85,7 +85,7 @@ Segment* BlockPools::segmentToServe(SegmentTable& segments) noexcept {
         return m_withCommitted;
     Segment* segment = m_withUncommitted;
     if (segment != nullptr) {
-        if (!reallocBlockFromPage(*segment, segments))
+        if (!reallocBlockFromPage(*segment))
             return nullptr;
         unlinkSegment(m_withUncommitted, *segment);
     } else {
@@ -117,7 +117,7 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
 
 // Turns the run of adjacent pages at the head of a segment's uncommitted list, which is not empty, into its committed
 // free list, which is. Pages below the high-water mark are accessible already and only take their memory again.
-bool BlockPools::reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept {
+bool BlockPools::reallocBlockFromPage(Segment& segment) noexcept {
     Page* const first = segment.uncommitted;
     Page* last = first;
     std::uint32_t count = 1;
@@ -125,7 +125,6 @@ bool BlockPools::reallocBlockFromPage(Segment& segment, SegmentTable& segments) 
         last = last->next;
         ++count;
     }
-    segments.finishGivingBack(segmentStart(&segment));
     const auto end = static_cast<std::uint32_t>(pageIndex(*last) + 1);
     if (end > segment.highWater) {
         std::byte* const fresh = segmentStart(&segment) + segment.highWater * kPageBytes;
@@ -133,11 +132,47 @@ bool BlockPools::reallocBlockFromPage(Segment& segment, SegmentTable& segments) 
             return false;
         segment.highWater = end;
     }
+    for (std::uint32_t i = 0; i < count; ++i)
+        first[i].flags = 0;
     segment.committedFree = first;
     segment.committedCount = count;
     segment.uncommitted = std::exchange(last->next, nullptr);
     segment.uncommittedCount -= count;
     return true;
+}
+
+// The page's last block came back. Most often the pool asks for it again at once, so the page stays with its pool while
+// the segment would hand it out before any other: parked, it is where the next request finds it either way. It goes to
+// the segment before anything else happens that would show the difference.
+void BlockPools::freePage(Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
+    if (m_parked != &page)
+        returnParked(segments);
+    m_parked = nullptr;
+    if (hasUnit(page))
+        unlinkRun(pool, page);
+    if (!hasUnit(*pool.partial) && wouldServeNext(*segmentHeader(&page))) {
+        startRun(pool, page, pageAddress(page));
+        m_parked = &page;
+        return;
+    }
+    freeBlock(page, segments);
+}
+
+// True when a page that comes back to the segment is the next that is handed out, and that leaves lists A and B as they
+// were.
+bool BlockPools::wouldServeNext(const Segment& segment) const noexcept {
+    if (segment.committedCount == 0)
+        return segment.uncommittedCount == 0 || m_withUncommitted == &segment;
+    return segment.committedCount < kCommittedReserve && m_withCommitted == &segment;
+}
+
+// Returns the parked page to its segment, unless blocks of it were taken since.
+void BlockPools::returnParked(SegmentTable& segments) noexcept {
+    Page* const page = std::exchange(m_parked, nullptr);
+    if (page == nullptr || page->nextUnit != pageAddress(*page) || (page->flags & kFreeListMode) != 0)
+        return;
+    unlinkRun(*m_pools[page->poolNumber], *page);
+    freeBlock(*page, segments);
 }
 
 // Returns a wholly free page, already out of its pool, to its segment.
@@ -162,7 +197,7 @@ void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
     }
     pushPage(segment.uncommitted, page);
     ++segment.uncommittedCount;
-    segments.giveBackPage(pageAddress(page));
+    segments.giveBackPage(page);
 }
 
 } // namespace tq::detail

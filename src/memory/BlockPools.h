@@ -30,22 +30,27 @@ public:
 
     /// Gives a block back to its page and, when the page is wholly free, the page to its segment.
     void freeFromPool(std::byte* block, Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
-        if (giveUnit(pool, page, block))
-            freeBlock(page, segments);
+        if (!giveUnit(pool, page, block)) [[unlikely]]
+            freePage(page, pool, segments);
     }
 
     Segment* segmentsWithCommitted() const noexcept { return m_withCommitted; }
     Segment* segmentsWithUncommitted() const noexcept { return m_withUncommitted; }
+    const Page* parked() const noexcept { return m_parked; }
+    bool wouldServeNext(const Segment& segment) const noexcept;
 
 private:
     static Segment* allocPage(SegmentTable& segments) noexcept;
-    static bool reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept;
+    static bool reallocBlockFromPage(Segment& segment) noexcept;
     Segment* segmentToServe(SegmentTable& segments) noexcept;
+    void freePage(Page& page, BlockPool& pool, SegmentTable& segments) noexcept;
+    void returnParked(SegmentTable& segments) noexcept;
     void freeBlock(Page& page, SegmentTable& segments) noexcept;
 
     std::array<BlockPool*, kBlockPoolCount + 1> m_pools{};
     Segment* m_withCommitted = nullptr;   ///< List A: segments with accessible free pages.
     Segment* m_withUncommitted = nullptr; ///< List B: segments all of whose free pages are uncommitted.
+    Page* m_parked = nullptr;             ///< The page that was last parked; blocks of it may have been taken since.
 };
 
 } // namespace tq::detail

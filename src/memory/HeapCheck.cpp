@@ -3,7 +3,6 @@
 #include <bitset>
 #include <map>
 #include <unordered_set>
-#include <utility>
 
 namespace tq::detail {
 
@@ -30,10 +29,10 @@ public:
         checkStates();
         for (std::size_t number = 1; number <= kBlockPoolCount; ++number)
             if (const BlockPool* const pool = m_heap.blockPools().pool(number))
-                walkPool(*pool, kPageBytes, number);
+                walkPool(*pool, number);
         for (std::size_t number = 1; number <= kPagePoolCount; ++number)
             if (const PagePool* const pool = m_heap.pagePools().pool(number))
-                walkPool(*pool, kSegmentBytes, number);
+                walkPool(*pool, number);
         walkSegmentList(m_heap.blockPools().segmentsWithCommitted(), 'A');
         walkSegmentList(m_heap.blockPools().segmentsWithUncommitted(), 'B');
         for (std::size_t id = 1; id < kSegmentCount; ++id) {
@@ -43,6 +42,7 @@ public:
             if ((state & kSegmentInUse) != 0 && !ofUnits)
                 checkBlockSegment(id);
         }
+        checkParked();
         checkPending();
     }
 
@@ -83,37 +83,37 @@ private:
     }
 
     template <class Run>
-    void walkPool(const UnitPool<Run>& pool, std::size_t runBytes, std::size_t number) {
+    void walkPool(const UnitPool<Run>& pool, std::size_t number) {
         require(pool.number == number, "pool number", 0);
-        require(pool.unitSize == 0 || pool.unitsPerRun == runBytes / pool.unitSize, "units per run", 0);
-        for (const bool isFull : {false, true}) {
-            const Run* previous = nullptr;
-            for (const Run* run = isFull ? pool.full : pool.partial; run != nullptr;
-                 previous = std::exchange(run, run->next)) {
-                std::byte* const base = baseOf(*run);
-                const std::size_t segment = TqHeapConfigurator::segmentOf(base);
-                const std::size_t page = pageIndex(*pageOf(base));
-                require(run->previous == previous, "back link of a run", segment, page);
-                require(m_runs.insert(base).second, "run listed twice", segment, page);
-                require(run->poolNumber == number, "pool number of a run", segment, page);
-                require((run->freeCount == 0) == isFull || run == pool.partial, "run in the wrong list", segment, page);
-                if (isFull)
-                    require(run->nextUnit == nullptr, "next unit of a full run", segment, page);
-                else
-                    checkUnits(pool, *run, base, segment, page);
-            }
+        require(pool.unitSize == 0 || pool.unitsPerRun == kRunBytes<Run> / pool.unitSize, "units per run", 0);
+        require(!hasUnit(pool.end), "unit at the end of a list", 0);
+        for (const Run* run = pool.partial; run != &pool.end; run = run->next) {
+            std::byte* const base = baseOf(*run);
+            const std::size_t segment = TqHeapConfigurator::segmentOf(base);
+            const std::size_t page = pageIndex(*pageOf(base));
+            require(run == pool.partial || run->previous->next == run, "back link of a run", segment, page);
+            require(m_listed.insert(base).second, "run listed twice", segment, page);
+            require(run->poolNumber == number, "pool number of a run", segment, page);
+            checkUnits(pool, *run, base, segment, page);
+            const bool isWhollyFree = freeUnits(pool, *run) == pool.unitsPerRun;
+            require(!isWhollyFree || isParked(*run), "run wholly free", segment, page);
+            require(!isWhollyFree || run->next == &pool.end, "parked page in the wrong place", segment, page);
         }
     }
+
+    bool isParked(const Page& page) const { return m_heap.blockPools().parked() == &page; }
+    static bool isParked(const UnitSegment&) { return false; }
 
     template <class Run>
     static void checkUnits(const UnitPool<Run>& pool, const Run& run, const std::byte* base, std::size_t segment,
                            std::size_t page) {
-        require(run.freeCount < pool.unitsPerRun, "free count of a run", segment, page);
+        require(run.nextUnit != nullptr, "full run in a list", segment, page);
         if ((run.flags & kFreeListMode) == 0) {
-            require(run.nextUnit == base + (pool.unitsPerRun - run.freeCount) * pool.unitSize, "bump position", segment,
-                    page);
+            const auto offset = static_cast<std::size_t>(run.nextUnit - base);
+            require(offset <= pool.lastOffset && offset % pool.unitSize == 0, "bump position", segment, page);
             return;
         }
+        require(run.freeCount < pool.unitsPerRun, "free count of a run", segment, page);
         std::bitset<kPageBytes / 8> seen;
         std::size_t length = 0;
         for (const std::byte* unit = run.nextUnit; unit != nullptr; unit = readLink(unit), ++length) {
@@ -124,6 +124,14 @@ private:
             seen.set(index);
         }
         require(length == run.freeCount, "length of the free list", segment, page);
+    }
+
+    // A run that its pool need not list, as no unit of it is free.
+    template <class Run>
+    static void checkFull(const Run& run, const UnitPool<Run>* pool, std::size_t segment, std::size_t page = 0) {
+        require(pool != nullptr && pool->unitSize != 0, "pool number of a run", segment, page);
+        require(run.nextUnit == nullptr && run.freeCount == 0 && run.flags == kFreeListMode, "run in no list", segment,
+                page);
     }
 
     void walkSegmentList(const Segment* head, char name) {
@@ -144,7 +152,9 @@ private:
         const UnitSegment& record = m_heap.pagePools().record(id);
         if (ofUnits) {
             require(record.identifier() == id, "identifier of a record", id);
-            require(m_runs.count(TqHeapConfigurator::segmentAddress(id)) == 1, "record that no pool lists", id);
+            require(record.poolNumber <= kPagePoolCount, "pool number of a run", id);
+            if (m_listed.count(TqHeapConfigurator::segmentAddress(id)) == 0)
+                checkFull(record, m_heap.pagePools().pool(record.poolNumber), id);
             return;
         }
         require(record.identifier() == UnitSegment::kNoSegment, "record of an unused segment", id);
@@ -180,9 +190,12 @@ private:
         require(segment.highWater >= kInitialPages && segment.highWater <= kPagesPerSegment, "high water", id);
         for (std::size_t index = kHeaderPages; index < kPagesPerSegment; ++index) {
             const bool isFree = committed[index] || uncommitted[index];
-            const bool isInPool = m_runs.count(base + index * kPageBytes) != 0;
+            const Page& page = *pageAt(base, index);
             require(!(committed[index] && uncommitted[index]), "page in two lists", id, index);
-            require(isFree != isInPool, isFree ? "free page in a pool" : "page in no list", id, index);
+            require(!isFree || m_listed.count(base + index * kPageBytes) == 0, "free page in a pool", id, index);
+            require(page.poolNumber <= kBlockPoolCount, "pool number of a run", id, index);
+            if (!isFree && m_listed.count(base + index * kPageBytes) == 0)
+                checkFull(page, m_heap.blockPools().pool(page.poolNumber), id, index);
             require(index < segment.highWater || uncommitted[index], "used page above the high-water mark", id, index);
         }
         checkTail(segment, id);
@@ -204,24 +217,35 @@ private:
         require(expected == kPagesPerSegment, "fresh page missing", id);
     }
 
+    // The place that the parked page stands in for.
+    void checkParked() const {
+        const Page* const page = m_heap.blockPools().parked();
+        if (page == nullptr || page->nextUnit != baseOf(*page) || (page->flags & kFreeListMode) != 0)
+            return; // in use again
+        require(m_heap.blockPools().wouldServeNext(*segmentHeader(page)), "parked page is not the next to be served",
+                TqHeapConfigurator::segmentOf(page), pageIndex(*page));
+    }
+
     void checkPending() const {
-        const GiveBackRun& pending = m_heap.segments().pending();
-        if (pending.begin() == nullptr)
-            return;
-        require(isInUse(pending.begin(), 0), "pending page outside the block segments", 0);
-        const std::size_t id = TqHeapConfigurator::segmentOf(pending.begin());
-        const Segment& segment = *segmentHeader(pending.begin());
-        std::bitset<kPagesPerSegment> uncommitted;
-        walkFreePages(segment.uncommitted, id, uncommitted);
-        for (const std::byte* page = pending.begin(); page != pending.end(); page += kPageBytes) {
-            const std::size_t index = pageIndex(*pageOf(page));
-            require(uncommitted[index] && index < segment.highWater, "pending page in use", id, index);
+        const PendingPages& pending = m_heap.segments().pending();
+        require(pending.count() < PendingPages::kMost, "pending pages", 0);
+        for (std::size_t i = 0; i < pending.count(); ++i) {
+            const Page& page = pending[i];
+            baseOf(page);
+            const std::size_t id = TqHeapConfigurator::segmentOf(&page);
+            if ((page.flags & kPending) == 0)
+                continue;
+            std::bitset<kPagesPerSegment> uncommitted;
+            const Segment& segment = *segmentHeader(&page);
+            walkFreePages(segment.uncommitted, id, uncommitted);
+            require(uncommitted[pageIndex(page)] && pageIndex(page) < segment.highWater, "pending page in use", id,
+                    pageIndex(page));
         }
     }
 
     const GlobalHeap& m_heap;
-    std::unordered_set<const std::byte*> m_runs; // bases of the runs that pools list
-    std::map<std::size_t, char> m_listOf;        // segments in list A or B
+    std::unordered_set<const std::byte*> m_listed; // bases of the runs that pools list
+    std::map<std::size_t, char> m_listOf;          // segments in list A or B
 };
 
 } // namespace

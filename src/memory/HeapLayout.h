@@ -10,19 +10,24 @@
 // All of it, but for the access rights that only the system knows, is verified by HeapCheck.
 //
 // A run is what a pool cuts its units from: a page (block pools) or a whole segment (page pools). With u units per run
-// and base = address of the run, for every run that a pool owns:
-//   0 <= freeCount < u                  a run that becomes wholly free leaves its pool at once
-//   in the full list  =>  freeCount == 0 and nextUnit == null
-//   freeCount == 0  =>  in the full list, or the first of the partial list
-//   bump mode:       nextUnit == base + (u - freeCount) * unitSize; units from there on are free
-//   free-list mode:  the chain from nextUnit has freeCount distinct units of the run and ends with null
-//   poolNumber == number of the pool that lists it
+// and base = address of the run, for every run that a pool owns, f being the number of its free units:
+//   0 <= f < u                  a run that becomes wholly free leaves its pool at once, but for a parked page
+//   f > 0  <=>  the pool lists it;   full runs are in no list
+//   bump mode:       f > 0, and nextUnit == base + (u - f) * unitSize; units from there on are free
+//   free-list mode:  f == freeCount, and the chain from nextUnit has f distinct units of the run and ends with null
+//   poolNumber == number of its pool
+//
+// At most one page is parked: wholly free, in bump mode, the last in its pool's list. It stands there in place of being
+// the head of its segment's committed free list, where the pool's next page would come from: either the segment is the
+// head of list A and has room for it (0 < c < kCommittedReserve below), or c == 0 and the segment is in no list, or the
+// head of list B.
 //
 // For every block segment (state 3), with c = committedCount, n = uncommittedCount, h = highWater:
 //   c == length of committedFree <= kCommittedReserve,   n == length of uncommitted
 //   c + n + (pages in pools) == kUsablePages             each usable page is in exactly one place
 //   pages [0, h) are accessible and no others: pages in pools and committed free pages lie below h
-//   pages [h, 256) are on the uncommitted list, at its end, in address order; those of it below h were given back
+//   pages [h, 256) are on the uncommitted list, at its end, in address order; those of it below h were given back, or
+//   have kPending and are to be
 //   poolNumber == 0 for each page that is in no pool
 //   in list A  <=>  c > 0;   in list B  <=>  c == 0 and n > 0
 //
@@ -41,15 +46,17 @@ inline constexpr std::size_t kCommitPages = 16;
 /// Free pages that a segment keeps accessible, memory and all.
 inline constexpr std::uint32_t kCommittedReserve = 16;
 
-/// Flag of a run: its free units are chained; otherwise they are the rest of the run from nextUnit on.
+/// Flag of a run: its free units are chained, or there are none; otherwise they are the rest of it from nextUnit on.
 inline constexpr std::uint16_t kFreeListMode = 1;
+/// Flag of a page on its segment's uncommitted list: its memory is yet to be given back.
+inline constexpr std::uint16_t kPending = 2;
 
 /// Descriptor of one page of a block segment.
 struct Page {
     Page* next = nullptr; ///< In its pool's list, or in one of its segment's free page lists (linked forward only).
     Page* previous = nullptr;
     std::byte* nextUnit = nullptr;
-    std::uint32_t freeCount = 0;
+    std::uint32_t freeCount = 0; ///< In free-list mode; in bump mode the position tells.
     std::uint16_t poolNumber = 0;
     std::uint16_t flags = 0;
 };

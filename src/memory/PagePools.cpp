@@ -6,7 +6,7 @@ namespace tq::detail {
 
 void PagePools::create() {
     for (std::size_t number = 1; number < m_pools.size(); ++number)
-        m_pools[number] = new PagePool(number, number * kPageBytes, kSegmentBytes);
+        m_pools[number] = new PagePool(number, number * kPageBytes);
 }
 
 void PagePools::destroy() noexcept {
@@ -15,8 +15,7 @@ void PagePools::destroy() noexcept {
 }
 
 std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments) noexcept {
-    retireFullRun(pool);
-    if (pool.partial == nullptr) {
+    if (!hasUnit(*pool.partial)) {
         std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
         if (base == nullptr)
             return nullptr;
@@ -34,8 +33,10 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
 void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
     UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
     PagePool* const pool = m_pools[record.poolNumber];
-    if (pool == nullptr || !giveUnit(*pool, record, unit))
+    if (pool == nullptr || giveUnit(*pool, record, unit))
         return;
+    if (hasUnit(record))
+        unlinkRun(*pool, record);
     record = UnitSegment{};
     segments.release(segmentStart(unit));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "memory/GiveBackRun.h"
 #include "memory/HeapConfigurator.h"
+#include "memory/PendingPages.h"
 
 #include <array>
 #include <cstddef>
@@ -17,6 +17,9 @@ enum SegmentState : std::uint8_t {
     kSegmentLastResort = 4,
     kSegmentOfUnits = 8, ///< Beside kSegmentInUse: it serves a page pool. Freeing tells the two kinds apart by it.
 };
+
+/// State of a segment that serves block pools, but for one that was taken as the last resort.
+inline constexpr std::uint8_t kBlockSegment = kSegmentInUse | kSegmentFree;
 
 /// Which segments of the reservation are in use, and the memory behind them. Of at most kSegmentCount segments each has
 /// an accessible front and an inaccessible rest, so the heap takes at most two mappings per segment, far below the
@@ -36,17 +39,15 @@ public:
 
     /// Makes part of a segment in use readable and writable; false when the system refuses several times.
     static bool commit(std::byte* address, std::size_t size) noexcept;
-    /// Gives the memory of a free page back, at once or together with its neighbours'.
-    void giveBackPage(std::byte* page) noexcept { m_pending.add(page); }
-    /// To be called before pages of `segment` that were given back are used again.
-    void finishGivingBack(const std::byte* segment) noexcept { m_pending.flush(segment); }
+    /// Gives the memory of a free page back, now or later, together with that of others.
+    void giveBackPage(Page& page) noexcept { m_pending.add(page); }
 
     /// State of the segment with an identifier of 0 to kMaxPageId.
     std::uint8_t state(std::size_t identifier) const noexcept {
         return m_states[identifier - static_cast<std::size_t>(TqHeapConfigurator::mOffSetId)];
     }
     std::int16_t searchHint() const noexcept { return m_searchHint; }
-    const GiveBackRun& pending() const noexcept { return m_pending; }
+    const PendingPages& pending() const noexcept { return m_pending; }
 
 private:
     std::uint8_t& stateOf(std::size_t identifier) noexcept {
@@ -56,7 +57,7 @@ private:
 
     std::int16_t m_searchHint = 0; ///< Where the next search for a free segment starts, going down.
     std::array<std::uint8_t, kSegmentCount> m_states{};
-    GiveBackRun m_pending;
+    PendingPages m_pending;
 };
 
 } // namespace tq::detail

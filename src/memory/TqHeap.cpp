@@ -40,10 +40,14 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocOutsideSmallPools(std::size_t size) {
-    build();
     const std::size_t wanted = std::max<std::size_t>(size, 1);
     BlockPool* const pool = m_blockPools.pool(PoolConfigurator::poolOfSize(wanted));
-    return pool != nullptr ? allocFromPool(*pool) : std::malloc(wanted);
+    if (pool != nullptr) [[likely]]
+        return allocFromPool(*pool);
+    if (m_isBuilt)
+        return std::malloc(wanted);
+    build();
+    return allocHeap(size);
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
@@ -69,13 +73,17 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeFore
     std::free(block);
 }
 
-// A page unit, a stray, or any block while frees are suspended.
+// A page unit, a block of a last-resort segment, a stray, or anything while frees are suspended.
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
-void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUncommon(void* block,
-                                                                                     unsigned kind) noexcept {
-    assert(kind != 0 && "freed an address whose segment is not in use");
-    if ((kind & kSegmentOfUnits) != 0 && !m_freesSuspended)
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUncommon(void* block) noexcept {
+    const unsigned state = m_segments.state(HeapConfigurator::segmentOf(block));
+    assert((state & kSegmentInUse) != 0 && "freed an address whose segment is not in use");
+    if ((state & kSegmentInUse) == 0 || m_freesSuspended)
+        return;
+    if ((state & kSegmentOfUnits) != 0)
         m_pagePools.freeFromPagePool(static_cast<std::byte*>(block), m_segments);
+    else
+        freeBlock(block);
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
@@ -85,7 +93,7 @@ void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHe
     PagePool* const pool = pages <= kPagePoolCount ? m_pagePools.pool(pages) : nullptr;
     if (pool == nullptr)
         return std::malloc(size);
-    if (hasUnit(pool->partial))
+    if (hasUnit(*pool->partial))
         return takeUnit(*pool, *pool->partial);
     return m_pagePools.reallocFromPagePool(*pool, m_segments);
 }
@@ -95,7 +103,9 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeHeap
     const std::uintptr_t offset = HeapConfigurator::offsetOf(unit);
     if (offset >= kReservationBytes)
         return freeForeign(unit);
-    freeUncommon(unit, m_segments.state(offset >> kSegmentShift) & (kSegmentInUse | kSegmentOfUnits));
+    const unsigned state = m_segments.state(offset >> kSegmentShift);
+    if ((state & (kSegmentInUse | kSegmentOfUnits)) != kSegmentInUse)
+        freeUncommon(unit);
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>

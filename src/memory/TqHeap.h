@@ -69,13 +69,9 @@ public:
         const std::uintptr_t offset = HeapConfigurator::offsetOf(block);
         if (offset >= kReservationBytes)
             return freeForeign(block);
-        const unsigned kind = m_segments.state(offset >> kSegmentShift) & (kSegmentInUse | kSegmentOfUnits);
-        if (kind != kSegmentInUse || m_freesSuspended) [[unlikely]]
-            return freeUncommon(block, kind);
-        Page& page = *pageOf(block);
-        BlockPool* const pool = m_blockPools.pool(page.poolNumber);
-        if (pool != nullptr)
-            m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, *pool, m_segments);
+        if (m_segments.state(offset >> kSegmentShift) != kBlockSegment || m_freesSuspended) [[unlikely]]
+            return freeUncommon(block);
+        freeBlock(block);
     }
 
     /// A unit of `pages` whole pages, 1 to kPagePoolCount; null when there is no memory. Any other number, like every
@@ -96,13 +92,19 @@ private:
     static_assert(kPoolCount == kBlockPoolCount);
 
     void* allocFromPool(BlockPool& pool) noexcept {
-        if (hasUnit(pool.partial)) [[likely]]
+        if (hasUnit(*pool.partial)) [[likely]]
             return takeUnit(pool, *pool.partial);
         return m_blockPools.reallocFromPool(pool, m_segments);
     }
+    void freeBlock(void* block) noexcept {
+        Page& page = *pageOf(block);
+        BlockPool* const pool = m_blockPools.pool(page.poolNumber);
+        if (pool != nullptr) [[likely]]
+            m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, *pool, m_segments);
+    }
     void* allocOutsideSmallPools(std::size_t size);
     static void freeForeign(void* block) noexcept;
-    void freeUncommon(void* block, unsigned kind) noexcept;
+    void freeUncommon(void* block) noexcept;
     std::size_t unitSizeOf(const void* block, unsigned kind) const noexcept;
 
     DeferredLocker m_lockers[3]; ///< Held for callers' sake; no operation locks.

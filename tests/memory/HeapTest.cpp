@@ -249,7 +249,7 @@ TEST_F(Heap, DamageIsSeenByTheCheckThatTheseTestsRelyOn) {
     expectSeen(page.freeCount, page.freeCount + 1, "length of the free list");
     expectSeen(page.nextUnit, page.nextUnit + 8, "out of place");
     expectSeen(*reinterpret_cast<char**>(blocks[1]), blocks[3], "chained twice");
-    expectSeen(bump.nextUnit, bump.nextUnit + 64, "bump position");
+    expectSeen(bump.nextUnit, bump.nextUnit + 8, "bump position");
 
     Segment& segment = *segmentHeader(lone);
     expectSeen(segment.committedCount, segment.committedCount + 1, "committed count");
