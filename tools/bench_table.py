@@ -27,7 +27,10 @@ def run(program: pathlib.Path, args: argparse.Namespace) -> list:
     ]
     if args.filter:
         command.append(f"--benchmark_filter={args.filter}")
-    result = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
+    # Some allocators need more thread-local storage than glibc keeps for libraries that are loaded late.
+    environment = dict(os.environ, GLIBC_TUNABLES="glibc.rtld.optional_static_tls=8192")
+    result = subprocess.run(
+        command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False, env=environment)
     if result.returncode != 0:
         sys.exit(f"{program.name} failed:\n{result.stderr}")
     return json.loads(result.stdout)["benchmarks"] if result.stdout.strip() else []

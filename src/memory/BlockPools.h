@@ -30,8 +30,15 @@ public:
 
     /// Gives a block back to its page and, when the page is wholly free, the page to its segment.
     void freeFromPool(std::byte* block, Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
-        if (!giveUnit(pool, page, block)) [[unlikely]]
-            freePage(page, pool, segments);
+        if (giveUnit(pool, page, block)) [[likely]]
+            return;
+        // Parked already, and nothing has happened to the segments since: it may stay.
+        if (m_parked == &page && pool.partial == &page && page.next == &pool.end) {
+            page.flags = 0;
+            page.nextUnit = pageAddress(page);
+            return;
+        }
+        freePage(page, pool, segments);
     }
 
     Segment* segmentsWithCommitted() const noexcept { return m_withCommitted; }
