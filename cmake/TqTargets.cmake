@@ -7,6 +7,11 @@ if(TQ_SANITIZE)
   add_link_options(-fsanitize=${TQ_SANITIZE})
 endif()
 
+# Everywhere, since tests share internal headers with the library.
+if(TQ_VALGRIND)
+  add_compile_definitions(TQ_VALGRIND)
+endif()
+
 # The fuzzer needs the library itself to tell which code an input has reached.
 if(TQ_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)

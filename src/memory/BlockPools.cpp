@@ -106,6 +106,8 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
         segments.release(base);
         return nullptr;
     }
+    platform::markUsed(base, kHeaderPages * kPageBytes);
+    platform::markFree(base + kHeaderPages * kPageBytes, kUsablePages * kPageBytes);
     return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages),
                               .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment),
                               .next = 0,

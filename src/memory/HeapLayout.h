@@ -1,6 +1,7 @@
 #pragma once
 
 #include "memory/HeapConfigurator.h"
+#include "platform/MemoryMarks.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -129,12 +130,14 @@ inline std::byte* pageAddress(const Page& page) noexcept {
 
 /// A free unit in free-list mode holds the address of the next one in its first bytes.
 inline std::byte* readLink(const std::byte* unit) noexcept {
+    const platform::FreeMemoryAccess access(unit, sizeof(std::byte*));
     std::byte* next = nullptr;
     std::memcpy(static_cast<void*>(&next), unit, sizeof next);
     return next;
 }
 
 inline void writeLink(std::byte* unit, std::byte* next) noexcept {
+    const platform::FreeMemoryAccess access(unit, sizeof next);
     std::memcpy(unit, static_cast<const void*>(&next), sizeof next);
 }
 

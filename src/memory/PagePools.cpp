@@ -23,6 +23,7 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
             segments.release(base);
             return nullptr;
         }
+        platform::markFree(base, kSegmentBytes);
         const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
         m_records[identifier].setIdentifier(identifier);
         startRun(pool, m_records[identifier], base);
@@ -33,7 +34,10 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
 void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
     UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
     PagePool* const pool = m_pools[record.poolNumber];
-    if (pool == nullptr || giveUnit(*pool, record, unit))
+    if (pool == nullptr)
+        return;
+    platform::markGivenBack(unit, pool->unitSize);
+    if (giveUnit(*pool, record, unit))
         return;
     if (hasUnit(record))
         unlinkRun(*pool, record);

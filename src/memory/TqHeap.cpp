@@ -93,9 +93,11 @@ void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHe
     PagePool* const pool = pages <= kPagePoolCount ? m_pagePools.pool(pages) : nullptr;
     if (pool == nullptr)
         return std::malloc(size);
-    if (hasUnit(*pool->partial))
-        return takeUnit(*pool, *pool->partial);
-    return m_pagePools.reallocFromPagePool(*pool, m_segments);
+    std::byte* const unit =
+        hasUnit(*pool->partial) ? takeUnit(*pool, *pool->partial) : m_pagePools.reallocFromPagePool(*pool, m_segments);
+    if (platform::kMarksMemory && unit != nullptr)
+        platform::markHandedOut(unit, pool->unitSize);
+    return unit;
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>

@@ -92,15 +92,19 @@ private:
     static_assert(kPoolCount == kBlockPoolCount);
 
     void* allocFromPool(BlockPool& pool) noexcept {
-        if (hasUnit(*pool.partial)) [[likely]]
-            return takeUnit(pool, *pool.partial);
-        return m_blockPools.reallocFromPool(pool, m_segments);
+        std::byte* const block =
+            hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
+        if (platform::kMarksMemory && block != nullptr)
+            platform::markHandedOut(block, pool.unitSize);
+        return block;
     }
     void freeBlock(void* block) noexcept {
         Page& page = *pageOf(block);
         BlockPool* const pool = m_blockPools.pool(page.poolNumber);
-        if (pool != nullptr) [[likely]]
-            m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, *pool, m_segments);
+        if (pool == nullptr) [[unlikely]]
+            return;
+        platform::markGivenBack(block, pool->unitSize);
+        m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, *pool, m_segments);
     }
     void* allocOutsideSmallPools(std::size_t size);
     static void freeForeign(void* block) noexcept;

@@ -248,7 +248,11 @@ TEST_F(Heap, DamageIsSeenByTheCheckThatTheseTestsRelyOn) {
     expectSeen(page.poolNumber, 2, "pool number of a run");
     expectSeen(page.freeCount, page.freeCount + 1, "length of the free list");
     expectSeen(page.nextUnit, page.nextUnit + 8, "out of place");
-    expectSeen(*reinterpret_cast<char**>(blocks[1]), blocks[3], "chained twice");
+    auto* const chained = reinterpret_cast<std::byte*>(blocks[1]);
+    std::byte* const next = readLink(chained);
+    writeLink(chained, reinterpret_cast<std::byte*>(blocks[3]));
+    EXPECT_NE(checkHeap(g_tqGlobalHeap).find("chained twice"), std::string::npos);
+    writeLink(chained, next);
     expectSeen(bump.nextUnit, bump.nextUnit + 8, "bump position");
 
     Segment& segment = *segmentHeader(lone);

@@ -1,0 +1,67 @@
+// Misuses a block in the way its argument names, for a memory checker to report. Without an argument it uses blocks as
+// it should, through every state of a page, and nothing is to be reported.
+
+#include <TqOsBase/memory/Allocation.h>
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+volatile char g_sink;
+
+char* allocate(std::size_t size) {
+    return static_cast<char*>(tqMalloc(size));
+}
+
+// The memory of a block that is no one's.
+char* freed(std::size_t size) {
+    char* const block = allocate(size);
+    tqFree(block);
+    return block;
+}
+
+void useProperly() {
+    std::vector<char*> blocks;
+    for (const std::size_t size : {8, 40, 256, 512, 2048, 4096}) {
+        for (int round = 0; round < 3; ++round) {
+            for (int i = 0; i < 600; ++i) {
+                blocks.push_back(allocate(size));
+                std::memset(blocks.back(), i, tqMsize(blocks.back()));
+            }
+            for (std::size_t i = 0; i < blocks.size(); ++i) // out of order, so that there are chains
+                tqFree(blocks[i * 7 % blocks.size()]);
+            blocks.clear();
+        }
+    }
+    auto* const unit = static_cast<char*>(tqAllocPageHeap(8192));
+    std::memset(unit, 1, 8192);
+    auto* const moved = static_cast<char*>(tqRealloc(unit, 3));
+    g_sink = moved[2];
+    tqFree(moved);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const char* const misuse = argc > 1 ? argv[1] : "none";
+    const auto is = [misuse](const char* name) { return std::strcmp(misuse, name) == 0; };
+    char* const keptAlive = allocate(48); // keeps its page in the pool
+    if (is("none"))
+        useProperly();
+    else if (is("read"))
+        g_sink = *freed(40);
+    else if (is("write"))
+        freed(48)[47] = 1;
+    else if (is("overrun"))
+        allocate(48)[48] = 1; // into a block that was never handed out
+    else if (is("unit"))
+        g_sink = static_cast<char*>(tqAllocPageHeap(8192))[8192];
+    else if (is("twice"))
+        tqFree(freed(48));
+    else
+        return 2;
+    tqFree(keptAlive);
+    std::puts("done");
+}
