@@ -37,6 +37,7 @@ def exported(nm: str, library: str, is_mach: bool) -> set:
 
 def normalised(name: str) -> str:
     name = re.sub(r"std::(__1|__cxx11)::", "std::", name)
+    name = re.sub(r"\[abi:\w+\]", "", name)
     name = re.sub(r"\blong long\b", "long", name)
     name = re.sub(r"\b__sFILE\b", "_IO_FILE", name)
     return re.sub(r"> >", ">>", name)

@@ -43,6 +43,7 @@
 #include <TqOsBase/format/OutputWithFormat.h>
 #include <TqOsBase/format/QMode.h>
 #include <TqOsBase/memory/Allocation.h>
+#include <TqOsBase/memory/HeapReport.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/PathFunctions.h>
 #include <TqOsBase/stream/TqFileSystem.h>

@@ -33,9 +33,12 @@ public:
         if (giveUnit(pool, page, block)) [[likely]]
             return;
         // Parked already, and nothing has happened to the segments since: it may stay.
-        if (m_parked == &page && pool.partial == &page && page.next == &pool.end) {
+        const Page* const other = pool.partial == &page ? page.next : pool.partial;
+        if (m_parked == &page && other == &pool.end) {
             page.flags = 0;
             page.nextUnit = pageAddress(page);
+            page.next = &pool.end;
+            pool.partial = &page;
             return;
         }
         freePage(page, pool, segments);

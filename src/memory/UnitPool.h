@@ -4,6 +4,7 @@
 
 #include <TqOsBase/diag/TqLock.h>
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -80,6 +81,7 @@ void startRun(UnitPool<Run>& pool, Run& run, std::byte* base) noexcept {
 /// Free units of a run that the pool owns.
 template <class Run>
 std::size_t freeUnits(const UnitPool<Run>& pool, const Run& run) noexcept {
+    assert(pool.unitSize != 0 && "a pool that serves no size owns no run");
     return (run.flags & kFreeListMode) != 0 ? run.freeCount
                                             : pool.unitsPerRun - offsetInRun<Run>(run.nextUnit) / pool.unitSize;
 }

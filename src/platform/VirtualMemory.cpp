@@ -2,6 +2,8 @@
 
 #include "platform/VirtualMemoryFlags.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sys/mman.h>
 
 #if defined(__has_feature)
@@ -48,6 +50,21 @@ void makeInaccessible(void* address, std::size_t size) noexcept {
 
 void giveBack(void* address, std::size_t size) noexcept {
     ::madvise(address, size, giveBackAdvice());
+}
+
+std::size_t residentPages(const void* address, std::size_t count, std::size_t pageSize) noexcept {
+    ResidenceByte states[256];
+    std::size_t resident = 0;
+    const auto* const first = static_cast<const char*>(address);
+    for (std::size_t done = 0; done < count; done += std::size(states)) {
+        const std::size_t step = std::min(count - done, std::size(states));
+        void* const start = const_cast<char*>(first + done * pageSize);
+        if (::mincore(start, step * pageSize, states) != 0)
+            return 0;
+        resident += static_cast<std::size_t>(
+            std::count_if(states, states + step, [](ResidenceByte state) { return (state & 1) != 0; }));
+    }
+    return resident;
 }
 
 std::uintptr_t reserveAnywhere(std::size_t size, std::size_t alignment) noexcept {

@@ -31,4 +31,8 @@ void makeInaccessible(void* address, std::size_t size) noexcept;
 /// memory again when they are next written to.
 void giveBack(void* address, std::size_t size) noexcept;
 
+/// Number of the pages that hold memory, of `count` mapped pages of `pageSize` bytes (the system's) from `address` on;
+/// 0 when the system does not tell.
+std::size_t residentPages(const void* address, std::size_t count, std::size_t pageSize) noexcept;
+
 } // namespace tq::platform

@@ -10,4 +10,11 @@ int noReplaceFlag() noexcept;
 /// The advice that gives the memory of private pages back.
 int giveBackAdvice() noexcept;
 
+/// What mincore writes for each page.
+#if defined(__APPLE__)
+using ResidenceByte = char;
+#else
+using ResidenceByte = unsigned char;
+#endif
+
 } // namespace tq::platform

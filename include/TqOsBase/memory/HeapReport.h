@@ -1,0 +1,78 @@
+#pragma once
+
+#include <TqOsBase/Export.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tq {
+
+/// What the global heap holds at one moment: which memory it has, and what its pools made of it. Blocks of the C
+/// library, which serves the sizes between the pools', are not part of it.
+struct HeapReport {
+    /// The pages of a segment, which is 1 MiB.
+    static constexpr std::size_t kPageBytes = 4096;
+    static constexpr std::size_t kPagesPerSegment = 256;
+
+    /// A pool that owns memory. Block pools cut blocks from pages; page pools cut units of whole pages from segments.
+    struct Pool {
+        bool servesPages;       ///< A page pool.
+        int number;             ///< Its number among the pools of its kind.
+        std::size_t unitBytes;  ///< Size of each of its blocks or units.
+        std::size_t pages;      ///< Pages that it owns; those of a page pool are 256 for each of its segments.
+        std::size_t usedBlocks; ///< Blocks that are handed out.
+        std::size_t freeBlocks; ///< Blocks of its pages that are not.
+        /// Bytes that were asked for. Only units of pages are always as large as asked: blocks are rounded up to the
+        /// unit, and the heap does not keep what was asked, so for a block pool there is no value.
+        std::optional<std::size_t> askedBytes;
+    };
+
+    enum class PageState : std::uint8_t {
+        eHeader,    ///< Holds the descriptors of the segment's pages.
+        eUntouched, ///< Was never accessible.
+        eGivenBack, ///< Free; its memory was given back to the system.
+        eWaiting,   ///< Free; its memory is about to be given back.
+        eReserve,   ///< Free, with its memory, for the next pool that needs a page.
+        eInPool,    ///< Belongs to a pool.
+    };
+
+    struct Page {
+        PageState state;
+        std::uint16_t pool;  ///< Number of the pool of a page in one, otherwise 0.
+        std::uint16_t used;  ///< Blocks of it in use; for a page of a page pool 1 when its unit is.
+        std::uint16_t total; ///< Blocks that it holds, used or free; for a page of a page pool 1.
+    };
+
+    struct Segment {
+        std::size_t number;   ///< Its place in the reservation.
+        bool servesPages;     ///< All of it belongs to one page pool.
+        std::size_t resident; ///< Its bytes that hold memory.
+        std::array<Page, kPagesPerSegment> pages;
+    };
+
+    std::uintptr_t address = 0;     ///< Start of the reservation, 0 when there are no pools.
+    std::size_t reservedBytes = 0;  ///< Address space.
+    std::size_t committedBytes = 0; ///< Headers, pages in pools, and pages kept in reserve.
+    std::size_t residentBytes = 0;  ///< What of the segments in use holds memory, as the system tells; else 0.
+    std::vector<Pool> pools;        ///< Those that own memory: block pools, then page pools, by number.
+    std::vector<Segment> segments;  ///< Those in use, by number.
+};
+
+/// Takes a snapshot of the global heap, which costs nothing while this is not called. Empty while the heap has no
+/// pools: before it is built, after it is torn down, and where its address space cannot be had. Time in proportion to
+/// the segments in use and to the free units of page pools. Throws std::bad_alloc. As all of the heap: for one thread
+/// at a time.
+TQ_API HeapReport heapReport();
+
+/// The report as lines of text: the totals, then a table of the pools. Ends with a newline.
+TQ_API std::string heapReportText(const HeapReport& report);
+
+/// The report as a picture, an SVG document of its own: a row for each segment, a cell for each of its pages, coloured
+/// by state, those in pools by how full they are; the pool and the blocks in use show under the pointer.
+TQ_API std::string heapReportSvg(const HeapReport& report);
+
+} // namespace tq
