@@ -1,0 +1,61 @@
+"""Shows the library's types in gdb. In gdb or a .gdbinit: source <path>/tools/debugger/tq_gdb.py"""
+
+import os
+import sys
+
+import gdb
+import gdb.printing
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import tq_types  # noqa: E402
+
+
+class Value:
+    def __init__(self, raw):
+        self.raw = raw
+
+    def field(self, name):
+        try:
+            return Value(self.raw[name])
+        except gdb.error:
+            return None
+
+    def number(self):
+        return int(self.raw)
+
+    def at(self, index):
+        return Value(self.raw[index])
+
+    def pointer_to(self, name):
+        return Value(self.raw.cast(gdb.lookup_type(name).pointer()))
+
+    def memory(self, count):
+        is_pointer = self.raw.type.strip_typedefs().code == gdb.TYPE_CODE_PTR
+        address = int(self.raw if is_pointer else self.raw.address)
+        return bytes(gdb.selected_inferior().read_memory(address, count))
+
+    def shown(self):
+        return str(self.raw.cast(self.raw.type.strip_typedefs().fields()[0].type))
+
+
+def printer(described):
+    class Printer:
+        def __init__(self, raw):
+            self.value = Value(raw)
+
+        def to_string(self):
+            return described.summary(self.value)
+
+    if hasattr(described, "children"):
+        Printer.children = lambda self: ((name, child.raw) for name, child in described.children(self.value))
+    return Printer
+
+
+def register():
+    collection = gdb.printing.RegexpCollectionPrettyPrinter("TqOsBase")
+    for described in tq_types.TYPES:
+        collection.add_printer(described.__name__, described.pattern, printer(described))
+    gdb.printing.register_pretty_printer(gdb.current_objfile(), collection, replace=True)
+
+
+register()
