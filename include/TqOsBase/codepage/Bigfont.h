@@ -5,10 +5,11 @@
 #include <map>
 #include <string>
 
-// Which East Asian code page the text drawn with a big font is in: a built-in list of well-known big font files, then
-// the user's BIGFONT.INI, then the system's language. The lookups that callers use are TqCharMapper::getCpByBigFont and
-// TqCharMapper::getCpIndexByBigFont. The user's definitions are one map for the process, kept from load to exit; what
-// reads or fills it runs in one thread at a time.
+/// \file
+/// Which East Asian code page the text drawn with a big font is in: a built-in list of well-known big font files, then
+/// the user's BIGFONT.INI, then the system's language. The lookups that callers use are TqCharMapper::getCpByBigFont
+/// and TqCharMapper::getCpIndexByBigFont. The user's definitions are one map for the process, kept from load to exit;
+/// what reads or fills it runs in one thread at a time.
 
 /// How the application finds and reads the user's definitions; the library only calls it. The slots are in the order
 /// that callers' objects have; the caller of a lookup owns the object.

@@ -8,10 +8,11 @@
 /// produces fit in 16 bits.
 using LCID = std::uint32_t;
 
-// The Windows national language functions under their Windows names. There is no Windows locale behind them: most are
-// fixed answers that callers rely on, and the two conversions are those of the C library in the process's current C
-// locale. None sets an error code. All are reentrant, but a conversion changes its result when another thread changes
-// the locale.
+/// \file
+/// The Windows national language functions under their Windows names. There is no Windows locale behind them: most are
+/// fixed answers that callers rely on, and the two conversions are those of the C library in the process's current C
+/// locale. None sets an error code. All are reentrant, but a conversion changes its result when another thread changes
+/// the locale.
 
 /// Always 0: the system has no ANSI code page.
 TQ_API unsigned int GetACP();

@@ -13,6 +13,7 @@
 /// length; no call reads past that. Pointers are into the text. Only breakSafely throws.
 class TQ_API TqAnsiTextIterator {
 public:
+    /// As init().
     TqAnsiTextIterator(const TqStringA& text, code_page_id id) noexcept;
     ~TqAnsiTextIterator();
 
@@ -54,14 +55,14 @@ protected:
     /// Length of a text that only its terminating 0 ends.
     static constexpr int kUnbounded = -1;
 
-    const char* m_start;
-    const char* m_position;
-    int m_length;
-    code_page_id m_codePage;
-    unsigned int m_current;
-    const char* m_characterStart;
-    const char* m_end;
-    bool m_multiByte;
+    const char* m_start;          ///< The first byte of the text.
+    const char* m_position;       ///< The next byte to read.
+    int m_length;                 ///< Bytes of the text, or kUnbounded.
+    code_page_id m_codePage;      ///< As it was given.
+    unsigned int m_current;       ///< The character read last.
+    const char* m_characterStart; ///< Its first byte.
+    const char* m_end;            ///< Behind the last byte of the text.
+    bool m_multiByte;             ///< Whether lead bytes are asked for.
 
 private:
     bool isAtEnd() const noexcept;

@@ -24,11 +24,13 @@ public:
     /// All of the above, 97 entries, with what is in several lists as often as they name it.
     const std::vector<wchar_t>& allPuncts() const { return built().m_allPuncts; }
 
+    /// @{
     /// Each writes its list anew, whatever was in it. allPuncts stays as it is.
     void initLeftPuncts();
     void initRightPuncts();
     void initNormalPuncts();
     void initQuotationPuncts();
+    /// @}
 
     /// The process-wide object, usable from the first static initialiser on.
     static TqCharCategory s_instance;

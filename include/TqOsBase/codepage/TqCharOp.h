@@ -5,6 +5,7 @@
 /// The request for the type 1 flags: bit 0 of the info type of TqCharOp::GetStringType.
 inline constexpr unsigned int kCharType1 = 0x0001;
 
+/// @{
 /// Windows character type 1 flags, as GetStringType stores them.
 inline constexpr unsigned short kC1Upper = 0x0001;
 inline constexpr unsigned short kC1Lower = 0x0002;
@@ -15,6 +16,7 @@ inline constexpr unsigned short kC1Cntrl = 0x0020;
 inline constexpr unsigned short kC1Blank = 0x0040;
 inline constexpr unsigned short kC1XDigit = 0x0080;
 inline constexpr unsigned short kC1Alpha = 0x0100;
+/// @}
 
 /// Text functions that callers use beside the Windows ones of NlsFunctions.h.
 class TQ_API TqCharOp {

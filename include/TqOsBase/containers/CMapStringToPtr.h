@@ -25,12 +25,12 @@ public:
 
     /// An entry. 2 KiB and more: the key lies in it.
     struct CAssoc {
-        CAssoc* pNext;
-        unsigned int nBucket; ///< Index of its bucket, not the hash.
-        wchar_t key[kKeyCapacity];
-        unsigned short nLength; ///< Of the key.
-        bool isPadded;          ///< False while what lies behind the key's terminator still has to be zeroed.
-        void* value;
+        CAssoc* pNext;             ///< The next entry of its bucket or of the free list.
+        unsigned int nBucket;      ///< Index of its bucket, not the hash.
+        wchar_t key[kKeyCapacity]; ///< Terminated.
+        unsigned short nLength;    ///< Of the key.
+        bool isPadded;             ///< False while what lies behind the key's terminator still has to be zeroed.
+        void* value;               ///< The caller's.
     };
 
     /// An empty map of 17 buckets, none of them allocated, that allocates `nBlockSize` entries at a time. Throws
@@ -45,10 +45,14 @@ public:
     CMapStringToPtr& operator=(const CMapStringToPtr&) = delete;
     ~CMapStringToPtr();
 
+    /// The number of entries.
     long long GetCount() const noexcept { return m_nCount; }
+    /// As GetCount.
     long long GetSize() const noexcept { return m_nCount; }
+    /// GetCount() is 0.
     bool IsEmpty() const noexcept { return m_nCount == 0; }
 
+    /// The number of buckets, allocated or not.
     unsigned int GetHashTableSize() const noexcept { return m_nHashTableSize; }
     /// Sets the bucket count for the array allocated now or by the next insertion. Entries are removed first. Throws
     /// std::invalid_argument for 0.
@@ -65,10 +69,12 @@ public:
     /// The value of a key, which is entered with a null value when it is absent. The reference lives as long as the
     /// entry.
     void*& operator[](const wchar_t* key);
+    /// Enters the key, or replaces its value.
     void SetAt(const wchar_t* key, void* value) { (*this)[key] = value; }
 
     /// False when the key is absent.
     bool RemoveKey(const wchar_t* key);
+    /// Gives everything back; positions and stored keys end here.
     void RemoveAll() noexcept;
 
     /// Where to begin an iteration: a special position, all bits set, or null when the map is empty.

@@ -7,7 +7,7 @@
 /// A block of storage for many nodes of equal size, chained to the blocks made before it. The nodes follow the header
 /// in one allocation of the global array new; their lifetimes are the caller's affair.
 struct TQ_API CPlex {
-    CPlex* pNext;
+    CPlex* pNext; ///< The block made before this one.
 
     /// A new block for `count` elements of `elementSize` bytes, put in front of `head`. Null, and nothing done, when
     /// either number is 0. Throws std::bad_alloc, also for a size that cannot be expressed.

@@ -15,7 +15,9 @@ public:
     CStdStr() = default;
     /// Null gives the empty string.
     CStdStr(const T* text) : Base(text != nullptr ? text : kNoText) {}
+    /// The empty string.
     CStdStr(std::nullptr_t) {}
+    /// Copies or takes over a standard string.
     CStdStr(const Base& text) : Base(text) {}
     CStdStr(Base&& text) noexcept : Base(std::move(text)) {}
 

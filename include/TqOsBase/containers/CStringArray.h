@@ -20,23 +20,30 @@
 /// `const wchar_t*` means the empty string. Not copied implicitly: there is Copy.
 class TQ_API CStringArray {
 public:
-    using String = CStdStr<wchar_t>;
+    using String = CStdStr<wchar_t>; ///< An element.
 
     constexpr CStringArray() noexcept : m_pData(nullptr), m_nSize(0), m_nMaxSize(0), m_nGrowBy(0) {}
     CStringArray(const CStringArray&) = delete;
     CStringArray& operator=(const CStringArray&) = delete;
     ~CStringArray();
 
+    /// The number of elements.
     long long GetSize() const noexcept { return m_nSize; }
+    /// As GetSize.
     long long GetCount() const noexcept { return m_nSize; }
+    /// GetSize() is 0.
     bool IsEmpty() const noexcept { return m_nSize == 0; }
 
+    /// @{
+    /// The element, by an index that is checked by assert alone.
     String& GetAt(long long index) { return m_pData[checked(index)]; }
     const String& GetAt(long long index) const { return m_pData[checked(index)]; }
     String& ElementAt(long long index) { return m_pData[checked(index)]; }
     const String& ElementAt(long long index) const { return m_pData[checked(index)]; }
     String& operator[](long long index) { return m_pData[checked(index)]; }
     const String& operator[](long long index) const { return m_pData[checked(index)]; }
+    /// @}
+    /// Assigns to an element, by an index that is checked by assert alone.
     void SetAt(long long index, const wchar_t* value) { GetAt(index) = value; }
     void SetAt(long long index, const String& value) { GetAt(index) = value; }
 

@@ -21,7 +21,7 @@ struct __POSITION;
 /// none. What allocates throws std::bad_alloc and leaves the list as it was. Values may be strings of the list itself.
 class TQ_API CStringList {
 public:
-    using String = CStdStr<wchar_t>;
+    using String = CStdStr<wchar_t>; ///< An element.
 
     /// An empty list that allocates `nBlockSize` nodes at a time. Throws std::invalid_argument below 1.
     explicit constexpr CStringList(long long nBlockSize)
@@ -34,17 +34,23 @@ public:
     CStringList& operator=(const CStringList&) = delete;
     ~CStringList();
 
+    /// The number of strings.
     long long GetCount() const noexcept { return m_nCount; }
+    /// As GetCount.
     long long GetSize() const noexcept { return m_nCount; }
+    /// GetCount() is 0.
     bool IsEmpty() const noexcept { return m_nCount == 0; }
 
+    /// The first string.
     String& GetHead();
     const String& GetHead() const;
+    /// The last string.
     String& GetTail();
     const String& GetTail() const;
 
-    /// Null when the list is empty.
+    /// The first position, null when the list is empty.
     __POSITION* GetHeadPosition() const noexcept;
+    /// The last position, null when the list is empty.
     __POSITION* GetTailPosition() const noexcept;
 
     /// The string at `pos`; `pos` moves on to the next node, null after the tail.
@@ -54,21 +60,24 @@ public:
     String& GetPrev(__POSITION*& pos);
     const String& GetPrev(__POSITION*& pos) const;
 
+    /// The string at `pos`.
     String& GetAt(__POSITION* pos);
     const String& GetAt(__POSITION* pos) const;
-    /// Null empties the string. `value` may be part of the string it replaces.
+    /// Assigns to the string at `pos`. Null empties it. `value` may be part of the string it replaces.
     void SetAt(__POSITION* pos, const wchar_t* value);
     void SetAt(__POSITION* pos, const String& value);
 
-    /// Adds at one end and returns the new position. A null `const wchar_t*` adds an empty string (a bare nullptr could
-    /// also mean a list and does not compile).
+    /// Adds in front of the head and returns the new position. A null `const wchar_t*` adds an empty string (a bare
+    /// nullptr could also mean a list and does not compile).
     __POSITION* AddHead(const wchar_t* value);
     __POSITION* AddHead(const String& value);
+    /// The same behind the tail.
     __POSITION* AddTail(const wchar_t* value);
     __POSITION* AddTail(const String& value);
-    /// Adds copies of the other list's strings, in its order, in front of the head or behind the tail. A list added to
+    /// Adds copies of the other list's strings, in its order, in front of the head. A list added to
     /// itself is doubled; null adds nothing. Where memory runs out midway the strings added so far stay.
     void AddHead(CStringList* other);
+    /// The same behind the tail.
     void AddTail(CStringList* other);
 
     /// A new node before `pos`; null position: as AddHead. Returns the new position.
@@ -78,10 +87,13 @@ public:
     __POSITION* InsertAfter(__POSITION* pos, const wchar_t* value);
     __POSITION* InsertAfter(__POSITION* pos, const String& value);
 
-    /// Removes an end and returns its string.
+    /// Removes the first string and returns it.
     String RemoveHead();
+    /// Removes the last string and returns it.
     String RemoveTail();
+    /// Removes the string at `pos`, whose position ends with it.
     void RemoveAt(__POSITION* pos);
+    /// Gives everything back.
     void RemoveAll() noexcept;
 
     /// The node `index` steps behind the head; null when there is none.

@@ -20,14 +20,17 @@
 struct TQ_API TqMemDataHeader {
     /// Count of a header that is never released, however often it is held or let go.
     static constexpr std::uint32_t kPermanentCount = 0xFFFFFFFFU;
+    /// Growth step of data that was not given another one.
     static constexpr std::uint64_t kDefaultGrowStep = 8;
 
+    /// Its members as they are given.
     constexpr TqMemDataHeader(std::uint32_t count, std::uint64_t used, std::uint64_t capacity,
                               std::uint64_t growStep) noexcept
         : m_refCount(count), m_usedLength(used), m_capacity(capacity), m_growStep(growStep) {}
 
     /// True when another holder would see a write.
     bool isShared() const noexcept { return m_refCount.load(std::memory_order_acquire) >= 2; }
+    /// One holder more.
     void hold() noexcept {
         if (m_refCount.load(std::memory_order_relaxed) != kPermanentCount)
             m_refCount.fetch_add(1, std::memory_order_relaxed);
@@ -38,10 +41,10 @@ struct TQ_API TqMemDataHeader {
                m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
 
-    std::atomic<std::uint32_t> m_refCount;
-    std::uint64_t m_usedLength; ///< Bytes in use, the terminating zero included.
-    std::uint64_t m_capacity;   ///< Bytes available for characters.
-    std::uint64_t m_growStep;
+    std::atomic<std::uint32_t> m_refCount; ///< Holders.
+    std::uint64_t m_usedLength;            ///< Bytes in use, the terminating zero included.
+    std::uint64_t m_capacity;              ///< Bytes available for characters.
+    std::uint64_t m_growStep;              ///< Least growth in bytes.
 
     /// The shared empty header of data without a header type of its own.
     static TqMemDataHeader sm_EmptyHeader;
@@ -51,6 +54,7 @@ struct TQ_API TqMemDataHeader {
 struct TqMemDataAllocator {
     /// Null when no block can be had; tqMalloc refuses more than 2 GiB.
     static void* allocate(std::size_t size) noexcept { return tqMalloc(size); }
+    /// Gives a block back.
     static void release(void* block) noexcept { tqFree(block); }
 };
 
@@ -58,6 +62,7 @@ struct TqMemDataAllocator {
 template <class T>
 struct TqPodReallocator {
     static_assert(std::is_trivially_copyable_v<T>, "elements are copied bytewise");
+    /// Copies `count` elements; the two places do not overlap.
     static void copy(T* to, const T* from, std::size_t count) noexcept {
         if (count > 0)
             std::memcpy(to, from, count * sizeof(T));
@@ -74,6 +79,7 @@ class TqMemData {
 public:
     /// Shares the empty instance.
     TqMemData() noexcept : m_pData(Header::emptyData()) { header().hold(); }
+    /// Shares the other's data.
     TqMemData(const TqMemData& other) noexcept : m_pData(other.m_pData) { header().hold(); }
     TqMemData& operator=(const TqMemData& other) noexcept {
         other.header().hold();
@@ -126,7 +132,9 @@ public:
         return true;
     }
 
+    /// What stands in front of the characters.
     Header& header() const noexcept { return reinterpret_cast<Header*>(m_pData)[-1]; }
+    /// The characters.
     T* data() const noexcept { return m_pData; }
 
 private:

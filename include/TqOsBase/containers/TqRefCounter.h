@@ -6,10 +6,12 @@
 /// threads. Neither the data it counts for nor the heap that the record goes back to is protected by it.
 class TqRefCounter {
 public:
+    /// Starts at `count`.
     constexpr explicit TqRefCounter(int count) noexcept : m_count(count) {}
     TqRefCounter(const TqRefCounter&) = delete;
     TqRefCounter& operator=(const TqRefCounter&) = delete;
 
+    /// One holder more.
     void increment() noexcept { m_count.fetch_add(1, std::memory_order_relaxed); }
     /// True for the one caller that takes the count from 1 to 0 and so has to free what is counted.
     bool decrement() noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) == 1; }

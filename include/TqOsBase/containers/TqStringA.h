@@ -10,12 +10,14 @@ struct TqEmptyStrHeaderA;
 
 /// Header of a narrow string: 40 bytes, ending where the characters begin.
 struct TQ_API TqStrHeaderA : TqMemDataHeader {
+    /// The base's members, and code page 0.
     constexpr TqStrHeaderA(std::uint32_t count, std::uint64_t used, std::uint64_t capacity,
                            std::uint64_t growStep) noexcept
         : TqMemDataHeader(count, used, capacity, growStep), m_codePage(0), m_reserved(0) {}
 
     /// The characters of the shared empty string.
     static char* emptyData() noexcept;
+    /// Takes over the code page.
     void assignAttributes(const TqStrHeaderA& other) noexcept { m_codePage = other.m_codePage; }
 
     std::int32_t m_codePage; ///< Windows code page number of the bytes.
@@ -30,7 +32,7 @@ static_assert(sizeof(TqStrHeaderA) == 40, "the characters follow the header dire
 struct TQ_API TqEmptyStrHeaderA : TqStrHeaderA {
     constexpr TqEmptyStrHeaderA() noexcept : TqStrHeaderA(1, 0, 0, kDefaultGrowStep), m_terminator(0) {}
 
-    char m_terminator;
+    char m_terminator; ///< The empty text.
 };
 
 /// Reference-counted, copy-on-write narrow string that remembers the code page of its bytes. The object is one
@@ -52,8 +54,10 @@ public:
     /// Copies `text` (null is taken as empty) and takes the system's ANSI code page, 0 on these systems. Even from an
     /// empty text the string gets a private header, with capacity 0, to carry the code page.
     TqStringT(const T* text);
+    /// Copies share the characters.
     TqStringT(const TqStringT&) noexcept = default;
     TqStringT& operator=(const TqStringT&) noexcept = default;
+    /// As assign().
     TqStringT& operator=(const T* text) {
         assign(text);
         return *this;
@@ -70,6 +74,7 @@ public:
     std::size_t length() const noexcept {
         return isEmpty() ? 0 : static_cast<std::size_t>(m_data.header().m_usedLength - 1);
     }
+    /// True for a text without bytes; one that begins with a zero byte is not empty.
     bool isEmpty() const noexcept { return m_data.header().m_usedLength == 0; }
     /// Windows code page number of the bytes.
     int codePage() const noexcept { return m_data.header().m_codePage; }
@@ -88,6 +93,7 @@ public:
     /// getBuffer also changes the length that the other holders see.
     void releaseBuffer(int count = -1);
 
+    /// Adds the other's bytes, zero bytes included; the code page stays.
     TqStringT& operator+=(const TqStringT& other) {
         append(other.c_str(), other.length());
         return *this;
@@ -108,10 +114,13 @@ private:
     TqMemData<T, Header, TqMemDataAllocator, TqPodReallocator<T>> m_data;
 };
 
+/// The narrow string.
 using TqStringA = TqStringT<char, TqStrHeaderA>;
 
 extern template class TQ_API TqStringT<char, TqStrHeaderA>;
 
+/// @{
+/// Comparisons by TqStringT::compare.
 inline bool operator==(const TqStringA& a, const TqStringA& b) noexcept {
     return a.compare(b) == 0;
 }
@@ -140,7 +149,10 @@ inline bool operator<(const char* a, const TqStringA& b) noexcept {
     return b.compare(a) > 0;
 }
 
-/// The result has the left operand's code page.
+/// @}
+
+/// @{
+/// Joins two texts. The result has the left operand's code page.
 inline TqStringA operator+(TqStringA a, const TqStringA& b) {
     a += b;
     return a;
@@ -152,3 +164,4 @@ inline TqStringA operator+(TqStringA a, const char* b) {
 inline TqStringA operator+(const char* a, const TqStringA& b) {
     return TqStringA(a) += b;
 }
+/// @}

@@ -23,7 +23,9 @@ template <class T, class Allocator = TqDefaultMemAllocator<T>, class RefCounter 
           class GrowPolicy = TqVectorDefaultGrowPolicy>
 class TQ_API TqVector {
 public:
+    /// The shared record.
     using Data = TqVectorData<T, Allocator, RefCounter, GrowPolicy>;
+    /// A counted reference to it.
     using DataPtr = TqVectorDataPtr<T, Allocator, RefCounter, GrowPolicy>;
 
     /// No elements, no storage of its own.
@@ -43,9 +45,13 @@ public:
         return DataPtr(physicalLength < 1 ? Data::gpEmptyVectorData : Data::create(physicalLength, growLength));
     }
 
+    /// Elements in use.
     int logicalLength() const noexcept { return m_data->m_logicalLength; }
+    /// Slots.
     int physicalLength() const noexcept { return m_data->m_physicalLength; }
+    /// What the vector grows by, in slots.
     int growLength() const noexcept { return m_data->m_growLength; }
+    /// No element is in use.
     bool isEmpty() const noexcept { return logicalLength() == 0; }
 
     /// Sets the number of elements in use. Elements that are gained are uninitialised; slots are never given back. A
@@ -104,6 +110,7 @@ public:
         assert(index >= 0 && index < logicalLength());
         return m_data->m_elements[index];
     }
+    /// The same for writing: a shared vector gets storage of its own first.
     T& operator[](int index) {
         assert(index >= 0 && index < logicalLength());
         unshare();

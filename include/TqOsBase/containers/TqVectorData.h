@@ -93,17 +93,18 @@ public:
     /// True when another vector would see a write.
     bool isShared() const noexcept { return m_refCount >= 2; }
 
-    RefCounter m_refCount;
-    int m_logicalLength;
-    int m_physicalLength;
-    int m_growLength;
+    RefCounter m_refCount; ///< Holders.
+    int m_logicalLength;   ///< Elements in use.
+    int m_physicalLength;  ///< Slots.
+    int m_growLength;      ///< What the vector grows by, in slots.
     union {
         std::uintptr_t m_elementBits; ///< The slots as a number; ~0, all bits set, in the shared empty record.
-        T* m_elements;
+        T* m_elements;                ///< The slots.
     };
 
     /// The record of every vector without storage. It counts itself, so its count never falls below 1.
     static TqVectorData gEmptyVectorData;
+    /// Its address.
     static TqVectorData* const gpEmptyVectorData;
 
 private:
@@ -125,10 +126,12 @@ TqVectorData<T, Allocator, RefCounter, GrowPolicy>* const
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
 class TQ_API TqVectorDataPtr {
 public:
+    /// What is referred to.
     using Data = TqVectorData<T, Allocator, RefCounter, GrowPolicy>;
 
     /// Holds `data`, which may be null.
     explicit TqVectorDataPtr(Data* data = nullptr) noexcept : m_data(data) { hold(); }
+    /// Holds what the other one holds.
     TqVectorDataPtr(const TqVectorDataPtr& other) noexcept : m_data(other.m_data) { hold(); }
     TqVectorDataPtr& operator=(const TqVectorDataPtr& other) noexcept {
         assign(other.m_data);
@@ -145,7 +148,9 @@ public:
         hold();
     }
 
+    /// The record, null without one.
     Data* get() const noexcept { return m_data; }
+    /// The record, which must be there.
     Data* operator->() const noexcept { return m_data; }
 
 private:

@@ -12,6 +12,7 @@ template <class T>
 struct TqDefaultMemAllocator {
     /// `count` slots; throws std::bad_alloc.
     static T* allocate(int count) { return new T[static_cast<std::size_t>(count)]; }
+    /// Gives slots back.
     static void release(T* slots, int /*physicalLength*/) noexcept { delete[] slots; }
 };
 
@@ -33,6 +34,7 @@ struct TqDelegateMemAllocator {
             throw std::bad_alloc();
         return static_cast<T*>(moved);
     }
+    /// Gives slots back; nothing without any.
     static void release(T* slots, int physicalLength) noexcept {
         if (physicalLength > 0)
             tqFree(slots);

@@ -2,10 +2,11 @@
 
 #include <TqOsBase/Export.h>
 
-// The environment of the process in wide text. Texts are converted as file names are: in the encoding of the current
-// locale, or as UTF-8 when that cannot express them. Names, and texts to be put, are bounded to 1,024 bytes with their
-// terminator; longer ones are refused with `errno` ENAMETOOLONG, null with EINVAL, a character outside Unicode with
-// EILSEQ. Nobody else may use the environment at the same time.
+/// \file
+/// The environment of the process in wide text. Texts are converted as file names are: in the encoding of the current
+/// locale, or as UTF-8 when that cannot express them. Names, and texts to be put, are bounded to 1,024 bytes with their
+/// terminator; longer ones are refused with `errno` ENAMETOOLONG, null with EINVAL, a character outside Unicode with
+/// EILSEQ. Nobody else may use the environment at the same time.
 
 /// The value of an environment variable, of any length, in memory that the caller releases with free(); its namesake
 /// hands out memory of its own. A byte that fits no character becomes U+FFFD. Null when the variable is not set, when

@@ -4,8 +4,9 @@
 
 #include <cstddef>
 
-// The Microsoft C runtime's multibyte functions. Narrow text is single-byte here: there are no lead bytes, whatever the
-// code page or the locale, so these count and step in bytes. All are reentrant.
+/// \file
+/// The Microsoft C runtime's multibyte functions. Narrow text is single-byte here: there are no lead bytes, whatever
+/// the code page or the locale, so these count and step in bytes. All are reentrant.
 
 /// Always 0.
 TQ_API int _ismbblead(int byte);
@@ -28,9 +29,9 @@ TQ_API unsigned char* _mbsstr(const unsigned char* a, const unsigned char* b);
 /// strlen(): bytes, not characters.
 TQ_API std::size_t _mbslen(const unsigned char* s);
 
-// Placeholders, so that callers link: each writes its own name to standard error and ends the process through
-// std::terminate. They never return, whatever the arguments.
-
+/// @{
+/// Placeholder, so that callers link: writes its own name to standard error and ends the process through
+/// std::terminate. Never returns, whatever the arguments.
 TQ_API unsigned char* _mbsdec(const unsigned char* start, const unsigned char* current);
 TQ_API int _ismbclower(unsigned int c);
 TQ_API int _ismbcupper(unsigned int c);
@@ -48,3 +49,4 @@ TQ_API int _mbsicoll(const unsigned char* a, const unsigned char* b);
 TQ_API int _mbsnicoll(const unsigned char* a, const unsigned char* b, std::size_t n);
 TQ_API std::size_t _mbsspn(const unsigned char* s, const unsigned char* set);
 TQ_API std::size_t _mbscspn(const unsigned char* s, const unsigned char* set);
+/// @}

@@ -4,12 +4,13 @@
 
 #include <cstddef>
 
-// Integers to text and text to numbers, under the Microsoft C runtime's names. Read the comments: several do less than
-// their namesakes. No locale is involved in writing integers; all are reentrant.
+/// \file
+/// Integers to text and text to numbers, under the Microsoft C runtime's names. Read the comments: several do less than
+/// their namesakes. No locale is involved in writing integers; all are reentrant.
 
-// The radix is ignored: the text is always decimal, with a minus sign for a negative number. The buffer must have room
-// for the text and its terminator, 21 characters at most. Each returns `buf`.
-
+/// @{
+/// Writes an integer and returns `buf`. The radix is ignored: the text is always decimal, with a minus sign for a
+/// negative number. The buffer must have room for the text and its terminator, 21 characters at most.
 TQ_API char* _itoa(int value, char* buf, int radix);
 TQ_API char* _ltoa(long value, char* buf, int radix);
 TQ_API char* _i64toa(long long value, char* buf, int radix);
@@ -17,7 +18,9 @@ TQ_API char* _ui64toa(unsigned long long value, char* buf, int radix);
 TQ_API wchar_t* _itow(int value, wchar_t* buf, int radix);
 TQ_API wchar_t* _ltow(long value, wchar_t* buf, int radix);
 TQ_API wchar_t* _i64tow(long long value, wchar_t* buf, int radix);
-/// Takes the number as signed, unlike its namesake, and writes it as unsigned: -1 gives 18446744073709551615.
+/// @}
+/// The same, but takes the number as signed, unlike its namesake, and writes it as unsigned: the
+/// text of -1 is 18446744073709551615.
 TQ_API wchar_t* _ui64tow(long long value, wchar_t* buf, int radix);
 
 /// The bounded form; the radix is ignored here too. Returns the length of the text, not an error code. A text that does

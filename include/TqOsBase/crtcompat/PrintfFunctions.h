@@ -5,10 +5,11 @@
 #include <cstdarg>
 #include <cstddef>
 
-// Formatted text under the Microsoft C runtime's names and signatures, over the C library's vsnprintf and vswprintf.
-// The formats are theirs: in a wide format `%s` takes narrow text, and wide text needs `%ls`. An argument list that is
-// passed in stays unread, so that it can be used again. There is no invalid-parameter handler: what fails returns -1.
-// All are reentrant; text that changes its encoding follows the current C locale.
+/// \file
+/// Formatted text under the Microsoft C runtime's names and signatures, over the C library's vsnprintf and vswprintf.
+/// The formats are theirs: in a wide format `%s` takes narrow text, and wide text needs `%ls`. An argument list that is
+/// passed in stays unread, so that it can be used again. There is no invalid-parameter handler: what fails returns -1.
+/// All are reentrant; text that changes its encoding follows the current C locale.
 
 /// Length of the text, without its terminator. -1 when the C library refuses.
 TQ_API int _vscprintf(const char* format, std::va_list arguments);
@@ -18,9 +19,11 @@ TQ_API int _vscprintf(const char* format, std::va_list arguments);
 /// below means these cases.)
 TQ_API int _vscwprintf(const wchar_t* format, std::va_list arguments);
 
-// The forms without a size. They trust `dst` to hold the text and its terminator, and return the length of the text.
-// When the text cannot be measured, or `dst` is null, they write nothing and return -1. An argument may lie in `dst`.
-
+/// \name The forms without a size
+/// They trust `dst` to hold the text and its terminator, and return the length of the text.
+/// When the text cannot be measured, or `dst` is null, they write nothing and return -1. An argument may lie in `dst`.
+/// @{
+/// vswprintf without a size.
 TQ_API int _vswprintf(wchar_t* dst, const wchar_t* format, std::va_list arguments);
 /// An overload of the C library's function, which takes a size.
 TQ_API int vswprintf(wchar_t* dst, const wchar_t* format, std::va_list arguments);
@@ -28,6 +31,7 @@ TQ_API int vswprintf(wchar_t* dst, const wchar_t* format, std::va_list arguments
 TQ_API int swprintf(wchar_t* dst, const wchar_t* format, ...);
 /// Unlike its namesake it does not stop at 1,024 characters and knows the C library's formats, not only a few.
 TQ_API int wsprintf(wchar_t* dst, const wchar_t* format, ...);
+/// @}
 
 /// vsnprintf: cuts the text to size - 1 characters, terminates it, and returns its full length, while its namesake
 /// treats a text that does not fit as an error. Size 0 (and null) writes nothing. -1 when the C library refuses.

@@ -4,9 +4,10 @@
 
 #include <cstddef>
 
-// The Microsoft C runtime's "secure" copies, with what callers rely on here. They call no invalid-parameter handler
-// and, except for the two copies of memory, do not clear the destination when they fail. Sizes and counts of wide text
-// are in characters. Source and destination must not overlap. All are reentrant.
+/// \file
+/// The Microsoft C runtime's "secure" copies, with what callers rely on here. They call no invalid-parameter handler
+/// and, except for the two copies of memory, do not clear the destination when they fail. Sizes and counts of wide text
+/// are in characters. Source and destination must not overlap. All are reentrant.
 
 /// Copies `count` bytes and returns the low 32 bits of dst's address, deliberately not 0: take any value but -1 as
 /// success. A count of 0 copies nothing and returns 0. When `src` is null or dstSize is less than `count`, fills the
@@ -20,9 +21,10 @@ TQ_API int memcpy_s(void* dst, std::size_t dstSize, const void* src, std::size_t
 /// Reads no more of `src` than it may copy, plus one character when `count` is above dstSize.
 TQ_API int wmemcpy_s(wchar_t* dst, std::size_t dstSize, const wchar_t* src, std::size_t count);
 
-// The copies below return 0, or -1, with nothing written, for a null pointer or a negative number, so also for the
-// namesakes' _TRUNCATE. (wcsncpy_s with a size and a null source fails as wmemcpy_s does.)
-
+/// \name Copies of text
+/// They return 0, or -1, with nothing written, for a null pointer or a negative number, so also for the
+/// namesakes' _TRUNCATE. (wcsncpy_s with a size and a null source fails as wmemcpy_s does.)
+/// @{
 /// wcscpy(): `dst` must have room. (In its namesake `dst` is an array whose size is known.)
 TQ_API int wcscpy_s(wchar_t* dst, const wchar_t* src);
 /// wcsncpy() of `size` characters: fills the rest with zeros, and adds no terminator when `src` has `size` characters
@@ -32,3 +34,4 @@ TQ_API int wcscpy_s(wchar_t* dst, int size, const wchar_t* src);
 TQ_API int wcsncpy_s(wchar_t* dst, const wchar_t* src, int count);
 /// wmemcpy_s() with the same arguments, so all of `dst` is written.
 TQ_API int wcsncpy_s(wchar_t* dst, int size, const wchar_t* src, int count);
+/// @}

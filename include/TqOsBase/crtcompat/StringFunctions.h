@@ -4,14 +4,16 @@
 
 #include <cstddef>
 
-// Text functions under their Windows names. wchar_t is 32 bits wide, and what depends on a locale follows the current
-// C locale, in which nothing but ASCII has case or order until the program calls setlocale(). All are reentrant but
-// _wcstok.
+/// \file
+/// Text functions under their Windows names. wchar_t is 32 bits wide, and what depends on a locale follows the current
+/// C locale, in which nothing but ASCII has case or order until the program calls setlocale(). All are reentrant but
+/// _wcstok.
 
 /// Lower-cases each byte in place as tolower() does, and returns `s`.
 TQ_API char* _strlwr(char* s);
-/// Upper- and lower-case each character in place as towupper() and towlower() do, and return `s`.
+/// Upper-cases each character in place as towupper() does, and returns `s`.
 TQ_API wchar_t* _wcsupr(wchar_t* s);
+/// Lower-cases each character in place as towlower() does, and returns `s`.
 TQ_API wchar_t* _wcslwr(wchar_t* s);
 /// Upper-cases exactly `size` characters, terminator or not, and returns `s`. Its namesake stops at the terminator and
 /// returns an error code.
@@ -36,18 +38,22 @@ TQ_API unsigned int _wcsnextc(const wchar_t* p);
 /// namesake, so only one thread may use it.
 TQ_API wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters);
 
-/// Length without the terminator, in bytes and in characters; 0 for null.
+/// Bytes in front of the terminator; 0 for null.
 TQ_API int lstrlenA(const char* s);
+/// Characters in front of the terminator; 0 for null.
 TQ_API int lstrlenW(const wchar_t* s);
 /// wcscpy(): `dst` must have room. Returns `dst`; null, with nothing written, when either is null.
 TQ_API wchar_t* lstrcpy(wchar_t* dst, const wchar_t* src);
-/// Change nothing, deliberately, and return `text`: what its namesake does with a single character in place of a
+/// @{
+/// Changes nothing, deliberately, and returns `text`: what its namesake does with a single character in place of a
 /// pointer is not there either.
 TQ_API wchar_t* CharLower(wchar_t* text);
 TQ_API wchar_t* CharUpper(wchar_t* text);
+/// @}
 
-// Placeholders, so that callers link: each writes its own name to standard error and ends the process through
-// std::terminate.
-
+/// @{
+/// Placeholder, so that callers link: writes its own name to standard error and ends the process through
+/// std::terminate.
 TQ_API int _wcsncoll(const wchar_t* a, const wchar_t* b, std::size_t n);
 TQ_API int _wcsnicoll(const wchar_t* a, const wchar_t* b, std::size_t n);
+/// @}

@@ -11,6 +11,7 @@ public:
     /// No inner exception, flag false. `file` is kept, not copied, so it must outlive the exception (a literal does).
     explicit TqException(const wchar_t* file = nullptr, int line = 0, TqException* inner = nullptr) noexcept
         : m_pInner(inner), m_flag(false), m_pszFile(file), m_nLine(line) {}
+    /// Copies the pointers; nothing behind them.
     TqException(const TqException&) = default;
     TqException& operator=(const TqException&) = default;
     virtual ~TqException();
@@ -69,5 +70,5 @@ public:
 
     const wchar_t* m_pszMessage;       ///< Not owned; null is read as empty.
     mutable wchar_t* m_pszDescription; ///< Cache of description(), owned; null until the first call.
-    Lumo::ErrorStatus m_errorType;
+    Lumo::ErrorStatus m_errorType;     ///< What errorType() returns.
 };

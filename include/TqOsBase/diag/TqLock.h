@@ -7,8 +7,8 @@
 class TQ_API TqLock {
 public:
     virtual ~TqLock();
-    virtual void lock() = 0;
-    virtual void unlock() = 0;
+    virtual void lock() = 0;   ///< Takes the lock, if it is one that can be taken.
+    virtual void unlock() = 0; ///< Gives it up.
 };
 
 /// The lock of this library on every platform. It deliberately does nothing: the library starts no thread, and its
@@ -17,8 +17,8 @@ public:
 class TQ_API TqImpLock_mac : public TqLock {
 public:
     ~TqImpLock_mac() override;
-    void lock() override;
-    void unlock() override;
+    void lock() override;   ///< Nothing.
+    void unlock() override; ///< Nothing.
 };
 
 /// A new lock from the global allocator; the caller owns it and deletes it. Throws std::bad_alloc.
@@ -30,5 +30,5 @@ public:
     /// Takes a lock from createTqLock().
     TqLocker();
 
-    TqLock* m_pLock;
+    TqLock* m_pLock; ///< The lock.
 };

@@ -18,16 +18,20 @@ public:
     /// that the C library refuses, or 524,288 characters and more.
     explicit TqTracer(const wchar_t* format, ...);
 
+    /// @{
     /// The hooks at the start: print to standard output with `text` as the format of printf() and no arguments, so a
     /// percent sign in it is deliberately taken as a directive. The wide one prints UTF-8 where standard output has
     /// become a stream of narrow text or the current locale cannot express the text.
     static void defaultTraceA(const char* text);
     static void defaultTraceW(const wchar_t* text);
+    /// @}
 
-    /// Store the pointer as it is, null included.
+    /// @{
+    /// Stores the pointer as it is, null included.
     static void setTraceFunctionA(void (*function)(const char*));
     static void setTraceFunctionW(void (*function)(const wchar_t*));
+    /// @}
 
-    static void (*sm_pfnTraceA)(const char* text);
-    static void (*sm_pfnTraceW)(const wchar_t* text);
+    static void (*sm_pfnTraceA)(const char* text);    ///< For the application's own use.
+    static void (*sm_pfnTraceW)(const wchar_t* text); ///< Gets each wide text.
 };

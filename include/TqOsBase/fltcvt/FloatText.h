@@ -2,6 +2,7 @@
 
 #include <TqOsBase/Export.h>
 
+/// \file
 /// Text of doubles in fixed, exponent and general notation, with correctly rounded digits and "." whatever the locale.
 ///
 /// Common to all. The narrow forms write to `buf` without looking at its size; the caller provides room for the longest

@@ -25,16 +25,16 @@ struct Bigint {
 /// It may be used before main and after it. At exit the pool's cursor and the cache of powers of five become null; what
 /// is converted after that takes its fresh blocks from tqMalloc.
 struct TqFCvtAllocator {
-    static constexpr int kPoolBytes = 3944;
-    static constexpr int kSizeClasses = 16;
+    static constexpr int kPoolBytes = 3944; ///< Size of the pool.
+    static constexpr int kSizeClasses = 16; ///< Size classes with a free list: 0 to 15.
 
     union {
         TqLock* m_pNoLock; ///< Until the allocator is built.
         TqLocker m_locker;
     };
-    std::uint64_t m_pool[kPoolBytes / 8];
-    unsigned char* m_cursor;           ///< First byte of the pool that was never used.
-    Bigint* m_freeLists[kSizeClasses]; ///< Blocks of the pool only; those of tqMalloc go back to it.
+    std::uint64_t m_pool[kPoolBytes / 8]; ///< Blocks are cut from it in order.
+    unsigned char* m_cursor;              ///< First byte of the pool that was never used.
+    Bigint* m_freeLists[kSizeClasses];    ///< Blocks of the pool only; those of tqMalloc go back to it.
 
     constexpr TqFCvtAllocator() noexcept : m_pNoLock(nullptr), m_pool{}, m_cursor(nullptr), m_freeLists{} {}
     TqFCvtAllocator(const TqFCvtAllocator&) = delete;
@@ -71,6 +71,7 @@ public:
     static Bigint* multadd(Bigint* b, int m, int a);
     /// A number of one word.
     static Bigint* i2b(int i);
+    /// a * b.
     static Bigint* mult(Bigint* a, Bigint* b);
     /// b * 5^k; consumes `b`. Powers beyond the cache (k above 511) are computed.
     static Bigint* pow5mult(Bigint* b, int k);

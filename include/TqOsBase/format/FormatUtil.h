@@ -6,26 +6,27 @@
 #include <cstdint>
 
 /// Kinds of a collected argument, the values of FormatParameters::type.
-constexpr std::int32_t kParameterUnused = 0; ///< named by no directive, not fetched
-constexpr std::int32_t kParameterInt = 1;
-constexpr std::int32_t kParameterUnsigned = 2;
-constexpr std::int32_t kParameterInt64 = 3;
-constexpr std::int32_t kParameterDouble = 4;
+constexpr std::int32_t kParameterUnused = 0;    ///< named by no directive, not fetched
+constexpr std::int32_t kParameterInt = 1;       ///< an int
+constexpr std::int32_t kParameterUnsigned = 2;  ///< an unsigned int
+constexpr std::int32_t kParameterInt64 = 3;     ///< 64 bits, signed or not
+constexpr std::int32_t kParameterDouble = 4;    ///< a double
 constexpr std::int32_t kParameterCharacter = 5; ///< an int
 constexpr std::int32_t kParameterString = 6;    ///< a const wchar_t*
 
 /// One collected argument of a format with positions.
 struct FormatParameters {
+    /// The value, as the type says.
     union Value {
-        std::int32_t asInt;
-        std::uint32_t asUnsigned;
-        std::int64_t asInt64;
-        std::uint64_t asUnsigned64;
-        double asDouble;
-        const wchar_t* asString;
+        std::int32_t asInt;         ///< also a character
+        std::uint32_t asUnsigned;   ///< kParameterUnsigned
+        std::int64_t asInt64;       ///< kParameterInt64
+        std::uint64_t asUnsigned64; ///< the same without sign
+        double asDouble;            ///< kParameterDouble
+        const wchar_t* asString;    ///< not owned, may be null
     };
-    std::int32_t type;
-    Value value;
+    std::int32_t type; ///< one of the kinds above
+    Value value;       ///< 0 for an unused one
 };
 
 /// The parts of the output engine that other code may use by themselves. All are static and reentrant; those that

@@ -10,8 +10,7 @@
 /// Failures: -1 and nothing written when `out` or *out is null or capacity is below 1; 0 when literal text does not
 /// fit; -1 when converted text, its sign or its padding does not fit, an integer outgrows 2047 characters, or `format`
 /// is null. What was written before stays, terminated. Neither locale nor heap is used, except that positional
-/// arguments
-/// (`%n$`) are collected in a block of the heap; -1 when it cannot be had.
+/// arguments (`%n$`) are collected in a block of the heap; -1 when it cannot be had.
 ///
 /// A directive is `%`, position, flags, width, precision, length, letter:
 /// - position: `n$`, the argument counted from 1. One directive with a position switches the whole format over: those

@@ -1,7 +1,8 @@
 #pragma once
 
-// The Q mode word of the drawing-unit conversion `%q`. Lengths take their unit mode and precision from the linear or
-// alternate settings of LumoAppUnitSets, angles (radians) from its angular settings.
+/// \file
+/// The Q mode word of the drawing-unit conversion `%q`. Lengths take their unit mode and precision from the linear or
+/// alternate settings of LumoAppUnitSets, angles (radians) from its angular settings.
 
 /// A length in the alternate unit.
 constexpr int kQTypeAlternateLength = 0;
@@ -27,7 +28,7 @@ constexpr int kQFlagIgnoreDash = 16;
 constexpr int kQFlagLinearPair = 32;
 /// Alternate lengths: the linear pair, engineering and architectural units as decimal ones. kQFlagLinearPair wins.
 constexpr int kQFlagDecimalPair = 64;
-/// Lengths: fractions as codes of stacked fractions. Angles in degrees: the degree sign as its escape \U+00B0.
+/// Lengths: fractions as codes of stacked fractions. Angles in degrees: the degree sign as its escape `\U+00B0`.
 constexpr int kQFlagDrawingText = 128;
 
 /// The word for a Q type and the sum of its flags. Words without flags can also be written as the digit after `%q`.

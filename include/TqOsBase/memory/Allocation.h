@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+/// \file
 /// The allocation functions: one global heap of pooled blocks over 8 GiB of reserved address space, in front of the C
 /// library's heap.
 ///
@@ -23,6 +24,7 @@
 /// A block freed twice, or an address that no call returned, is an error of the caller. The heap notices it only where
 /// the address lies in a part of its address space that is not in use: freeing does nothing then (builds with
 /// assertions stop), reallocating returns null, and the size is 0.
+
 extern "C" {
 
 /// A block of at least `size` bytes, uninitialised; 0 counts as 1 and gives a block of 8. Null when there is no memory,
@@ -62,6 +64,7 @@ TQ_API wchar_t* tqStrdup(const wchar_t* text);
 /// Frees a copy made by tqStrdup; null is ignored.
 TQ_API void tqStrdupFree(wchar_t* text);
 
+/// @{
 /// The interface of a debug allocator. The allocating forms deliberately allocate nothing: they return null whatever
 /// their arguments, and a block given to them stays valid. The others do what their plain forms do.
 TQ_API void* tqMallocDbg(std::size_t size);
@@ -72,6 +75,7 @@ TQ_API void tqFreeDbg(void* block);
 TQ_API void tqDeallocateDbg(void* block);
 TQ_API std::size_t tqMsizeDbg(void* block);
 TQ_API std::size_t tqAllocSizeOfDbg(void* block);
+/// @}
 
 /// One unit of 1 MiB, aligned to 1 MiB when a pool serves it (always, but for a heap without address space). Null when
 /// there is no memory.

@@ -111,9 +111,11 @@ public:
 protected:
     /// For destructors: close(), whose failure ends the process unless a call before has thrown it.
     void closeForGood() noexcept;
+    /// True between an open that succeeded and close().
     bool hasFile() const noexcept;
     /// Throws `text` when there is no file.
     void requireFile(const wchar_t* text) const;
+    /// The system's number of the file, -1 without one.
     int descriptor() const noexcept { return m_descriptor; }
 
 private:
@@ -217,6 +219,7 @@ public:
     ~TqFileIOStreamBuf() override;
 };
 
+/// @{
 /// The factories return a new object of the named class, also when opening failed: see the constructors for `status`.
 /// Release it with destoryFileIOStreamBuf() or delete. Throw std::bad_alloc.
 TQ_API TqFileStreamBuf* createFileStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
@@ -228,6 +231,7 @@ TQ_API TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorSta
                                              unsigned bufferSize);
 TQ_API TqFileStreamBuf* createFileIOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                               TqIO::ShareMode share, TqIO::CreationDisposition creation);
+/// @}
 /// Over an open C stream; the buffer owns it from now on.
 TQ_API TqFileStreamBuf* createFileIOStreamBuf(void* handle);
 /// Deletes the buffer; null is ignored. (The spelling is what callers link against.)

@@ -4,8 +4,9 @@
 
 #include <cstddef>
 
-// Splitting paths under the Microsoft C runtime's names. A slash is the only separator and there are no drive letters.
-// The two splitters disagree on purpose about the extension: callers depend on both. All are reentrant.
+/// \file
+/// Splitting paths under the Microsoft C runtime's names. A slash is the only separator and there are no drive letters.
+/// The two splitters disagree on purpose about the extension: callers depend on both. All are reentrant.
 
 /// Splits at the last slash, and what follows it at its last full stop. The outputs have no sizes, so each must have
 /// room for the whole path; null leaves one out. `drive` stays empty, `dir` ends with its slash, `ext` comes without

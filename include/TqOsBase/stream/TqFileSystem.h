@@ -34,8 +34,8 @@ public:
     static TqFileStreamBuf* createFileBuf(const wchar_t* path, TqIO::AccessMode access, TqIO::ShareMode share,
                                           TqIO::CreationDisposition creation);
 
-    // Not provided: each does nothing, touches none of its arguments and returns 0 of its type.
-
+    /// @{
+    /// Not provided: does nothing, touches none of its arguments and returns 0 of its type.
     static bool isDirectory(const wchar_t* path);
     static bool createFile(const wchar_t* path);
     static bool deleteFile(const wchar_t* path);
@@ -55,4 +55,5 @@ public:
     static std::uint64_t getDiskAvailableSpace(const wchar_t* path);
     static std::uint64_t getDiskFreeSpace(const wchar_t* path);
     static std::uint64_t getDiskTotalSpace(const wchar_t* path);
+    /// @}
 };

@@ -12,11 +12,14 @@
 class TQ_API TqFlatMemBuf : public TqMemStreamBuf {
 public:
     TqFlatMemBuf() = default;
+    /// Shares the bytes; the position is the copy's own.
     TqFlatMemBuf(const TqFlatMemBuf&) = default;
     TqFlatMemBuf& operator=(const TqFlatMemBuf&) = default;
     ~TqFlatMemBuf() override;
 
+    /// The position, which may lie beyond the data.
     std::uint64_t tell() const override { return m_position; }
+    /// Bytes of data.
     std::uint64_t length() const override { return static_cast<std::uint64_t>(m_bytes.logicalLength()); }
     /// resize(); throws beyond 32 bits.
     void setlength(std::uint64_t length) override;
@@ -39,10 +42,13 @@ public:
     void writeByte(std::uint64_t pos, unsigned char byte) override;
     /// Deliberately advances by one, unlike the other gets.
     unsigned char getByte() override;
+    /// As the positioned get of runs.
     unsigned char getByte(std::uint64_t pos) override;
+    /// As the sets of runs.
     void setByte(unsigned char byte) override;
     void setByte(std::uint64_t pos, unsigned char byte) override;
 
+    /// Throws when fewer than `n` bytes are left.
     void readBytes(unsigned char* buf, std::uint32_t n) override;
     /// The position always stays.
     void readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
@@ -50,9 +56,11 @@ public:
     void writeBytes(const unsigned char* buf, std::uint32_t n) override;
     /// Extends the data when needed, never cuts it. The position becomes `pos`, not the place after the bytes.
     void writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
+    /// As the read, with the position left alone.
     void getBytes(unsigned char* buf, std::uint32_t n) override;
     /// Deliberately bounded by bufSize(), not by length(): storage past the data can be read.
     void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
+    /// The positioned set at the position, which stays.
     void setBytes(const unsigned char* buf, std::uint32_t n) override;
     /// Never extends the data.
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;

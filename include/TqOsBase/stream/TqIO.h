@@ -26,6 +26,7 @@ enum ShareMode : int {
     kShareDenyNone = 0x40,
 };
 
+/// What happens to a file that exists, and to one that does not.
 enum CreationDisposition : int {
     kCreateNew = 1,        ///< The file must not exist.
     kCreateAlways = 2,     ///< An existing file is emptied.

@@ -11,10 +11,14 @@ public:
 
     /// Bytes of storage, at least length().
     virtual std::uint64_t bufSize() const = 0;
+    /// Sets the length.
     virtual void resize(std::uint32_t length) = 0;
+    /// Makes room for `size` bytes.
     virtual void reserve(std::uint32_t size) = 0;
     /// Sets the position and returns it.
     virtual std::uint64_t moveTo(std::uint64_t pos) = 0;
+    /// Begins anew with a copy of `size` bytes at `data`; the position is `pos`.
     virtual void open(void* data, std::uint32_t size, std::uint32_t pos) = 0;
+    /// Position and length become 0.
     virtual void close() = 0;
 };

@@ -15,12 +15,14 @@ public:
     /// Returns 1 and writes nothing.
     static int getAbsolutePath(wchar_t* out, unsigned size, const wchar_t* path);
 
+    /// @{
     /// These write one part and return its length: the drive (64 characters with the terminator), the directory (260),
     /// the extension with its full stop (8). A path that cannot be split, for one because it has no file name, gives 0,
     /// although `out` may hold the part then; a null path gives 0 and the empty text.
     static int getDriverName(wchar_t* out, const wchar_t* path);
     static int getParentDir(wchar_t* out, const wchar_t* path);
     static int getExtFileName(wchar_t* out, const wchar_t* path);
+    /// @}
 
     /// The file name without its extension, at most 1,024 characters with the terminator. True when the path could be
     /// split; otherwise, and for null and the empty path, false and the empty text. `extra` is not used.

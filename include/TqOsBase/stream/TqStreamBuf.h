@@ -18,7 +18,9 @@ public:
 
     /// True when tell() >= length().
     virtual bool isEOS() const;
+    /// The position.
     virtual std::uint64_t tell() const = 0;
+    /// Bytes of data.
     virtual std::uint64_t length() const = 0;
     /// Does nothing here; a class that can be resized sets its length.
     virtual void setlength(std::uint64_t length);
@@ -35,6 +37,7 @@ public:
     /// The single-byte operations are the operations on runs below, with n = 1. A read that yields nothing gives 0.
     virtual unsigned char readByte();
     virtual unsigned char readByte(std::uint64_t pos);
+    /// writeBytes of one byte.
     virtual void writeByte(unsigned char byte);
     virtual void writeByte(std::uint64_t pos, unsigned char byte);
     /// getByte(tell()), so it moves the position where a positioned get does.
@@ -44,15 +47,19 @@ public:
     virtual void setByte(unsigned char byte);
     virtual void setByte(std::uint64_t pos, unsigned char byte);
 
+    /// Reads at the position and moves it on.
     virtual void readBytes(unsigned char* buf, std::uint32_t n) = 0;
     /// Reads at `pos`. The position stays, unless it was `pos`: then it is pos + n afterwards. Throws "Out of stream
     /// buffer!" when pos + n > length().
     virtual void readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n);
+    /// Writes at the position and moves it on; whether what follows is kept is up to the class.
     virtual void writeBytes(const unsigned char* buf, std::uint32_t n) = 0;
     /// Writes at `pos`, with position and failure as in the positioned read: it never extends a stream.
     virtual void writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n);
+    /// Reads at the position, or at `pos`, and leaves the position, except where a class says otherwise.
     virtual void getBytes(unsigned char* buf, std::uint32_t n) = 0;
     virtual void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) = 0;
+    /// Replaces bytes at the position, or at `pos`, and leaves the position, except where a class says otherwise.
     virtual void setBytes(const unsigned char* buf, std::uint32_t n) = 0;
     virtual void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) = 0;
 
@@ -71,6 +78,7 @@ public:
 
 protected:
     TqStreamBuf() = default;
+    /// For descendants.
     TqStreamBuf(const TqStreamBuf&) = default;
     TqStreamBuf& operator=(const TqStreamBuf&) = default;
 };
