@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Compiles and runs what a Markdown page claims.
+
+    ```cpp with `int main`        a program
+    ```cpp otherwise              statements, or with `<!-- shared -->` on the line before it declarations for the page
+    ```text behind a ```cpp       what that block prints; a block without one is only compiled
+    <!-- check: f({1}, {2}) = {3} -->
+                                  before a table: for every row the call, with the code of the cells put in for the
+                                  numbers, gives the text of the cell behind the equals sign
+
+Statements and calls of a page are one program, and each runs in a process of its own, so that settings of one are not
+seen by the next. Prints every difference; fails when there is one or when the page claims nothing.
+"""
+
+import argparse
+import difflib
+import pathlib
+import re
+import subprocess
+import sys
+
+PREAMBLE = """\
+#include <TqOsBase/TqOsBase.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <limits>
+#include <string>
+
+[[maybe_unused]] static void emit(const std::wstring& text) {
+    TqVector<char> utf8;
+    TqCharMapper::unicodeToUtf8(text.c_str(), static_cast<int>(text.size()), utf8);
+    std::fwrite(utf8.asArrayPtr(), 1, std::strlen(text.empty() ? "" : utf8.asArrayPtr()), stdout);
+}
+[[maybe_unused]] static void emit(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+[[maybe_unused]] static void emit(long long number) { std::printf("%lld", number); }
+[[maybe_unused]] static void emit(std::size_t number) { std::printf("%zu", number); }
+[[maybe_unused]] static void emit(int number) { std::printf("%d", number); }
+[[maybe_unused]] static void emit(bool truth) { std::fputs(truth ? "true" : "false", stdout); }
+"""
+
+
+class Claim:
+    def __init__(self, line, code, expected=None):
+        self.line, self.code, self.expected = line, code, expected
+
+
+class Page:
+    def __init__(self, path):
+        self.shared, self.programs, self.pieces = [], [], []
+        self.path = path
+        lines = path.read_text(encoding="utf-8").split("\n")
+        before, last, row_check, number = "", None, None, 0
+        while number < len(lines):
+            line = lines[number]
+            number += 1
+            fence = re.match(r"```(\w*)$", line)
+            check = re.match(r"<!-- check: (.*\S) = \{(\d+)\} -->$", line)
+            if fence:
+                start = number
+                while lines[number] != "```":
+                    number += 1
+                last = self.add_block(fence[1], start, lines[start:number], before, last)
+                number += 1
+            elif check:
+                row_check = check
+            elif line.startswith("|") and row_check:
+                rows = 0
+                while line.startswith("|"):
+                    rows += 1
+                    if rows > 2:
+                        self.add_row(number, line, row_check)
+                    line = lines[number]
+                    number += 1
+                row_check = None
+            if line.strip():
+                before = line
+
+    def add_block(self, language, start, block, before, last):
+        text = "\n".join(block) + "\n"
+        if language == "text" and last:
+            last.expected = text
+        if language != "cpp":
+            return None
+        if before == "<!-- shared -->":
+            self.shared.append(self.placed(start + 1, text))
+            return None
+        claim = Claim(start, text)
+        (self.programs if "int main(" in text else self.pieces).append(claim)
+        return claim
+
+    def add_row(self, number, line, check):
+        cells = [cell.strip().replace("\\|", "|") for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
+        cells = [re.sub(r"^(`+)(.*)\1$", r"\2", cell).strip() for cell in cells]
+        call = re.sub(r"\{(\d+)\}", lambda m: cells[int(m[1]) - 1], check[1])
+        self.pieces.append(Claim(number, f"emit({call});\n", cells[int(check[2]) - 1]))
+
+    def placed(self, line, code):
+        return f'#line {line} "{self.path.name}"\n{code}'
+
+    def pieces_program(self):
+        functions = "".join(
+            f"static void piece{i}() {{\n{self.placed(p.line + 1, p.code)}}}\n" for i, p in enumerate(self.pieces))
+        calls = "".join(f"    case {i}: piece{i}(); break;\n" for i in range(len(self.pieces)))
+        return (PREAMBLE + "\n".join(self.shared) + functions +
+                f"int main(int, char** argv) {{\n    switch (std::atoi(argv[1])) {{\n{calls}    }}\n}}\n")
+
+
+def main():
+    options = argparse.ArgumentParser()
+    options.add_argument("--compile", nargs=argparse.REMAINDER, required=True, help="compiler, options and library")
+    options.add_argument("--work", type=pathlib.Path, required=True)
+    options.add_argument("--page", type=pathlib.Path, required=True)
+    options = options.parse_args()
+    page = Page(options.page)
+    options.work = options.work.resolve()
+    options.work.mkdir(parents=True, exist_ok=True)
+
+    def build(name, code):
+        source = options.work / f"{page.path.stem}-{name}.cpp"
+        source.write_text(code, encoding="utf-8")
+        program = source.with_suffix("")
+        compiler, *rest = options.compile
+        subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", "-o", program, source, *rest], check=True)
+        return program
+
+    def differs(claim, command):
+        if claim.expected is None:
+            return False
+        got = subprocess.run(command, cwd=options.work, capture_output=True, text=True, encoding="utf-8", timeout=60)
+        if got.returncode == 0 and got.stdout == claim.expected:
+            return False
+        print(f"{page.path.name}:{claim.line + 1}: {claim.code.strip()}")
+        print(f"  ends with {got.returncode}; {got.stderr.strip()}")
+        sys.stdout.writelines(
+            "  " + line.rstrip("\n") + "\n" for line in difflib.unified_diff(
+                claim.expected.splitlines(), got.stdout.splitlines(), "the page says", "it prints", lineterm=""))
+        return True
+
+    failures = 0
+    for i, program in enumerate(page.programs):
+        failures += differs(program, [build(f"program{i}", page.placed(program.line + 1, program.code))])
+    if page.pieces:
+        pieces = build("pieces", page.pieces_program())
+        failures += sum(differs(piece, [pieces, str(i)]) for i, piece in enumerate(page.pieces))
+    claims = page.programs + page.pieces
+    checked = sum(claim.expected is not None for claim in claims)
+    print(f"{page.path.name}: {len(claims)} compiled, {checked} run, {failures} differ")
+    sys.exit(failures > 0 or checked == 0)
+
+
+if __name__ == "__main__":
+    main()
