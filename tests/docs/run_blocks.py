@@ -5,8 +5,8 @@
     ```cpp otherwise              statements, or with `<!-- shared -->` on the line before it declarations for the page
     ```text behind a ```cpp       what that block prints; a block without one is only compiled
     <!-- check: f({1}, {2}) = {3} -->
-                                  before a table: for every row the call, with the code of the cells put in for the
-                                  numbers, gives the text of the cell behind the equals sign
+                                  before a table, one or more: for every row the call, with the code of the cells put
+                                  in for the numbers, gives the text of the cell behind the equals sign
 
 Statements and calls of a page are one program, and each runs in a process of its own, so that settings of one are not
 seen by the next. Prints every difference; fails when there is one or when the page claims nothing.
@@ -29,6 +29,7 @@ PREAMBLE = """\
 #include <cwchar>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 [[maybe_unused]] static void emit(const std::wstring& text) {
     TqVector<char> utf8;
@@ -36,10 +37,13 @@ PREAMBLE = """\
     std::fwrite(utf8.asArrayPtr(), 1, std::strlen(text.empty() ? "" : utf8.asArrayPtr()), stdout);
 }
 [[maybe_unused]] static void emit(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
-[[maybe_unused]] static void emit(long long number) { std::printf("%lld", number); }
-[[maybe_unused]] static void emit(std::size_t number) { std::printf("%zu", number); }
-[[maybe_unused]] static void emit(int number) { std::printf("%d", number); }
-[[maybe_unused]] static void emit(bool truth) { std::fputs(truth ? "true" : "false", stdout); }
+template <class T, class = std::enable_if_t<std::is_integral_v<T>>>
+void emit(T value) {
+    if constexpr (std::is_same_v<T, bool>)
+        emit(std::string(value ? "true" : "false"));
+    else
+        emit(std::to_string(value));
+}
 """
 
 
@@ -53,7 +57,7 @@ class Page:
         self.shared, self.programs, self.pieces = [], [], []
         self.path = path
         lines = path.read_text(encoding="utf-8").split("\n")
-        before, last, row_check, number = "", None, None, 0
+        before, last, checks, number = "", None, [], 0
         while number < len(lines):
             line = lines[number]
             number += 1
@@ -66,16 +70,16 @@ class Page:
                 last = self.add_block(fence[1], start, lines[start:number], before, last)
                 number += 1
             elif check:
-                row_check = check
-            elif line.startswith("|") and row_check:
+                checks.append(check)
+            elif line.startswith("|") and checks:
                 rows = 0
                 while line.startswith("|"):
                     rows += 1
-                    if rows > 2:
+                    for row_check in checks if rows > 2 else []:
                         self.add_row(number, line, row_check)
                     line = lines[number]
                     number += 1
-                row_check = None
+                checks = []
             if line.strip():
                 before = line
 
@@ -124,7 +128,9 @@ def main():
         source.write_text(code, encoding="utf-8")
         program = source.with_suffix("")
         compiler, *rest = options.compile
-        subprocess.run([compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", "-o", program, source, *rest], check=True)
+        command = [compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", "-o", program, source, *rest]
+        if subprocess.run(command).returncode != 0:
+            sys.exit(f"{page.path.name}: does not compile")
         return program
 
     def differs(claim, command):
