@@ -82,10 +82,14 @@ class Page:
                 checks = []
             if line.strip():
                 before = line
+        if checks:
+            sys.exit(f"{path.name}: a check without a table: {checks[0][0]}")
 
     def add_block(self, language, start, block, before, last):
         text = "\n".join(block) + "\n"
-        if language == "text" and last:
+        if language == "text":
+            if last is None:
+                sys.exit(f"{self.path.name}:{start}: the output of no code")
             last.expected = text
         if language != "cpp":
             return None
