@@ -14,9 +14,8 @@ namespace tq {
 /// What the global heap holds at one moment: which memory it has, and what its pools made of it. Blocks of the C
 /// library, which serves the sizes between the pools', are not part of it.
 struct HeapReport {
-    /// The pages of a segment, which is 1 MiB.
-    static constexpr std::size_t kPageBytes = 4096;
-    static constexpr std::size_t kPagesPerSegment = 256;
+    static constexpr std::size_t kPageBytes = 4096;      ///< Size of a page.
+    static constexpr std::size_t kPagesPerSegment = 256; ///< A segment is 1 MiB.
 
     /// A pool that owns memory. Block pools cut blocks from pages; page pools cut units of whole pages from segments.
     struct Pool {
@@ -31,6 +30,7 @@ struct HeapReport {
         std::optional<std::size_t> askedBytes;
     };
 
+    /// What a page is there for.
     enum class PageState : std::uint8_t {
         eHeader,    ///< Holds the descriptors of the segment's pages.
         eUntouched, ///< Was never accessible.
@@ -40,18 +40,20 @@ struct HeapReport {
         eInPool,    ///< Belongs to a pool.
     };
 
+    /// One page of a segment.
     struct Page {
-        PageState state;
+        PageState state;     ///< What it is there for.
         std::uint16_t pool;  ///< Number of the pool of a page in one, otherwise 0.
         std::uint16_t used;  ///< Blocks of it in use; for a page of a page pool 1 when its unit is.
         std::uint16_t total; ///< Blocks that it holds, used or free; for a page of a page pool 1.
     };
 
+    /// A segment in use.
     struct Segment {
-        std::size_t number;   ///< Its place in the reservation.
-        bool servesPages;     ///< All of it belongs to one page pool.
-        std::size_t resident; ///< Its bytes that hold memory.
-        std::array<Page, kPagesPerSegment> pages;
+        std::size_t number;                       ///< Its place in the reservation.
+        bool servesPages;                         ///< All of it belongs to one page pool.
+        std::size_t resident;                     ///< Its bytes that hold memory.
+        std::array<Page, kPagesPerSegment> pages; ///< All of them, by address.
     };
 
     std::uintptr_t address = 0;     ///< Start of the reservation, 0 when there are no pools.
