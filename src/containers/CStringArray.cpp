@@ -81,19 +81,21 @@ void CStringArray::RemoveAll() noexcept {
     m_nSize = m_nMaxSize = 0;
 }
 
-// Makes room for `size` elements, if there is too little, by the growth rules.
-void CStringArray::reserve(long long size) {
-    if (size <= m_nMaxSize)
-        return;
-    if (m_pData == nullptr) {
-        moveTo(size, size);
-        return;
-    }
+// The capacity for `size` elements, by the growth rules.
+long long CStringArray::capacityFor(long long size) const {
+    if (size <= m_nMaxSize || m_pData == nullptr)
+        return std::max(size, m_nMaxSize);
     long long step = m_nGrowBy;
     if (step == 0)
         step = m_nSize < kSmallSize ? kSmallStep : m_nSize < kLargeSize ? m_nSize / kStepDivisor : kLargeStep;
-    const long long capacity = std::max(size, sum(m_nMaxSize, step));
-    if (headerOf(m_pData)->room >= capacity)
+    return std::max(size, sum(m_nMaxSize, step));
+}
+
+void CStringArray::reserve(long long size) {
+    if (size <= m_nMaxSize)
+        return;
+    const long long capacity = capacityFor(size);
+    if (m_pData != nullptr && headerOf(m_pData)->room >= capacity)
         m_nMaxSize = capacity;
     else
         moveTo(capacity, m_nSize < kRoomySize ? capacity : sum(capacity, capacity));
@@ -168,16 +170,27 @@ long long CStringArray::append(std::wstring_view value) {
 long long CStringArray::Append(const CStringArray& other) {
     const long long oldSize = m_nSize;
     const long long added = other.m_nSize; // taken first, for the case that the two arrays are one
-    SetSize(sum(oldSize, added));
-    std::copy_n(other.m_pData, added, m_pData + oldSize);
+    reserve(sum(oldSize, added));
+    std::uninitialized_copy_n(other.m_pData, added, m_pData + oldSize);
+    m_nSize = oldSize + added;
     return oldSize;
 }
 
+// The copies are made beside the present elements, which go only when nothing can fail any more.
 void CStringArray::Copy(const CStringArray& other) {
     if (this == &other)
         return;
-    SetSize(other.m_nSize);
-    std::copy_n(other.m_pData, m_nSize, m_pData);
+    if (other.IsEmpty()) {
+        RemoveAll();
+        return;
+    }
+    CStringArray fresh;
+    const long long capacity = capacityFor(other.m_nSize);
+    fresh.moveTo(capacity, capacity);
+    fresh.Append(other);
+    std::swap(m_pData, fresh.m_pData);
+    std::swap(m_nSize, fresh.m_nSize);
+    std::swap(m_nMaxSize, fresh.m_nMaxSize);
 }
 
 void CStringArray::InsertEmpty(long long index, long long count) {
@@ -194,9 +207,22 @@ void CStringArray::InsertEmpty(long long index, long long count) {
     m_nSize += count;
 }
 
-void CStringArray::insertAt(long long index, const String& value, long long count) {
+// InsertEmpty, then fill(first new element); takes them out again when that throws.
+template <class Fill>
+void CStringArray::insertFilled(long long index, long long count, const Fill& fill) {
+    const long long oldSize = m_nSize;
     InsertEmpty(index, count);
-    std::fill_n(m_pData + index, count, value);
+    try {
+        fill(m_pData + index);
+    } catch (...) {
+        const long long first = std::min(index, oldSize);
+        RemoveAt(first, m_nSize - oldSize);
+        throw;
+    }
+}
+
+void CStringArray::insertAt(long long index, const String& value, long long count) {
+    insertFilled(index, count, [&](String* first) { std::fill_n(first, count, value); });
 }
 
 void CStringArray::InsertAt(long long index, const wchar_t* value, long long count) {
@@ -216,8 +242,7 @@ void CStringArray::InsertAt(long long index, const CStringArray* other) {
         InsertAt(index, &copy);
         return;
     }
-    InsertEmpty(index, other->m_nSize);
-    std::copy_n(other->m_pData, other->m_nSize, m_pData + index);
+    insertFilled(index, other->m_nSize, [other](String* first) { std::copy_n(other->m_pData, other->m_nSize, first); });
 }
 
 void CStringArray::RemoveAt(long long index, long long count) {

@@ -110,21 +110,35 @@ __POSITION* CStringList::AddTail(const String& value) {
     return insert(m_pNodeTail, nullptr, value);
 }
 
+// The counts are taken first, for the case that the two lists are one.
 void CStringList::AddHead(CStringList* other) {
     if (other == nullptr)
         return;
-    // The count is taken first, for the case that the two lists are one.
-    __POSITION* pos = other->GetTailPosition();
-    for (long long left = other->GetCount(); left > 0; --left)
-        AddHead(other->GetPrev(pos));
+    const long long before = m_nCount;
+    try {
+        __POSITION* pos = other->GetTailPosition();
+        for (long long left = other->GetCount(); left > 0; --left)
+            AddHead(other->GetPrev(pos));
+    } catch (...) {
+        while (m_nCount > before)
+            unlinkAndFree(m_pNodeHead);
+        throw;
+    }
 }
 
 void CStringList::AddTail(CStringList* other) {
     if (other == nullptr)
         return;
-    __POSITION* pos = other->GetHeadPosition();
-    for (long long left = other->GetCount(); left > 0; --left)
-        AddTail(other->GetNext(pos));
+    const long long before = m_nCount;
+    try {
+        __POSITION* pos = other->GetHeadPosition();
+        for (long long left = other->GetCount(); left > 0; --left)
+            AddTail(other->GetNext(pos));
+    } catch (...) {
+        while (m_nCount > before)
+            unlinkAndFree(m_pNodeTail);
+        throw;
+    }
 }
 
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const wchar_t* value) {

@@ -7,20 +7,39 @@
 namespace {
 
 int g_liveArrays = 0;
+int g_liveBlocks = 0;
 int g_failAfter = -1;
 
 void* allocate(std::size_t size) {
-    if (g_failAfter >= 0 && g_failAfter-- == 0)
+    void* block = counting_new::mustFail() ? nullptr : std::malloc(size);
+    if (block == nullptr)
         throw std::bad_alloc();
-    if (void* block = std::malloc(size))
-        return block;
-    throw std::bad_alloc();
+    ++g_liveBlocks;
+    return block;
+}
+
+void release(void* block) {
+    if (block != nullptr)
+        --g_liveBlocks;
+    std::free(block);
 }
 
 } // namespace
 
 int counting_new::liveArrays() {
     return g_liveArrays;
+}
+
+int counting_new::liveBlocks() {
+    return g_liveBlocks;
+}
+
+bool counting_new::mustFail() {
+    return g_failAfter >= 0 && g_failAfter-- == 0;
+}
+
+void counting_new::count(int blocks) {
+    g_liveBlocks += blocks;
 }
 
 void counting_new::failAfter(int count) {
@@ -36,15 +55,15 @@ void* operator new[](std::size_t size) {
     return block;
 }
 void operator delete(void* block) noexcept {
-    std::free(block);
+    release(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    release(block);
 }
 void operator delete[](void* block) noexcept {
     if (block != nullptr)
         --g_liveArrays;
-    std::free(block);
+    release(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
     operator delete[](block);

@@ -15,9 +15,9 @@
 ///   0
 ///
 /// Reading and assigning an element does not check its index, except by assert. What changes the size does: a negative
-/// index or one that names no element throws std::out_of_range, a negative count std::length_error, and an array that
-/// cannot be had std::bad_alloc, each with the elements unchanged. Values may be strings of the array itself; a null
-/// `const wchar_t*` means the empty string. Not copied implicitly: there is Copy.
+/// index or one that names no element throws std::out_of_range, a negative count std::length_error, and an array or a
+/// string that cannot be had std::bad_alloc, each with the elements unchanged. Values may be strings of the array
+/// itself; a null `const wchar_t*` means the empty string. Not copied implicitly: there is Copy.
 class TQ_API CStringArray {
 public:
     using String = CStdStr<wchar_t>; ///< An element.
@@ -83,11 +83,14 @@ private:
         assert(index >= 0 && index < m_nSize);
         return index;
     }
+    long long capacityFor(long long size) const;
     void reserve(long long size);
     void moveTo(long long capacity, long long room);
     long long append(std::wstring_view value);
     void setAtGrow(long long index, String value);
     void insertAt(long long index, const String& value, long long count);
+    template <class Fill>
+    void insertFilled(long long index, long long count, const Fill& fill);
 
     String* m_pData;
     long long m_nSize;

@@ -74,8 +74,8 @@ public:
     /// The same behind the tail.
     __POSITION* AddTail(const wchar_t* value);
     __POSITION* AddTail(const String& value);
-    /// Adds copies of the other list's strings, in its order, in front of the head. A list added to
-    /// itself is doubled; null adds nothing. Where memory runs out midway the strings added so far stay.
+    /// Adds copies of the other list's strings, in its order, in front of the head. A list added to itself is doubled;
+    /// null adds nothing. All strings are added or none.
     void AddHead(CStringList* other);
     /// The same behind the tail.
     void AddTail(CStringList* other);

@@ -92,7 +92,8 @@ public:
     void readBytes(unsigned char* buf, std::uint32_t n) override;
     /// As TqStreamBuf's, with a file; so is the positioned write.
     void readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
-    /// Throws "Write file error!" when the stream does not take all bytes, and always after it has once failed.
+    /// Throws "Write file error!" when the stream does not take all bytes (a signal that interrupts the system's write
+    /// counts), and always after it has once failed.
     void writeBytes(const unsigned char* buf, std::uint32_t n) override;
     void writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
     /// Reads and puts the position back. Failing to put it back ends the process.
@@ -134,9 +135,10 @@ private:
     std::int32_t m_isRegistered = 0;
 };
 
-/// Reads a file that it maps into memory as a whole; shrinking the file meanwhile makes reading it a bus error. What
-/// cannot be mapped (an empty file, a pipe, a device, a file opened for writing only) is read through the C stream, and
-/// then behaves as TqFileStreamBufImpl does, except that all gets advance. It never writes.
+/// Reads a file that it maps into memory as a whole. Should someone shrink the file meanwhile, reading the part that is
+/// gone raises SIGBUS, as with any mapping; nothing is thrown. What cannot be mapped (an empty file, a pipe, a device,
+/// a file opened for writing only) is read through the C stream, and then behaves as TqFileStreamBufImpl does, except
+/// that all gets advance. It never writes.
 class TQ_API TqFileIStreamBuf : public TqFileStreamBufImpl {
 public:
     /// As the base's; in addition, a status other than eOk, even one that the caller left there, closes the file.

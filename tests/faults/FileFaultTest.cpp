@@ -1,0 +1,284 @@
+#include "faults/FailingCalls.h"
+#include "stream/StreamTest.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace streamtest;
+using faults::Call;
+using faults::Fault;
+using faults::FaultyStreams;
+
+constexpr Fault kFaults[] = {Fault::kInterrupted, Fault::kShort, Fault::kBroken};
+
+enum Kind { kPlain, kOutput };
+
+BufPtr open(Kind kind, const std::wstring& name, TqIO::CreationDisposition creation) {
+    return BufPtr(
+        kind == kPlain
+            ? createFileIOStreamBuf(name.c_str(), nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, creation)
+            : createFileOStreamBuf(name.c_str(), nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, creation, 0));
+}
+
+// Bytes that show where they belong.
+Bytes pattern(std::size_t n) {
+    Bytes bytes(n);
+    for (std::size_t i = 0; i < n; ++i)
+        bytes[i] = static_cast<unsigned char>(i * 7 + i / 251);
+    return bytes;
+}
+
+// One step of a session that writes, on the buffer and on the bytes that the file should hold.
+struct Step {
+    std::function<void(TqFileStreamBuf&)> act;
+    std::function<void(Bytes&)> model;
+};
+
+Step writing(std::size_t at, std::size_t n) {
+    return {[at, n](TqFileStreamBuf& buf) {
+                buf.seek(at, TqIO::kSeekStart);
+                buf.writeBytes(pattern(n).data(), static_cast<std::uint32_t>(n));
+            },
+            [at, n](Bytes& bytes) {
+                const Bytes data = pattern(n);
+                bytes.resize(std::max(bytes.size(), at + n));
+                std::copy(data.begin(), data.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
+            }};
+}
+
+const Step kSteps[] = {
+    writing(0, 100),
+    writing(100, 9000),
+    writing(9100, 40000),
+    {[](TqFileStreamBuf& buf) {
+         buf.seek(50, TqIO::kSeekStart);
+         buf.readByte();
+     },
+     [](Bytes&) {}},
+    writing(60, 3),
+    writing(49100, 7),
+};
+
+// Writes the session and says whether what it accepted can be trusted: with no error from any call, or none from
+// close(), the file holds what was accepted before the step that failed, or that step as well.
+void expectNoSilentLoss(Kind kind, const std::wstring& name, const std::string& path) {
+    Bytes accepted;
+    Bytes attempted;
+    const BufPtr buf = open(kind, name, TqIO::kCreateAlways);
+    for (const Step& step : kSteps) {
+        attempted = accepted;
+        step.model(attempted);
+        if (!thrownBy([&] { step.act(*buf); }).empty())
+            break;
+        accepted = attempted;
+    }
+    const std::wstring thrown = thrownBy([&] { buf->close(); });
+    EXPECT_EQ(buf->fileName(), nullptr) << "closed nevertheless";
+    if (thrown.empty()) {
+        const Bytes stored = readFile(path);
+        EXPECT_TRUE(stored == accepted || stored == attempted);
+    } else {
+        EXPECT_EQ(thrown, kWriteError);
+    }
+}
+
+TEST(FileFaults, NoAcceptedByteIsLostInSilence) {
+    const TempFolder folder;
+    for (const Kind kind : {kPlain, kOutput})
+        for (const Call call : {Call::kWrite, Call::kMove, Call::kRead, Call::kClose})
+            for (const Fault fault : kFaults) {
+                int nth = 0;
+                for (bool isMet = true; isMet && !HasFailure(); ++nth) {
+                    SCOPED_TRACE("kind " + std::to_string(kind) + " call " + std::to_string(static_cast<int>(call)) +
+                                 " fault " + std::to_string(static_cast<int>(fault)) + " at " + std::to_string(nth));
+                    const FaultyStreams faulty(call, fault, nth);
+                    expectNoSilentLoss(kind, folder.wide("f"), folder.path("f"));
+                    isMet = faulty.wasMet();
+                }
+                EXPECT_GT(nth, 1) << "nothing was tried";
+            }
+}
+
+TEST(FileFaults, InterruptedAndShortReadsBringEverything) {
+    const TempFolder folder;
+    const Bytes stored = pattern(20000);
+    writeFile(folder.path("f"), stored);
+    for (const Kind kind : {kPlain, kOutput})
+        for (const Fault fault : {Fault::kInterrupted, Fault::kShort})
+            for (int nth = 0; nth < 6; ++nth) {
+                const FaultyStreams faulty(Call::kRead, fault, nth);
+                const BufPtr buf = open(kind, folder.wide("f"), TqIO::kOpenExisting);
+                Bytes got(20000);
+                buf->readBytes(got.data(), 5);
+                buf->getBytes(got.data() + 5, 9000);
+                buf->readBytes(got.data() + 5, 19995);
+                EXPECT_TRUE(got == stored);
+                EXPECT_TRUE(faulty.wasMet() || nth > 2);
+            }
+    // A device that fails: what could not be read is left alone, and a later write is not blamed for it.
+    const FaultyStreams broken(Call::kRead, Fault::kBroken, 1);
+    const BufPtr buf = open(kPlain, folder.wide("f"), TqIO::kOpenExisting);
+    Bytes got(20000, 0xC5);
+    buf->readBytes(got.data(), 20000);
+    const auto count = std::mismatch(got.begin(), got.end(), stored.begin()).first - got.begin();
+    EXPECT_LT(count, 20000);
+    EXPECT_TRUE(std::all_of(got.begin() + count, got.end(), [](unsigned char byte) { return byte == 0xC5; }));
+    buf->seek(0, TqIO::kSeekStart);
+    buf->writeByte('x');
+    buf->close();
+    EXPECT_EQ(readFile(folder.path("f"))[0], 'x');
+}
+
+TEST(FileFaults, FailingCloseIsReportedWhereBytesWereWritten) {
+    const TempFolder folder;
+    writeFile(folder.path("f"), pattern(10));
+    for (const Kind kind : {kPlain, kOutput})
+        for (const bool isWritten : {false, true}) {
+            const FaultyStreams faulty(Call::kClose, Fault::kBroken, 0);
+            const BufPtr buf = open(kind, folder.wide("f"), TqIO::kOpenExisting);
+            EXPECT_EQ(buf->readByte(), 0);
+            if (isWritten)
+                buf->writeByte(9);
+            EXPECT_EQ(thrownBy([&] { buf->close(); }), isWritten ? kWriteError : L"");
+            EXPECT_TRUE(faulty.wasMet());
+            EXPECT_EQ(buf->fileName(), nullptr);
+        }
+}
+
+// Runs `session` in a child and returns its wait status; what it returns is its exit code.
+int statusOf(const std::function<int()>& session) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        std::_Exit(session());
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return status;
+}
+
+TEST(FileFaults, PositionThatCannotBePutBackEndsTheProcess) {
+    const TempFolder folder;
+    const Bytes stored = pattern(20000);
+    writeFile(folder.path("f"), stored);
+    constexpr int kWrongPosition = 3;
+    constexpr int kNotMet = 4;
+    for (const Kind kind : {kPlain, kOutput})
+        for (const bool isGet : {true, false}) {
+            int ended = 0;
+            for (int nth = 0, code = 0; code != kNotMet && nth < 100; ++nth) {
+                const int status = statusOf([&] {
+                    const FaultyStreams faulty(Call::kMove, Fault::kBroken, nth);
+                    const BufPtr buf = open(kind, folder.wide("f"), TqIO::kOpenExisting);
+                    Bytes got(9000, 'x');
+                    try {
+                        buf->seek(10000, TqIO::kSeekStart);
+                        isGet ? buf->getBytes(got.data(), 9000) : buf->setBytes(got.data(), 9000);
+                    } catch (...) {
+                        return 0; // reported
+                    }
+                    const std::uint64_t position = buf->tell(); // all bits set: reported too
+                    if (position != 10000 && position != UINT64_MAX)
+                        return kWrongPosition;
+                    return faulty.wasMet() ? 0 : kNotMet;
+                });
+                code = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+                EXPECT_NE(code, kWrongPosition) << "kind " << kind << " get " << isGet << " move " << nth;
+                ended += WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
+            }
+            EXPECT_GT(ended, 0) << "kind " << kind << " get " << isGet;
+        }
+}
+
+// A limit on the size of files is a full disk that takes the first bytes of a write and refuses the rest.
+TEST(FileFaults, DiskThatFillsUpInTheMiddleOfAWrite) {
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const TempFolder folder;
+    for (const Kind kind : {kPlain, kOutput})
+        for (const std::uint32_t piece : {700U, 5000U, 50000U}) {
+            rlimit limit = before;
+            limit.rlim_cur = 30001;
+            const BufPtr buf = open(kind, folder.wide("f"), TqIO::kCreateAlways);
+            ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+            const Bytes data = pattern(piece);
+            std::wstring thrown;
+            for (std::uint32_t done = 0; done < 50000 && thrown.empty(); done += piece)
+                thrown = thrownBy([&] { buf->writeBytes(data.data(), piece); });
+            const std::wstring thrownAtClose = thrownBy([&] { buf->close(); });
+            ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+            EXPECT_EQ(thrown, kWriteError) << "kind " << kind << " piece " << piece;
+            EXPECT_EQ(thrownAtClose, kWriteError);
+            const Bytes stored = readFile(folder.path("f"));
+            EXPECT_LE(stored.size(), 30001U);
+            for (std::size_t i = 0; i < stored.size(); ++i)
+                ASSERT_EQ(stored[i], data[i % piece]) << i;
+        }
+    std::signal(SIGXFSZ, handler);
+}
+
+TEST(FileFaults, InputThatCannotBeMappedIsReadThroughTheStream) {
+    const TempFolder folder;
+    const Bytes stored = pattern(9000);
+    writeFile(folder.path("f"), stored);
+    faults::failMapping(true);
+    const BufPtr buf(createFileIStreamBuf(folder.wide("f").c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone,
+                                          TqIO::kOpenExisting));
+    faults::failMapping(false);
+    Bytes got(9001, 0xC5);
+    buf->readBytes(got.data(), 9001);
+    EXPECT_TRUE(std::equal(stored.begin(), stored.end(), got.begin()));
+    EXPECT_EQ(got[9000], 0xC5) << "short, as through a stream";
+    EXPECT_EQ(buf->length(), 9000U);
+}
+
+TEST(FileFaultsDeathTest, ShrinkingAMappedFileIsABusErrorForItsReader) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const TempFolder folder;
+    EXPECT_EXIT(
+        {
+            writeFile(folder.path("f"), pattern(50000));
+            const BufPtr buf(createFileIStreamBuf(folder.wide("f").c_str(), nullptr, TqIO::kAccessRead,
+                                                  TqIO::kShareDenyNone, TqIO::kOpenExisting));
+            if (buf->length() == 50000 && ::truncate(folder.path("f").c_str(), 10) == 0) {
+                buf->readByte(9); // what is left can be read
+                buf->readByte(40000);
+            }
+            std::_Exit(0);
+        },
+        [](int status) { // sanitizers catch the signal and exit
+            return WIFSIGNALED(status) ? WTERMSIG(status) == SIGBUS : WEXITSTATUS(status) != 0;
+        },
+        "");
+}
+
+TEST(FileFaults, OpeningWithoutMemoryLeavesNothingBehind) {
+    const TempFolder folder;
+    writeFile(folder.path("f"), pattern(10));
+    const std::wstring name = folder.wide("f");
+    const int failures = faults::sweepAllocations([&](int failing) {
+        BufPtr buf;
+        const bool ranOut = faults::runsOut(failing, [&] {
+            buf.reset(createFileOStreamBuf(name.c_str(), nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyWrite,
+                                           TqIO::kOpenExisting, 100));
+        });
+        const bool isOpen = !ranOut && buf->fileName() != nullptr;
+        EXPECT_EQ(TqFileStreamBufImpl::m_cstrAlreadyOpenFiles.GetCount(), isOpen ? 1 : 0);
+        if (!isOpen)
+            return false;
+        const bool lost = faults::runsOut(0, [&] { buf->writeBytes(pattern(400).data(), 400); });
+        EXPECT_TRUE(lost);
+        EXPECT_EQ(buf->tell(), 0U) << "nothing was accepted";
+        buf->close();
+        return true;
+    });
+    EXPECT_GT(failures, 1);
+    EXPECT_EQ(readFile(folder.path("f")), pattern(10));
+}
+
+} // namespace
