@@ -1,10 +1,14 @@
 # Install rules: libraries, headers, the CMake package (find_package(TqOsBase CONFIG)) and the pkg-config file.
 include(CMakePackageConfigHelpers)
 
+# What a program needs to run is the component "runtime", all else is "development".
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(
   TARGETS TqOsBase TqOsBaseStatic
   EXPORT TqOsBaseTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          COMPONENT runtime
+          NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/TqOsBase" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

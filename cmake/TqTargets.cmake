@@ -42,9 +42,15 @@ function(tq_configure_objects target)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:TqWarnings>)
 endfunction()
 
-# SONAME (install name on macOS) carries the major version; an undefined symbol is a link error.
+# SONAME (install name on macOS, looked for in the run path) carries the major version; an undefined symbol is a link
+# error.
 function(tq_configure_shared target)
-  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  set_target_properties(
+    ${target}
+    PROPERTIES VERSION ${PROJECT_VERSION}
+               SOVERSION ${PROJECT_VERSION_MAJOR}
+               INSTALL_NAME_DIR "@rpath"
+               BUILD_WITH_INSTALL_NAME_DIR ON)
   if(NOT APPLE)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")

@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
 # Cross-compiles the shared library and the tests' objects for x86_64 macOS with the clang that the npm package of zig
-# carries, then compares the exported symbols with those of the Linux library in the build folder $1. The package is
+# carries, then checks the exported symbols and the name under which programs will look for the library. The package is
 # fetched once into a cache outside the tree.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-linux_build=$1
 readonly version=0.11.0
 readonly cache=${TQ_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/TqOsBase}
 readonly zig_dir=$cache/zig-$version
@@ -49,4 +48,7 @@ jobs=$(getconf _NPROCESSORS_ONLN)
 cmake --build build/macos -j "$jobs" --target TqOsBase
 # Linking test programs would need the framework's library for macOS; their objects show that the sources compile.
 ninja -C build/macos -t targets all | sed -n 's/^\([^:]*\.o\): .*/\1/p' | xargs ninja -C build/macos -j "$jobs"
-python3 tools/compare_symbols.py "$linux_build/libTqOsBase.so" build/macos/libTqOsBase.dylib llvm-nm
+python3 tools/check_symbols.py abi/TqOsBase.symbols build/macos/libTqOsBase.dylib llvm-nm
+install_name=$(llvm-objdump --macho --dylib-id build/macos/libTqOsBase.dylib | tail -n 1)
+[[ $install_name =~ ^@rpath/libTqOsBase\.[0-9]+\.dylib$ ]] || { echo "install name: $install_name" >&2; exit 1; }
+echo "install name $install_name"

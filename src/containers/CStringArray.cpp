@@ -207,30 +207,27 @@ void CStringArray::InsertEmpty(long long index, long long count) {
     m_nSize += count;
 }
 
-// InsertEmpty, then fill(first new element); takes them out again when that throws.
-template <class Fill>
-void CStringArray::insertFilled(long long index, long long count, const Fill& fill) {
+// Inserts source[0], source[step] and so on, which lie outside this array; all or none of them.
+void CStringArray::insertCopies(long long index, const String* source, long long count, long long step) {
     const long long oldSize = m_nSize;
     InsertEmpty(index, count);
     try {
-        fill(m_pData + index);
+        for (long long i = 0; i < count; ++i)
+            m_pData[index + i] = source[i * step];
     } catch (...) {
-        const long long first = std::min(index, oldSize);
-        RemoveAt(first, m_nSize - oldSize);
+        RemoveAt(std::min(index, oldSize), m_nSize - oldSize);
         throw;
     }
 }
 
-void CStringArray::insertAt(long long index, const String& value, long long count) {
-    insertFilled(index, count, [&](String* first) { std::fill_n(first, count, value); });
-}
-
 void CStringArray::InsertAt(long long index, const wchar_t* value, long long count) {
-    insertAt(index, String(value), count);
+    const String copy(value); // `value` may lie in the array, which moves
+    insertCopies(index, &copy, count, 0);
 }
 
 void CStringArray::InsertAt(long long index, const String& value, long long count) {
-    insertAt(index, String(value), count);
+    const String copy(value); // `value` may lie in the array, which moves
+    insertCopies(index, &copy, count, 0);
 }
 
 void CStringArray::InsertAt(long long index, const CStringArray* other) {
@@ -242,7 +239,7 @@ void CStringArray::InsertAt(long long index, const CStringArray* other) {
         InsertAt(index, &copy);
         return;
     }
-    insertFilled(index, other->m_nSize, [other](String* first) { std::copy_n(other->m_pData, other->m_nSize, first); });
+    insertCopies(index, other->m_pData, other->m_nSize, 1);
 }
 
 void CStringArray::RemoveAt(long long index, long long count) {

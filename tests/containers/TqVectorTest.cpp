@@ -16,10 +16,6 @@ namespace {
 using Wide = TqVector<wchar_t>;
 using Narrow = TqVector<char>;
 
-static_assert(sizeof(Wide) == sizeof(void*));
-static_assert(offsetof(Wide::Data, m_logicalLength) == 4 && offsetof(Wide::Data, m_physicalLength) == 8 &&
-              offsetof(Wide::Data, m_growLength) == 12 && offsetof(Wide::Data, m_elements) == 16);
-
 // Slots that can be made to fail, and that are counted.
 struct Slots {
     static inline int failAfter = INT_MAX;

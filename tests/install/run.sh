@@ -1,42 +1,85 @@
 #!/usr/bin/env bash
-# Installs the build folder $1 into an empty prefix and builds and runs the consumer beside this script against it: by
-# find_package and by pkg-config, shared and static, with both compilers and both language standards.
+# Builds and runs the consumer beside this script against the library, from outside its tree:
+#   run.sh build FOLDER       the build folder, installed into an empty prefix: by find_package and by pkg-config, shared
+#                             and static, with both compilers and both language standards, and the README's program
+#   run.sh prefix FOLDER      an installed tree, with one compiler and one standard
+#   run.sh subproject FOLDER  the library's source folder, by add_subdirectory
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+mode=$1
+subject=$(cd "$2" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-
-cmake --install "$1" --prefix "$work/prefix" >/dev/null
 cp -r "$here/consumer" "$work/consumer"
 cd "$work"
 
-headers_outside=$(find prefix/include -type f | grep -v '^prefix/include/TqOsBase/' || true)
-[ -z "$headers_outside" ] || { echo "installed outside include/TqOsBase: $headers_outside"; exit 1; }
+# consume NAME CMAKE_ARGUMENT ...
+consume() {
+    local name=$1
+    echo "$name"
+    cmake -S consumer -B "$name" "${@:2}" >"$name.log" 2>&1 && cmake --build "$name" -j 2 >>"$name.log" 2>&1 ||
+        { cat "$name.log"; exit 1; }
+    "$name/consumer_TqOsBase" "$work/file.bin"
+    "$name/consumer_TqOsBaseStatic" "$work/file.bin"
+}
 
-for compiler in g++ clang++; do
-    for standard in 17 20; do
-        for library in TqOsBase TqOsBaseStatic; do
-            name=$compiler-$standard-$library
-            echo "find_package: $name"
-            cmake -S consumer -B "$name" -DCMAKE_CXX_COMPILER=$compiler -DCMAKE_CXX_STANDARD=$standard \
-                -DCONSUMER_LIBRARY=$library -DCMAKE_PREFIX_PATH="$work/prefix" >"$name.log" 2>&1 &&
-                cmake --build "$name" >>"$name.log" 2>&1 || { cat "$name.log"; exit 1; }
-            "$name/consumer" "$work/file.bin"
+by_find_package() {
+    consume "find_package-$1-$2" -DCMAKE_CXX_COMPILER="$1" -DCMAKE_CXX_STANDARD="$2" -DCMAKE_PREFIX_PATH="$prefix"
+    # What runs must be what was just installed, not another copy on this machine.
+    LC_ALL=C ldd "find_package-$1-$2/consumer_TqOsBase" | grep -F "$prefix/" >/dev/null ||
+        { echo "the consumer does not run with the library of $prefix"; exit 1; }
+}
+
+by_pkg_config() {
+    echo "pkg-config"
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name TqOsBase.pc)")
+    export PKG_CONFIG_PATH
+    local flags libdir
+    libdir=$(pkg-config --variable=libdir TqOsBase)
+    read -ra flags < <(pkg-config --cflags --libs TqOsBase)
+    g++ -std=c++17 -fvisibility=hidden consumer/main.cpp "${flags[@]}" -o by-pkg-config
+    LD_LIBRARY_PATH=$libdir ./by-pkg-config "$work/file.bin"
+    read -ra flags < <(pkg-config --cflags TqOsBase)
+    g++ -std=c++17 consumer/main.cpp "${flags[@]}" "$libdir/libTqOsBase.a" -o by-pkg-config-static
+    ./by-pkg-config-static "$work/file.bin"
+}
+
+first_program() {
+    echo "the first program of the README, and what it says that it prints"
+    local readme=$here/../../README.md flags
+    block() { awk -v want="\`\`\`$1" '$0 == want && !done { on = 1; next } /^```/ && on { on = 0; done = 1 } on' "$readme"; }
+    block cpp >first.cpp
+    block text >first.expected
+    read -ra flags < <(pkg-config --cflags --libs TqOsBase)
+    g++ -std=c++17 -Wall -Wextra -Werror first.cpp "${flags[@]}" -o first
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir TqOsBase) ./first | diff first.expected -
+}
+
+case $mode in
+build)
+    prefix=$work/prefix
+    cmake --install "$subject" --prefix "$prefix" >/dev/null
+    headers_outside=$(find "$prefix/include" -type f | grep -v "^$prefix/include/TqOsBase/" || true)
+    [ -z "$headers_outside" ] || { echo "installed outside include/TqOsBase: $headers_outside"; exit 1; }
+    for compiler in g++ clang++; do
+        for standard in 17 20; do
+            by_find_package $compiler $standard
         done
     done
-done
-
-echo "pkg-config"
-PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name TqOsBase.pc)")
-export PKG_CONFIG_PATH
-# shellcheck disable=SC2046
-g++ -std=c++17 -fvisibility=hidden consumer/main.cpp $(pkg-config --cflags --libs TqOsBase) -o by-pkg-config
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir TqOsBase) ./by-pkg-config "$work/file.bin"
-
-echo "the first program of the README, and what it says that it prints"
-block() { awk -v want="\`\`\`$1" '$0 == want && !done { on = 1; next } /^```/ && on { on = 0; done = 1 } on' "$readme"; }
-readme=$here/../../README.md
-block cpp >first.cpp
-block text >first.expected
-g++ -std=c++17 -Wall -Wextra -Werror first.cpp $(pkg-config --cflags --libs TqOsBase) -o first
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir TqOsBase) ./first | diff first.expected -
+    by_pkg_config
+    first_program
+    ;;
+prefix)
+    prefix=$subject
+    by_find_package g++ 17
+    by_pkg_config
+    ;;
+subproject)
+    consume subproject -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD=17 -DCONSUMER_SUBPROJECT="$subject" \
+        -DTQ_WARNINGS_AS_ERRORS=ON
+    ;;
+*)
+    echo "usage: run.sh build|prefix|subproject FOLDER" >&2
+    exit 2
+    ;;
+esac

@@ -7,9 +7,6 @@
 
 static_assert(std::is_same_v<std::underlying_type_t<TqIO::AccessMode>, unsigned int>);
 static_assert(sizeof(TqIO::SeekType) == 4 && sizeof(TqIO::ShareMode) == 4 && sizeof(TqIO::CreationDisposition) == 4);
-static_assert(sizeof(TqStreamBuf) == 8 && sizeof(TqMemStreamBuf) == 8 && sizeof(TqFlatMemBuf) == 24);
-static_assert(sizeof(TqFileStreamBuf) == 8 && sizeof(TqFileStreamBufImpl) == 40 && sizeof(TqFileIOStreamBuf) == 40);
-static_assert(sizeof(TqFileIStreamBuf) == 72 && sizeof(TqFileOStreamBuf) == 64);
 
 namespace {
 
@@ -17,63 +14,6 @@ using namespace streamtest;
 using std::uint32_t;
 using std::uint64_t;
 using u8 = unsigned char;
-
-// The place of a virtual function in its table: a pointer to it holds one more than its offset there. The two
-// destructors in front count as one slot.
-template <class Class, class Function>
-long slotOf(Function Class::*function) {
-    std::ptrdiff_t value = 0;
-    std::memcpy(&value, &function, sizeof value);
-    return (value - 1) / static_cast<long>(sizeof(void*));
-}
-
-TEST(TqStreamBuf, SlotsAreInTheOrderThatCallersAreCompiledFor) {
-    using S = TqStreamBuf;
-    const long slots[] = {
-        slotOf<S>(&S::isEOS),
-        slotOf<S>(&S::tell),
-        slotOf<S>(&S::length),
-        slotOf<S>(&S::setlength),
-        slotOf<S>(&S::truncate),
-        slotOf<S>(&S::rewind),
-        slotOf<S>(static_cast<u8* (S::*)()>(&S::buffer)),
-        slotOf<S>(static_cast<const u8* (S::*)() const>(&S::buffer)),
-        slotOf<S>(&S::seek),
-        slotOf<S>(static_cast<u8 (S::*)()>(&S::readByte)),
-        slotOf<S>(static_cast<u8 (S::*)(uint64_t)>(&S::readByte)),
-        slotOf<S>(static_cast<void (S::*)(u8)>(&S::writeByte)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, u8)>(&S::writeByte)),
-        slotOf<S>(static_cast<u8 (S::*)()>(&S::getByte)),
-        slotOf<S>(static_cast<u8 (S::*)(uint64_t)>(&S::getByte)),
-        slotOf<S>(static_cast<void (S::*)(u8)>(&S::setByte)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, u8)>(&S::setByte)),
-        slotOf<S>(static_cast<void (S::*)(u8*, uint32_t)>(&S::readBytes)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, u8*, uint32_t)>(&S::readBytes)),
-        slotOf<S>(static_cast<void (S::*)(const u8*, uint32_t)>(&S::writeBytes)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, const u8*, uint32_t)>(&S::writeBytes)),
-        slotOf<S>(static_cast<void (S::*)(u8*, uint32_t)>(&S::getBytes)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, u8*, uint32_t)>(&S::getBytes)),
-        slotOf<S>(static_cast<void (S::*)(const u8*, uint32_t)>(&S::setBytes)),
-        slotOf<S>(static_cast<void (S::*)(uint64_t, const u8*, uint32_t)>(&S::setBytes)),
-        slotOf<S>(&S::copyFrom),
-        slotOf<S>(&S::copyTo),
-    };
-    long expected = 2;
-    for (const long slot : slots)
-        EXPECT_EQ(slot, expected++);
-    using M = TqMemStreamBuf;
-    EXPECT_EQ(slotOf<M>(&M::bufSize), expected);
-    EXPECT_EQ(slotOf<M>(&M::resize), expected + 1);
-    EXPECT_EQ(slotOf<M>(&M::reserve), expected + 2);
-    EXPECT_EQ(slotOf<M>(&M::moveTo), expected + 3);
-    EXPECT_EQ(slotOf<M>(&M::open), expected + 4);
-    EXPECT_EQ(slotOf<M>(&M::close), expected + 5);
-    using F = TqFileStreamBuf;
-    EXPECT_EQ(slotOf<F>(&F::fileName), expected);
-    EXPECT_EQ(slotOf<F>(&F::shareMode), expected + 1);
-    EXPECT_EQ(slotOf<F>(&F::fileHandle), expected + 2);
-    EXPECT_EQ(slotOf<F>(&F::close), expected + 3);
-}
 
 // The least a class has to supply, over a fixed run of bytes; everything else is what the base makes of it.
 class Fixed : public TqStreamBuf {

@@ -88,9 +88,7 @@ private:
     void moveTo(long long capacity, long long room);
     long long append(std::wstring_view value);
     void setAtGrow(long long index, String value);
-    void insertAt(long long index, const String& value, long long count);
-    template <class Fill>
-    void insertFilled(long long index, long long count, const Fill& fill);
+    void insertCopies(long long index, const String* source, long long count, long long step);
 
     String* m_pData;
     long long m_nSize;

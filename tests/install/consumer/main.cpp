@@ -2,8 +2,11 @@
 
 #include <TqOsBase/TqOsBase.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -61,25 +64,72 @@ void streams(const char* path) {
     destoryFileIOStreamBuf(in);
 }
 
-// The classes are thrown in the library and caught here, across its border.
+// A stream of this program, whose operations the library calls.
+class OwnStream : public TqFlatMemBuf {
+public:
+    void writeBytes(const unsigned char*, std::uint32_t) override {
+        throw TqExceptionWithMsg(L"main.cpp", 2, L"thrown in the program");
+    }
+    using TqFlatMemBuf::writeBytes;
+};
+
+template <class Thrown, class Call, class Holds>
+void expectThrown(const char* what, const Call& call, const Holds& holds) {
+    try {
+        call();
+        expect(false, what);
+    } catch (const Thrown& thrown) {
+        expect(holds(thrown), what);
+    } catch (...) {
+        std::printf("not recognised: ");
+        expect(false, what);
+    }
+}
+
+// What is thrown on one side of the library's border is caught on the other one, by its own type or that of its base.
 void exceptions() {
     TqFlatMemBuf buffer;
-    try {
-        buffer.readByte();
-        expect(false, "reading at the end throws");
-    } catch (const TqException& error) {
-        expect(std::wstring(error.m_pszFile) == L"End of stream buffer!", "the reason is carried");
-    }
-    try {
-        throw TqErrorStatus(Lumo::eFileOpenFailed, L"no disk", L"main.cpp", 1);
-    } catch (const TqException& error) {
-        expect(std::wstring(error.description()) == L"error type: 53\tmessage:no disk", "the description is built");
-    }
-    try {
-        TqVector<char>().setLogicalLength(-1);
-        expect(false, "a negative length throws");
-    } catch (const std::length_error&) {
-    }
+    expectThrown<TqException>(
+        "reading at the end throws", [&] { buffer.readByte(); },
+        [](const TqException& error) { return std::wstring(error.m_pszFile) == L"End of stream buffer!"; });
+    expectThrown<Lumo::ErrorStatus>(
+        "a file without a name",
+        [] { TqFileSystem::createFileBuf(L"", TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting); },
+        [](Lumo::ErrorStatus status) { return status == 365; });
+    expectThrown<const wchar_t*>(
+        "a stream without a file",
+        [] {
+            TqFileStreamBufImpl none;
+            none.writeByte(1);
+        },
+        [](const wchar_t* text) { return std::wstring(text) == L"Write file error!"; });
+    expectThrown<std::length_error>(
+        "a negative length", [] { TqVector<char>().setLogicalLength(-1); }, [](const std::exception&) { return true; });
+    expectThrown<std::bad_alloc>(
+        "an array of impossible size", [] { CStringArray().SetSize(std::numeric_limits<long long>::max()); },
+        [](const std::exception&) { return true; });
+    expectThrown<TqException>(
+        "the library lets an exception of the program pass",
+        [&] {
+            const unsigned char bytes[3] = {};
+            buffer.writeBytes(bytes, 3);
+            OwnStream own;
+            TqStreamBuf& base = own;
+            base.copyFrom(&buffer, 0, 3);
+        },
+        [](const TqException& error) {
+            return dynamic_cast<const TqExceptionWithMsg*>(&error) != nullptr &&
+                   std::wstring(error.description()) == L"thrown in the program";
+        });
+    expectThrown<TqException>(
+        "the description is built", [] { throw TqErrorStatus(Lumo::eFileOpenFailed, L"no disk", L"main.cpp", 1); },
+        [](const TqException& error) {
+            return std::wstring(error.description()) == L"error type: 53\tmessage:no disk";
+        });
+    TqFileStreamBuf* file = createFileIOStreamBuf(nullptr);
+    expect(dynamic_cast<TqFileIOStreamBuf*>(file) != nullptr && dynamic_cast<TqFileOStreamBuf*>(file) == nullptr,
+           "the type of an object of the library is known");
+    destoryFileIOStreamBuf(file);
 }
 
 } // namespace
