@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <vector>
 
 namespace {
@@ -24,7 +25,7 @@ char* freed(std::size_t size) {
 
 void useProperly() {
     std::vector<char*> blocks;
-    for (const std::size_t size : {8, 40, 256, 512, 2048, 4096}) {
+    for (const std::size_t size : std::initializer_list<std::size_t>{8, 40, 256, 512, 2048, 4096}) {
         for (int round = 0; round < 3; ++round) {
             for (int i = 0; i < 600; ++i) {
                 blocks.push_back(allocate(size));
