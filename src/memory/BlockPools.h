@@ -33,12 +33,12 @@ public:
         if (giveUnit(pool, page, block)) [[likely]]
             return;
         // Parked already, and nothing has happened to the segments since: it may stay.
-        const Page* const other = pool.partial == &page ? page.next : pool.partial;
-        if (m_parked == &page && other == &pool.end) {
+        const bool isOnlyOne = pool.partial == &page && page.next == &pool.end;
+        if (m_parked == &page && (isOnlyOne || pool.partial == &pool.end)) {
             page.flags = 0;
             page.nextUnit = pageAddress(page);
-            page.next = &pool.end;
-            pool.partial = &page;
+            if (!isOnlyOne) // it was full, its one block in use
+                pushRun(pool, page);
             return;
         }
         freePage(page, pool, segments);
