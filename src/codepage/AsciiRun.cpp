@@ -1,5 +1,7 @@
 #include "codepage/AsciiRun.h"
 
+#include "platform/Processor.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -47,18 +49,14 @@ __attribute__((target("avx2"))) std::size_t narrowWithAvx2(const wchar_t* src, s
     return done;
 }
 
-bool hasAvx2() noexcept {
-    return __builtin_cpu_supports("avx2") != 0;
-}
-
 } // namespace
 
 std::size_t widenPlainRun(const char* src, std::size_t count, wchar_t* out) noexcept {
-    return hasAvx2() ? widenWithAvx2(src, count, out) : 0;
+    return platform::hasAvx2() ? widenWithAvx2(src, count, out) : 0;
 }
 
 std::size_t narrowAsciiRun(const wchar_t* src, std::size_t count, char* out) noexcept {
-    return hasAvx2() ? narrowWithAvx2(src, count, out) : 0;
+    return platform::hasAvx2() ? narrowWithAvx2(src, count, out) : 0;
 }
 
 #else

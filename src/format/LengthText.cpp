@@ -85,8 +85,8 @@ private:
         const double fraction = inches - static_cast<double>(wholeInches);
         int power = std::min(m_precision, kMaxDenominatorPower);
         // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative.
-        auto numerator = static_cast<std::int64_t>(fraction * static_cast<double>(1LL << power) + 0.5);
-        if (numerator == 1LL << power) {
+        auto numerator = static_cast<std::int64_t>(fraction * static_cast<double>(std::int64_t{1} << power) + 0.5);
+        if (numerator == std::int64_t{1} << power) {
             numerator = 0;
             ++wholeInches;
         }
@@ -103,9 +103,9 @@ private:
         if (numerator == 0)
             return;
         if ((m_flags & kQFlagDrawingText) != 0)
-            writeStacked(numerator, 1LL << power);
+            writeStacked(numerator, std::int64_t{1} << power);
         else
-            writePlain(numerator, L'/', 1LL << power);
+            writePlain(numerator, L'/', std::int64_t{1} << power);
     }
 
     void writePlain(std::int64_t numerator, wchar_t bar, std::int64_t denominator) {
