@@ -12,6 +12,11 @@ if(TQ_VALGRIND)
   add_compile_definitions(TQ_VALGRIND)
 endif()
 
+# The library's sources alone are counted; with counters of their own the tests would take minutes.
+if(TQ_COVERAGE)
+  add_link_options(--coverage)
+endif()
+
 # The fuzzer needs the library itself to tell which code an input has reached.
 if(TQ_LIBFUZZER)
   add_compile_options(-fsanitize=fuzzer-no-link)
@@ -40,17 +45,15 @@ function(tq_configure_objects target)
   # Calls among our own exported functions are direct and may be inlined; clang never does otherwise.
   target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:TqWarnings>)
+  if(TQ_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+  endif()
 endfunction()
 
 # SONAME (install name on macOS, looked for in the run path) carries the major version; an undefined symbol is a link
 # error.
 function(tq_configure_shared target)
-  set_target_properties(
-    ${target}
-    PROPERTIES VERSION ${PROJECT_VERSION}
-               SOVERSION ${PROJECT_VERSION_MAJOR}
-               INSTALL_NAME_DIR "@rpath"
-               BUILD_WITH_INSTALL_NAME_DIR ON)
+  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   if(NOT APPLE)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/TqOsBase.map")
@@ -66,4 +69,8 @@ function(tq_add_program name)
   target_compile_features(${name} PRIVATE cxx_std_20)
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
   target_link_libraries(${name} PRIVATE TqWarnings)
+  if(TQ_COVERAGE)
+    target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests/reference/CoverageAtExit.cpp")
+    target_link_options(${name} PRIVATE LINKER:--wrap=_exit LINKER:--wrap=_Exit)
+  endif()
 endfunction()
