@@ -1,7 +1,7 @@
 # Cross-compilation for x86_64 macOS; TQ_ZIG_DIR is where tools/macos_build.sh has put the compiler.
 set(CMAKE_SYSTEM_NAME Darwin)
-# That of macOS 11; without a version libraries get no place in the run path.
-set(CMAKE_SYSTEM_VERSION 20.1.0)
+# What the platform files set on a Mac, whose version they know: libraries are found by the run path.
+set(CMAKE_SHARED_LIBRARY_RUNTIME_C_FLAG "-Wl,-rpath,")
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TQ_ZIG_DIR)
 set(CMAKE_CXX_COMPILER "${TQ_ZIG_DIR}/macos-c++")
