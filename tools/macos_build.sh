@@ -42,7 +42,7 @@ ln -sfn /usr/include/gtest "$cache/gtest-include/gtest"
 unset CMAKE_CXX_COMPILER_LAUNCHER
 cmake -S . -B build/macos -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib \
     -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_DIR="$zig_dir" \
-    -DGTest_DIR="$PWD/cmake/macos" -DTQ_GTEST_INCLUDE="$cache/gtest-include" \
+    -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/macos" -DTQ_GTEST_INCLUDE="$cache/gtest-include" \
     -DTQ_BUILD_TESTS=ON -DTQ_BUILD_FUZZ=ON -DTQ_BUILD_BENCH=OFF >/dev/null
 jobs=$(getconf _NPROCESSORS_ONLN)
 cmake --build build/macos -j "$jobs" --target TqOsBase

@@ -212,8 +212,9 @@ void CStringArray::insertCopies(long long index, const String* source, long long
     const long long oldSize = m_nSize;
     InsertEmpty(index, count);
     try {
+        String* const first = m_pData + index;
         for (long long i = 0; i < count; ++i)
-            m_pData[index + i] = source[i * step];
+            first[i] = source[i * step]; // NOLINT(clang-analyzer-core.CallAndMessage): InsertEmpty has made the array
     } catch (...) {
         RemoveAt(std::min(index, oldSize), m_nSize - oldSize);
         throw;

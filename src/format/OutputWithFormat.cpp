@@ -56,7 +56,8 @@ public:
         const std::uint32_t magnitude = value < 0 ? 0 - bits : bits;
         const int digits = decimalDigits(std::uint64_t{magnitude} | 1);
         const int sign = value < 0 ? 1 : 0;
-        return put(static_cast<std::size_t>(digits + sign), [=](wchar_t* out) {
+        const int length = digits + sign;
+        return put(static_cast<std::size_t>(length), [=](wchar_t* out) {
             *out = L'-';
             writeDigits(out + sign, magnitude, digits);
         });
