@@ -1,6 +1,6 @@
 #include "format/AngleText.h"
 
-#include "format/NumberText.h"
+#include "fltcvt/PowersOfTen.h"
 
 #include <TqOsBase/format/QMode.h>
 
@@ -44,6 +44,16 @@ int precisionForLength(unsigned maxLength) {
     if (length >= 10)
         return length - 6;
     return length >= 7 ? length - 5 : 0;
+}
+
+// 10^(4 - precision), for a precision that shows seconds.
+double carryTolerance(int precision) {
+    const int decimals = precision - kSecondDecimalsFrom;
+    if (decimals < 0)
+        return 10;
+    return decimals <= tq::detail::kLastSmallPower
+               ? 1 / static_cast<double>(tq::detail::kSmallPowersOfTen[static_cast<std::size_t>(decimals)])
+               : std::pow(10.0, -decimals);
 }
 
 class AngleText {
@@ -212,9 +222,7 @@ void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int
     seconds = (shownMinutes - minutes) * 60;
     // The tolerance is ten seconds, not half a one, at the coarsest precision that shows seconds: 50" and more become a
     // minute there. Callers rely on it.
-    constexpr double kLargestTolerance = 10;
-    if (usedPrecision >= kSecondsPrecision && 60 - seconds <= kLargestTolerance &&
-        60 - seconds <= std::pow(10.0, 4 - usedPrecision)) {
+    if (usedPrecision >= kSecondsPrecision && 60 - seconds <= carryTolerance(usedPrecision)) {
         seconds = 0;
         ++minutes;
     }

@@ -192,10 +192,16 @@ TEST_F(TextConversion, Utf8AtEveryOffsetAndLength) {
                               "\xFF\x80\x80", "\xFF\x80", "\xF0\x9F\x98\x80", "\xE0\xC3\xA9", "\xC0\x80\xED\xA0\x80",
                               "\xE4\xB8\xAD\xE6\x96\x87\xC3\xA9\xE5\xAD\x97"})
         ASSERT_NO_FATAL_FAILURE(sweep<Utf8ToWide>(std::string(kLongestText, 'a'), std::string(bytes)));
+    std::string eastAsian;
+    while (eastAsian.size() < kLongestText)
+        eastAsian += "\xE4\xB8\xAD";
+    for (const char* bytes : {"", "a", "\xC3\xA9", "\xE4\xB8", "\xF0\x9F\x98\x80"})
+        ASSERT_NO_FATAL_FAILURE(sweep<Utf8ToWide>(eastAsian, std::string(bytes)));
     for (const std::wstring& characters :
          {L""s, L"\x7F\x80"s, L"\u07FF\u0800"s, L"\uFFFF\U00010000"s, L"\U0001F600\U0001F600\U0001F600"s, L"\xD800"s,
           L"\u4E2D\u6587a\u5B57"s, std::wstring(1, static_cast<wchar_t>(-60)), std::wstring(20, L'\U0001F600')})
-        ASSERT_NO_FATAL_FAILURE(sweep<WideToUtf8>(std::wstring(kLongestText, L'a'), characters));
+        for (const wchar_t around : {L'a', L'\u4E2D'})
+            ASSERT_NO_FATAL_FAILURE(sweep<WideToUtf8>(std::wstring(kLongestText, around), characters));
 
     std::mt19937 random(7);
     for (int round = 0; round < 20000; ++round) {
