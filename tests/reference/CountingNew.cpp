@@ -1,14 +1,16 @@
 #include "reference/CountingNew.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-int g_liveArrays = 0;
-int g_liveBlocks = 0;
-int g_failAfter = -1;
+// Tests with several threads are counted too.
+std::atomic<int> g_liveArrays = 0;
+std::atomic<int> g_liveBlocks = 0;
+std::atomic<int> g_failAfter = -1;
 
 void* allocate(std::size_t size) {
     void* block = counting_new::mustFail() ? nullptr : std::malloc(size);
