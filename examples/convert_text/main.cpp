@@ -2,7 +2,7 @@
 
 #include "Conversion.h"
 #include "Report.h"
-#include "shared/Files.h"
+#include "files/Files.h"
 
 #include <algorithm>
 #include <cstdio>

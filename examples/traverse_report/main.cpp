@@ -4,7 +4,7 @@
 #include "LineReader.h"
 #include "TraverseParser.h"
 #include "TraverseReport.h"
-#include "shared/Files.h"
+#include "files/Files.h"
 
 #include <cstdio>
 #include <cstdlib>

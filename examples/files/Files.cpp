@@ -1,4 +1,4 @@
-#include "shared/Files.h"
+#include "files/Files.h"
 
 #include <TqOsBase/diag/ErrorStatus.h>
 
