@@ -158,8 +158,8 @@ double tq::detail::absoluteAngle(double angle) {
     return reduceToOneTurn(clockwise ? g_appUnits.angleBase - angle : angle - g_appUnits.angleBase);
 }
 
-void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, wchar_t*& numberStart, int flags,
-                          int maxLength, int precision) {
+void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags, int maxLength,
+                          int precision) {
     const bool isFinite = std::isfinite(angle);
     if (unitMode == kAngularSurveyor && isFinite) {
         angle = reduceToOneTurn(angle);
@@ -168,7 +168,6 @@ void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& 
         angle = -angle;
         --maxLength;
     }
-    numberStart = writer.here();
     if (unitMode < kAngularDegrees || unitMode > kAngularSurveyor)
         return;
     if (!isFinite) {

@@ -4,10 +4,10 @@
 
 /// Appends an angle in radians in one of the angular unit modes; nothing but the minus sign in an unknown mode, and
 /// inf, -inf or nan in any known one. In surveyor's units the angle is reduced to one turn, in the others a negative
-/// one gets a minus sign. `numberStart` becomes the place behind that. The digits are cut down as far as `maxLength`
+/// one gets a minus sign. The digits are cut down as far as `maxLength`
 /// asks; the text may still be longer. `angle` is left as the magnitude that was shown.
-void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, wchar_t*& numberStart, int flags,
-                          int maxLength, int precision);
+void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags, int maxLength,
+                          int precision);
 
 /// The letters of the bearing of an angle from 0 to below 2 pi, east being 0, north pi / 2; `angle` becomes the one
 /// from the north or south axis, 0 to pi / 2.

@@ -69,9 +69,8 @@ void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned
     FormatUtil::convertQTypeToAppType(precision, unitMode, qType, flags);
     if (qType == kQTypeAngle || qType == kQTypeRelativeAngle) {
         double angle = qType == kQTypeAngle ? tq::detail::absoluteAngle(value) : value;
-        wchar_t* numberStart = nullptr;
         const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
-        formatQModeAngleUnit(writer, unitMode, angle, numberStart, flags, length, precision);
+        formatQModeAngleUnit(writer, unitMode, angle, flags, length, precision);
         return;
     }
     if (value < 0) {

@@ -79,7 +79,7 @@ public:
     /// Writes mantissa * 10^(integerDigits - 1) in fixed notation, cut after `precision` decimals and after 16
     /// significant digits, and returns the length: at most 125, and below `size` when that is above 0. Digits past the
     /// 16th are 0; a point with nothing after it is left out. A negative precision counts as 0; infinity and NaN give
-    /// `inf`, `-inf`, `nan`; a mantissa outside (-10, 10) writes its integer part cut to one digit.
+    /// `inf`, `-inf`, `nan`; a mantissa outside (-10, 10) is shown as nines.
     static int formatScienceDouble(wchar_t* out, long double mantissa, int integerDigits, int precision, int size);
 
     /// Writes `value` as the Q mode word `mode` (QMode.h) and the unit settings say, in at most `size` characters, the

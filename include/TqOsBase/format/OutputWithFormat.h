@@ -9,8 +9,8 @@
 ///
 /// Failures: -1 and nothing written when `out` or *out is null or capacity is below 1; 0 when literal text does not
 /// fit; -1 when converted text, its sign or its padding does not fit, an integer outgrows 2047 characters, or `format`
-/// is null. What was written before stays, terminated. Neither locale nor heap is used, except that positional
-/// arguments (`%n$`) are collected in a block of the heap; -1 when it cannot be had.
+/// is null. What was written before stays, terminated. No locale is used. The heap is, for positional arguments
+/// (`%n$`) and for very large, very small or very long numbers; -1 when it gives none.
 ///
 /// A directive is `%`, position, flags, width, precision, length, letter:
 /// - position: `n$`, the argument counted from 1. One directive with a position switches the whole format over: those
@@ -18,9 +18,8 @@
 ///   collected as the last `%` or `*` of the format allows: none when that one has no position.
 /// - flags: `+` (a sign on non-negative `f`, and on `g` in its fixed form; ignored by all others), `-` (left-justify),
 ///   in the forms `+`, `-`, `+-`, `-+`; then `0` (pads on the left with zeros, also `s` and `c`). No blank, no `#`.
-/// - width: digits, or `*` for an `int` argument (`*m$` with positions). A negative argument counts as enormous, so
-/// that
-///   the call fails with -1 when the buffer is full.
+/// - width: digits, or `*` for an `int` argument (`*m$` with positions). A negative argument counts as enormous: the
+///   call fails with -1 when the buffer is full.
 /// - precision: `.` with digits, with `*`, or alone for 0; a negative argument counts as 0. Without it 6, or absent.
 /// - length: one `L`, `h` or `l` is skipped. The letter alone decides the size of the argument.
 ///
