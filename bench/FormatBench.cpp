@@ -126,6 +126,9 @@ void addFormat(const std::string& area, const Values& values, int compared, cons
         const auto result = fmt::format_to_n(buffer.data(), kCapacity, std::wstring_view(peerFormat), values[i]);
         return static_cast<int>(result.size);
     });
+#else
+    benchmark::RegisterBenchmark((area + "/fmt").c_str(),
+                                 [](benchmark::State& state) { state.SkipWithError("missing"); });
 #endif
 }
 

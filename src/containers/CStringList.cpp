@@ -10,6 +10,20 @@ std::wstring_view viewOf(const wchar_t* text) {
     return text != nullptr ? std::wstring_view(text) : std::wstring_view();
 }
 
+// Adds `count` elements; where one cannot be added, those before it go again.
+template <class AddNext, class RemoveLast>
+void addAllOrNone(long long count, AddNext addNext, RemoveLast removeLast) {
+    long long added = 0;
+    try {
+        for (; added < count; ++added)
+            addNext();
+    } catch (...) {
+        for (; added > 0; --added)
+            removeLast();
+        throw;
+    }
+}
+
 } // namespace
 
 CStringList::~CStringList() {
@@ -110,35 +124,21 @@ __POSITION* CStringList::AddTail(const String& value) {
     return insert(m_pNodeTail, nullptr, value);
 }
 
-// The counts are taken first, for the case that the two lists are one.
+// The count is taken first, for the case that the two lists are one.
 void CStringList::AddHead(CStringList* other) {
     if (other == nullptr)
         return;
-    const long long before = m_nCount;
-    try {
-        __POSITION* pos = other->GetTailPosition();
-        for (long long left = other->GetCount(); left > 0; --left)
-            AddHead(other->GetPrev(pos));
-    } catch (...) {
-        while (m_nCount > before)
-            unlinkAndFree(m_pNodeHead);
-        throw;
-    }
+    __POSITION* pos = other->GetTailPosition();
+    addAllOrNone(
+        other->GetCount(), [&] { AddHead(other->GetPrev(pos)); }, [&] { unlinkAndFree(m_pNodeHead); });
 }
 
 void CStringList::AddTail(CStringList* other) {
     if (other == nullptr)
         return;
-    const long long before = m_nCount;
-    try {
-        __POSITION* pos = other->GetHeadPosition();
-        for (long long left = other->GetCount(); left > 0; --left)
-            AddTail(other->GetNext(pos));
-    } catch (...) {
-        while (m_nCount > before)
-            unlinkAndFree(m_pNodeTail);
-        throw;
-    }
+    __POSITION* pos = other->GetHeadPosition();
+    addAllOrNone(
+        other->GetCount(), [&] { AddTail(other->GetNext(pos)); }, [&] { unlinkAndFree(m_pNodeTail); });
 }
 
 __POSITION* CStringList::InsertBefore(__POSITION* pos, const wchar_t* value) {

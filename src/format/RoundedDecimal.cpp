@@ -5,6 +5,7 @@
 #include "format/RoundedDecimal.h"
 
 #include "fltcvt/DoubleBits.h"
+#include "fltcvt/FastDigits.h"
 #include "format/DecimalPowers.h"
 
 #include <bit>
@@ -65,6 +66,29 @@ int estimateExponent(const DoubleParts& binary) {
     return static_cast<int>((std::int64_t{log2 + 1} * 78913) >> 18);
 }
 
+// Very small and very large numbers, by a table of powers. It sends halves to the even digit, so it may be asked only
+// where there are none: m * 2^e, m odd, lies halfway between two multiples of 10^-place only for e == -place - 1. With
+// place > 0 that makes 5^place a factor of a number below 2 * 10^16, and with place < 0 one of m, below 2^53.
+constexpr int kFirstPlaceWithoutHalves = 24;
+static_assert(kMaxExponent >= 22, "5^22 < 2^53 < 5^23");
+
+bool tryRoundToSignificant(double value, int place, int digits, RoundedDecimal& rounded) {
+    if (digits > kMaxSignificantDigits || (place > 0 && place < kFirstPlaceWithoutHalves))
+        return false;
+    rounded.count = digits;
+    return tryRoundedDigits(value, digits, rounded.digits, rounded.exponent);
+}
+
+// A large integer, cut to 16 digits: unless the rounded 17th is 0, the ones before it are untouched by its rounding.
+bool tryCutInteger(double value, RoundedDecimal& rounded) {
+    rounded.count = kMaxSignificantDigits;
+    if (!tryRoundedDigits(value, kMaxSignificantDigits + 1, rounded.digits, rounded.exponent) ||
+        rounded.digits % 10 == 0)
+        return false;
+    rounded.digits /= 10;
+    return true;
+}
+
 } // namespace
 
 RoundedDecimal roundToDecimals(double value, int decimals) {
@@ -75,7 +99,8 @@ RoundedDecimal roundToDecimals(double value, int decimals) {
         return cut(atPlace(binary, 0).integer, 0);
     if (binary.exponent < 0 && decimals <= kMaxPlace)
         return cut(atPlace(binary, decimals).rounded(), decimals);
-    return roundToDecimalsExact(value, decimals);
+    RoundedDecimal large{};
+    return binary.exponent > 0 && tryCutInteger(value, large) ? large : roundToDecimalsExact(value, decimals);
 }
 
 RoundedDecimal roundToSignificant(double value, int digits) {
@@ -84,8 +109,10 @@ RoundedDecimal roundToSignificant(double value, int digits) {
     const DoubleParts binary(value);
     int place = digits - 1 - estimateExponent(binary);
     // One place more is needed when the estimate is one too high.
-    if (binary.exponent > kMaxExponent || place >= kMaxPlace || digits > kMaxWanted)
-        return roundToSignificantExact(value, digits);
+    if (binary.exponent > kMaxExponent || place >= kMaxPlace || digits > kMaxWanted) {
+        RoundedDecimal rounded{};
+        return tryRoundToSignificant(value, place, digits, rounded) ? rounded : roundToSignificantExact(value, digits);
+    }
     Scaled scaled = atPlace(binary, place);
     if (scaled.integer < widePowerOfTen(digits - 1))
         scaled = atPlace(binary, ++place);
