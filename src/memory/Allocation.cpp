@@ -17,7 +17,10 @@ constexpr std::size_t kLargestRequest = 0x80000000U;
 } // namespace
 
 void* tqMalloc(std::size_t size) {
-    return size <= kLargestRequest ? g_tqGlobalHeap.allocHeap(size) : nullptr;
+    void* const block = g_tqGlobalHeap.allocAtHand(size);
+    if (block != nullptr) [[likely]]
+        return block;
+    return size <= kLargestRequest ? g_tqGlobalHeap.allocUncommon(size) : nullptr;
 }
 
 void* tqAllocate(std::size_t size) {

@@ -51,14 +51,18 @@ void pushPage(Page*& head, Page& page) noexcept {
 
 } // namespace
 
+alignas(kPoolAlignment) constinit BlockPools::Pools BlockPools::s_pools;
+
 void BlockPools::create(std::span<const std::int16_t, kBlockPoolCount + 1> units) {
-    for (std::size_t number = 1; number < m_pools.size(); ++number)
-        m_pools[number] = new BlockPool(number, static_cast<std::size_t>(units[number]));
+    for (std::size_t number = 1; number < s_pools.size(); ++number)
+        s_pools[number].create(number, static_cast<std::size_t>(units[number]));
+    m_exist = true;
 }
 
 void BlockPools::destroy() noexcept {
-    for (BlockPool*& pool : m_pools)
-        delete std::exchange(pool, nullptr);
+    m_exist = false;
+    for (BlockPool& pool : s_pools)
+        pool.destroy();
 }
 
 std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept {
@@ -173,7 +177,7 @@ void BlockPools::returnParked(SegmentTable& segments) noexcept {
     Page* const page = std::exchange(m_parked, nullptr);
     if (page == nullptr || page->nextUnit != pageAddress(*page) || (page->flags & kFreeListMode) != 0)
         return;
-    unlinkRun(*m_pools[page->poolNumber], *page);
+    unlinkRun(s_pools[page->poolNumber], *page);
     freeBlock(*page, segments);
 }
 
@@ -181,6 +185,8 @@ void BlockPools::returnParked(SegmentTable& segments) noexcept {
 void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
     Segment& segment = *segmentHeader(&page);
     page.poolNumber = 0;
+    page.flags = 0;
+    page.nextUnit = nullptr;
     if (segment.committedCount < kCommittedReserve) {
         pushPage(segment.committedFree, page);
         if (segment.committedCount++ == 0) {

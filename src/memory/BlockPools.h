@@ -22,8 +22,9 @@ public:
     /// Removes every pool. The pages they own hold live blocks, so those stay as they are, and so does every segment.
     void destroy() noexcept;
 
-    /// The pool with this number; null for 0, and for each while the pools do not exist.
-    BlockPool* pool(std::size_t number) const noexcept { return m_pools[number]; }
+    /// The pool with this number. Number 0, like each while the pools do not exist, has no block to take.
+    static BlockPool& pool(std::size_t number) noexcept { return s_pools[number]; }
+    bool exist() const noexcept { return m_exist; }
 
     /// Takes a block from the pool, with a fresh page where it has none. Null when there is no memory.
     std::byte* reallocFromPool(BlockPool& pool, SegmentTable& segments) noexcept;
@@ -32,12 +33,12 @@ public:
     void freeFromPool(std::byte* block, Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
         if (giveUnit(pool, page, block)) [[likely]]
             return;
-        // Parked already, and nothing has happened to the segments since: it may stay.
-        const bool isOnlyOne = pool.partial == &page && page.next == &pool.end;
-        if (m_parked == &page && (isOnlyOne || pool.partial == &pool.end)) {
+        // Parked already, and nothing has happened to the segments since: it may stay if it is the last in the list.
+        const bool wasFull = !hasUnit(page); // its one block was in use
+        if (m_parked == &page && (wasFull ? pool.partial : page.next) == &pool.end) {
             page.flags = 0;
             page.nextUnit = pageAddress(page);
-            if (!isOnlyOne) // it was full, its one block in use
+            if (wasFull)
                 pushRun(pool, page);
             return;
         }
@@ -57,10 +58,13 @@ private:
     void returnParked(SegmentTable& segments) noexcept;
     void freeBlock(Page& page, SegmentTable& segments) noexcept;
 
-    std::array<BlockPool*, kBlockPoolCount + 1> m_pools{};
+    // Outside the heap, which is all zeros when it is loaded and takes no room in the library's file.
+    using Pools = std::array<BlockPool, kBlockPoolCount + 1>;
+    alignas(kPoolAlignment) [[gnu::visibility("hidden")]] static constinit Pools s_pools;
     Segment* m_withCommitted = nullptr;   ///< List A: segments with accessible free pages.
     Segment* m_withUncommitted = nullptr; ///< List B: segments all of whose free pages are uncommitted.
     Page* m_parked = nullptr;             ///< The page that was last parked; blocks of it may have been taken since.
+    bool m_exist = false;
 };
 
 } // namespace tq::detail

@@ -24,12 +24,11 @@ public:
     explicit Walk(const GlobalHeap& heap) : m_heap(heap) {}
 
     void run() {
-        if (m_heap.blockPools().pool(1) == nullptr)
+        if (!m_heap.blockPools().exist())
             return; // without pools nothing is kept in order any more
         checkStates();
         for (std::size_t number = 1; number <= kBlockPoolCount; ++number)
-            if (const BlockPool* const pool = m_heap.blockPools().pool(number))
-                walkPool(*pool, number);
+            walkPool(m_heap.blockPools().pool(number), number);
         for (std::size_t number = 1; number <= kPagePoolCount; ++number)
             if (const PagePool* const pool = m_heap.pagePools().pool(number))
                 walkPool(*pool, number);
@@ -84,7 +83,7 @@ private:
 
     template <class Run>
     void walkPool(const UnitPool<Run>& pool, std::size_t number) {
-        require(pool.number == number, "pool number", 0);
+        require(pool.number() == number, "pool number", 0);
         require(pool.unitSize == 0 || pool.unitsPerRun == kRunBytes<Run> / pool.unitSize, "units per run", 0);
         require(!hasUnit(pool.end), "unit at the end of a list", 0);
         for (const Run* run = pool.partial; run != &pool.end; run = run->next) {
@@ -195,7 +194,7 @@ private:
             require(!isFree || m_listed.count(base + index * kPageBytes) == 0, "free page in a pool", id, index);
             require(page.poolNumber <= kBlockPoolCount, "pool number of a run", id, index);
             if (!isFree && m_listed.count(base + index * kPageBytes) == 0)
-                checkFull(page, m_heap.blockPools().pool(page.poolNumber), id, index);
+                checkFull(page, &m_heap.blockPools().pool(page.poolNumber), id, index);
             require(index < segment.highWater || uncommitted[index], "used page above the high-water mark", id, index);
         }
         checkTail(segment, id);

@@ -20,7 +20,7 @@ struct TqHeapConfigurator {
     /// Identifier whose state comes first in the segment state table.
     static constexpr std::int16_t mOffSetId = 0;
     /// Start of the reservation. Without one it is so high that no address of a process lies in the range behind it.
-    static constinit std::uintptr_t pStartAddress;
+    [[gnu::visibility("hidden")]] static constinit std::uintptr_t pStartAddress;
 
     /// The address that try number `counter` asks for. Only every fourth counter gives one that can succeed: 64 GiB
     /// for 1, negative addresses for 2 and 3, 0 for 4, and 64 GiB again for 5.

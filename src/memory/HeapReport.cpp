@@ -52,19 +52,19 @@ void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
             continue;
         }
         const detail::Page& page = *detail::pageAt(base, index);
-        const detail::BlockPool* const pool = g_tqGlobalHeap.blockPools().pool(page.poolNumber);
-        if (pool == nullptr) {
+        if (page.poolNumber == 0) {
             out = {freePageState(segment, page, reserve[index]), 0, 0, 0};
             continue;
         }
-        const std::size_t free = detail::freeUnits(*pool, page);
-        if (free == pool->unitsPerRun) { // parked, so as good as in its segment's reserve
+        const detail::BlockPool& pool = g_tqGlobalHeap.blockPools().pool(page.poolNumber);
+        const std::size_t free = detail::freeUnits(pool, page);
+        if (free == pool.unitsPerRun) { // parked, so as good as in its segment's reserve
             out = {State::eReserve, 0, 0, 0};
             continue;
         }
-        const std::size_t used = pool->unitsPerRun - free;
+        const std::size_t used = pool.unitsPerRun - free;
         out = {State::eInPool, page.poolNumber, static_cast<std::uint16_t>(used),
-               static_cast<std::uint16_t>(pool->unitsPerRun)};
+               static_cast<std::uint16_t>(pool.unitsPerRun)};
         Count& count = counts.blocks[page.poolNumber];
         ++count.pages;
         count.used += used;
@@ -104,7 +104,7 @@ void addPools(HeapReport& report, const std::array<Count, kCount>& counts, bool 
         HeapReport::Pool pool{};
         pool.servesPages = servesPages;
         pool.number = static_cast<int>(number);
-        pool.unitBytes = servesPages ? number * kPageBytes : g_tqGlobalHeap.blockPools().pool(number)->unitSize;
+        pool.unitBytes = servesPages ? number * kPageBytes : g_tqGlobalHeap.blockPools().pool(number).unitSize;
         pool.pages = count.pages;
         pool.usedBlocks = count.used;
         pool.freeBlocks = count.free;
@@ -122,7 +122,7 @@ bool isInUse(std::size_t segment) {
 
 HeapReport heapReport() {
     HeapReport report;
-    if (g_tqGlobalHeap.blockPools().pool(1) == nullptr)
+    if (!g_tqGlobalHeap.blockPools().exist())
         return report;
     report.address = TqHeapConfigurator::pStartAddress;
     report.reservedBytes = detail::kReservationBytes;

@@ -1,17 +1,23 @@
 #include "memory/PagePools.h"
 
+#include <memory>
 #include <utility>
 
 namespace tq::detail {
 
 void PagePools::create() {
-    for (std::size_t number = 1; number < m_pools.size(); ++number)
-        m_pools[number] = new PagePool(number, number * kPageBytes);
+    auto pools = std::make_unique<Pools>();
+    for (std::size_t number = 1; number < pools->size(); ++number)
+        (*pools)[number].create(number, number * kPageBytes);
+    m_pools = pools.release();
 }
 
 void PagePools::destroy() noexcept {
-    for (PagePool*& pool : m_pools)
-        delete std::exchange(pool, nullptr);
+    if (m_pools == nullptr)
+        return;
+    for (PagePool& pool : *m_pools)
+        pool.destroy();
+    delete std::exchange(m_pools, nullptr);
 }
 
 std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments) noexcept {
@@ -33,14 +39,14 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
 
 void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
     UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
-    PagePool* const pool = m_pools[record.poolNumber];
-    if (pool == nullptr)
+    if (m_pools == nullptr)
         return;
-    platform::markGivenBack(unit, pool->unitSize);
-    if (giveUnit(*pool, record, unit))
+    PagePool& pool = (*m_pools)[record.poolNumber];
+    platform::markGivenBack(unit, pool.unitSize);
+    if (giveUnit(pool, record, unit))
         return;
     if (hasUnit(record))
-        unlinkRun(*pool, record);
+        unlinkRun(pool, record);
     record = UnitSegment{};
     segments.release(segmentStart(unit));
 }

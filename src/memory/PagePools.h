@@ -22,7 +22,9 @@ public:
     void destroy() noexcept;
 
     /// The pool with this number; null for 0, and for each while the pools do not exist.
-    PagePool* pool(std::size_t number) const noexcept { return m_pools[number]; }
+    PagePool* pool(std::size_t number) const noexcept {
+        return m_pools != nullptr && number != 0 ? &(*m_pools)[number] : nullptr;
+    }
 
     /// Takes a unit from the pool, with a fresh segment where it has none. Null when there is no memory.
     std::byte* reallocFromPagePool(PagePool& pool, SegmentTable& segments) noexcept;
@@ -35,7 +37,9 @@ public:
     const UnitSegment& record(std::size_t identifier) const noexcept { return m_records[identifier]; }
 
 private:
-    std::array<PagePool*, kPagePoolCount + 1> m_pools{};
+    using Pools = std::array<PagePool, kPagePoolCount + 1>;
+
+    Pools* m_pools = nullptr;
     std::array<UnitSegment, kSegmentCount> m_records{};
 };
 

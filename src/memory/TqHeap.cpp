@@ -20,30 +20,38 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() 
     // call is served by the pools that exist by then, or by the C library.
     m_isBuilt = true;
     DbgDumper::init();
-    for (DeferredLocker& deferred : m_lockers)
-        new (&deferred.locker) TqLocker;
+    for (DeferredLocker& locker : m_lockers)
+        locker.create();
     if (!HeapConfigurator::reserveMemory())
         return;
     m_segments.create();
     m_blockPools.create(PoolConfigurator::s_unitSizeOfPools);
     m_pagePools.create();
+    m_servedState = kBlockSegment;
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown() noexcept {
+    m_servedState = kNoState;
     m_blockPools.destroy();
     m_pagePools.destroy();
-    for (DeferredLocker& deferred : m_lockers)
-        delete std::exchange(deferred.locker.m_pLock, nullptr);
+    for (DeferredLocker& locker : m_lockers)
+        locker.destroy();
     DbgDumper::uninit();
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
-void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocOutsideSmallPools(std::size_t size) {
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocUncommon(std::size_t size) {
     const std::size_t wanted = std::max<std::size_t>(size, 1);
-    BlockPool* const pool = m_blockPools.pool(PoolConfigurator::poolOfSize(wanted));
-    if (pool != nullptr) [[likely]]
-        return allocFromPool(*pool);
+    const std::size_t number = PoolConfigurator::poolOfSize(wanted);
+    if (number != 0 && m_blockPools.exist()) [[likely]] {
+        BlockPool& pool = m_blockPools.pool(number);
+        std::byte* const block =
+            hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
+        if (platform::kMarksMemory && block != nullptr)
+            platform::markHandedOut(block, pool.unitSize);
+        return block;
+    }
     if (m_isBuilt)
         return std::malloc(wanted);
     build();
@@ -73,12 +81,12 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeFore
     std::free(block);
 }
 
-// A page unit, a block of a last-resort segment, a stray, or anything while frees are suspended.
+// A page unit, a block of a last-resort segment, a stray, or anything while frees are suspended or there are no pools.
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUncommon(void* block) noexcept {
     const unsigned state = m_segments.state(HeapConfigurator::segmentOf(block));
     assert((state & kSegmentInUse) != 0 && "freed an address whose segment is not in use");
-    if ((state & kSegmentInUse) == 0 || m_freesSuspended)
+    if ((state & kSegmentInUse) == 0 || m_servedState == kNoState)
         return;
     if ((state & kSegmentOfUnits) != 0)
         m_pagePools.freeFromPagePool(static_cast<std::byte*>(block), m_segments);

@@ -13,14 +13,6 @@
 
 namespace tq::detail {
 
-/// A locker whose lock is made when the heap is built, so that the heap itself needs no initialiser to exist.
-union DeferredLocker {
-    constexpr DeferredLocker() noexcept : none(nullptr) {}
-
-    TqLock* none;
-    TqLocker locker;
-};
-
 /// Hooks for a debugging aid; all of them do nothing.
 struct TqHeapDbgDumper {
     static void init() {}
@@ -53,23 +45,36 @@ public:
 
     /// A block of at least `size` bytes (0 counts as 1), or null.
     void* allocHeap(std::size_t size) {
-        if (size - 1 < PoolConfigurator::kLargestSmallSize) [[likely]] {
-            BlockPool* const pool = m_blockPools.pool(PoolConfigurator::s_poolIndexOfSize[size]);
-            if (pool != nullptr) [[likely]]
-                return allocFromPool(*pool);
-        }
-        return allocOutsideSmallPools(size);
+        void* const block = allocAtHand(size);
+        return block != nullptr ? block : allocUncommon(size);
     }
+
+    /// The block that allocHeap() would return, if it is small and its pool has a page with a free one; else null.
+    void* allocAtHand(std::size_t size) noexcept {
+        if (size - 1 >= PoolConfigurator::kLargestSmallSize) [[unlikely]]
+            return nullptr;
+        BlockPool& pool = m_blockPools.pool(PoolConfigurator::s_poolIndexOfSize[size]);
+        Page& page = *pool.partial;
+        if (!hasUnit(page)) [[unlikely]]
+            return nullptr;
+        std::byte* const block = takeUnit(pool, page);
+        if (platform::kMarksMemory)
+            platform::markHandedOut(block, pool.unitSize);
+        return block;
+    }
+
+    /// What allocHeap() does for all other blocks.
+    void* allocUncommon(std::size_t size);
 
     /// Moves a block of the heap to a new one of `size` bytes (0 counts as 1), always, even when the old one has room;
     /// null, with the old block untouched, when there is no memory. Foreign blocks go to the C library's realloc.
     void* reallocHeap(void* block, std::size_t size);
 
     void freeHeap(void* block) noexcept {
-        const std::uintptr_t offset = HeapConfigurator::offsetOf(block);
-        if (offset >= kReservationBytes)
+        const std::size_t segment = HeapConfigurator::segmentOf(block);
+        if (segment >= kSegmentCount)
             return freeForeign(block);
-        if (m_segments.state(offset >> kSegmentShift) != kBlockSegment || m_freesSuspended) [[unlikely]]
+        if (m_segments.state(segment) != m_servedState) [[unlikely]]
             return freeUncommon(block);
         freeBlock(block);
     }
@@ -90,23 +95,14 @@ public:
 
 private:
     static_assert(kPoolCount == kBlockPoolCount);
+    static constexpr std::uint8_t kNoState = 0xFF;
 
-    void* allocFromPool(BlockPool& pool) noexcept {
-        std::byte* const block =
-            hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
-        if (platform::kMarksMemory && block != nullptr)
-            platform::markHandedOut(block, pool.unitSize);
-        return block;
-    }
     void freeBlock(void* block) noexcept {
         Page& page = *pageOf(block);
-        BlockPool* const pool = m_blockPools.pool(page.poolNumber);
-        if (pool == nullptr) [[unlikely]]
-            return;
-        platform::markGivenBack(block, pool->unitSize);
-        m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, *pool, m_segments);
+        BlockPool& pool = m_blockPools.pool(page.poolNumber);
+        platform::markGivenBack(block, pool.unitSize);
+        m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, pool, m_segments);
     }
-    void* allocOutsideSmallPools(std::size_t size);
     static void freeForeign(void* block) noexcept;
     void freeUncommon(void* block) noexcept;
     std::size_t unitSizeOf(const void* block, unsigned kind) const noexcept;
@@ -115,8 +111,10 @@ private:
     BlockPools m_blockPools;
     PagePools m_pagePools;
     SegmentTable m_segments;
-    bool m_freesSuspended = false; ///< Frees of the heap's own blocks are ignored while set. Nothing here sets it.
-    bool m_isBuilt = false;        ///< Stays set after tearDown(), so that the heap is never built again.
+    /// Frees of the heap's own blocks are ignored while they are suspended, as they are from tearDown() on. It shows in
+    /// the state that freeHeap looks for in a segment: kBlockSegment, or kNoState, which none has.
+    std::uint8_t m_servedState = 0;
+    bool m_isBuilt = false; ///< Stays set after tearDown(), so that the heap is never built again.
 };
 
 using GlobalHeap = TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;
@@ -124,6 +122,6 @@ using GlobalHeap = TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, 
 extern template class TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;
 
 /// The one heap, behind all allocation entry points.
-extern constinit GlobalHeap g_tqGlobalHeap;
+[[gnu::visibility("hidden")]] extern constinit GlobalHeap g_tqGlobalHeap;
 
 } // namespace tq::detail

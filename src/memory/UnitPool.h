@@ -7,6 +7,8 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <utility>
 
 namespace tq::detail {
 
@@ -23,28 +25,53 @@ std::size_t offsetInRun(const std::byte* unit) noexcept {
     return reinterpret_cast<std::uintptr_t>(unit) % kRunBytes<Run>;
 }
 
+/// A locker whose lock is made when its owner is built, so that the owner itself needs no initialiser to exist.
+union DeferredLocker {
+    constexpr DeferredLocker() noexcept : none(nullptr) {}
+
+    void create() { new (&locker) TqLocker; }
+    void destroy() noexcept { delete std::exchange(locker.m_pLock, nullptr); }
+
+    TqLock* none;
+    TqLocker locker;
+};
+
 /// Units of one size, cut from runs: pages (block pools) or segments (page pools). HeapLayout.h states the invariants.
+/// One fills a cache line.
 template <class Run>
 struct UnitPool {
-    UnitPool(std::size_t poolNumber, std::size_t unitBytes)
-        : unitSize(unitBytes), number(static_cast<std::uint32_t>(poolNumber)),
-          unitsPerRun(unitBytes == 0 ? 0 : static_cast<std::uint32_t>(kRunBytes<Run> / unitBytes)),
-          lastOffset(unitBytes == 0 ? 0 : (unitsPerRun - 1) * unitBytes) {}
+    constexpr UnitPool() noexcept = default;
     UnitPool(const UnitPool&) = delete;
     UnitPool& operator=(const UnitPool&) = delete;
-    ~UnitPool() { delete locker.m_pLock; }
 
-    TqLocker locker; ///< Held for callers' sake; no operation locks.
-    std::uint64_t unitSize;
-    std::uint32_t number;
-    std::uint32_t unitsPerRun;
-    Run end{};              ///< Ends the list. It has no unit, as if it were full.
-    Run* partial = &end;    ///< Runs with a free unit; the first one serves. Full runs are in no list.
-    std::size_t lastOffset; ///< Where in a run its last unit lies.
+    /// Throws std::bad_alloc.
+    void create(std::size_t poolNumber, std::size_t unitBytes) {
+        locker.create();
+        end.poolNumber = static_cast<std::uint16_t>(poolNumber);
+        unitSize = unitBytes;
+        unitsPerRun = unitBytes == 0 ? 0 : static_cast<std::uint32_t>(kRunBytes<Run> / unitBytes);
+        lastOffset = unitBytes == 0 ? 0 : static_cast<std::uint32_t>((unitsPerRun - 1) * unitBytes);
+    }
+    /// Forgets the runs: from now on there is no unit to take.
+    void destroy() noexcept {
+        locker.destroy();
+        partial = &end;
+    }
+
+    std::uint32_t number() const noexcept { return end.poolNumber; }
+
+    Run* partial = &end; ///< Runs with a free unit; the first one serves. Full runs are in no list.
+    std::uint64_t unitSize = 0;
+    std::uint32_t lastOffset = 0; ///< Where in a run its last unit lies.
+    std::uint32_t unitsPerRun = 0;
+    Run end{};             ///< Ends the list. It has no unit, as if it were full, and knows the number of its pool.
+    DeferredLocker locker; ///< Held for callers' sake; no operation locks.
 };
 
 using BlockPool = UnitPool<Page>;
 using PagePool = UnitPool<UnitSegment>;
+inline constexpr std::size_t kPoolAlignment = 64;
+static_assert(sizeof(BlockPool) == kPoolAlignment && sizeof(PagePool) == kPoolAlignment);
 
 /// `yes` or `no`, without a branch: for conditions that no processor can predict.
 template <class Node>
@@ -72,7 +99,7 @@ void unlinkRun(UnitPool<Run>& pool, Run& run) noexcept {
 /// Makes a run at `base`, which is in no list, the pool's current one; all its units are free.
 template <class Run>
 void startRun(UnitPool<Run>& pool, Run& run, std::byte* base) noexcept {
-    run.poolNumber = static_cast<std::uint16_t>(pool.number);
+    run.poolNumber = pool.end.poolNumber;
     run.nextUnit = base;
     run.flags = 0;
     pushRun(pool, run);
@@ -127,13 +154,16 @@ void chainRest(const UnitPool<Run>& pool, Run& run) noexcept {
     run.flags = kFreeListMode;
 }
 
-/// Gives a unit back to its run, in free-list mode, which keeps at least one unit in use.
+/// Gives a unit back to its run, in free-list mode, which keeps at least one unit in use. A full run is in no list and
+/// comes to the front of the pool's; where its last unit is the first that comes back, it is in bump mode again.
 template <class Run>
 void chainUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
     const bool wasFull = run.freeCount == 0;
+    if (offsetInRun<Run>(unit) == pool.lastOffset && wasFull) [[unlikely]]
+        run.flags = 0;
     Run* const head = pool.partial;
+    head->previous = &run; // of no account unless the head becomes the second
     run.next = select(wasFull, head, run.next);
-    select(wasFull, head, &pool.end)->previous = &run;
     pool.partial = select(wasFull, &run, head);
     ++run.freeCount;
     writeLink(unit, run.nextUnit);
@@ -141,27 +171,24 @@ void chainUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
 }
 
 /// Gives a unit back to the run that it was taken from, unless that would leave the run wholly free: it returns false
-/// then, with nothing changed. Units freed in the reverse order of their allocation keep the run in bump mode, and a
-/// full run comes back to it when its last unit is the first that is freed.
+/// then, with nothing changed. Units freed in the reverse order of their allocation keep the run in bump mode. A stray,
+/// in a run that no pool has, is ignored.
 template <class Run>
 bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
-    if ((run.flags & kFreeListMode) != 0) {
-        if (run.freeCount + 1U == pool.unitsPerRun)
-            return false;
-        if (offsetInRun<Run>(unit) != pool.lastOffset || run.freeCount != 0) [[likely]] {
-            chainUnit(pool, run, unit);
+    if ((run.flags & kFreeListMode) == 0) {
+        if (unit + pool.unitSize == run.nextUnit) [[likely]] {
+            if (offsetInRun<Run>(unit) == 0)
+                return false;
+            run.nextUnit = unit;
             return true;
         }
-        run.flags = 0;
-        pushRun(pool, run);
-    } else if (unit + pool.unitSize != run.nextUnit) {
+        if (run.poolNumber == 0)
+            return true;
         chainRest(pool, run);
-        chainUnit(pool, run, unit);
-        return true;
-    } else if (offsetInRun<Run>(unit) == 0) {
+    } else if (run.freeCount + 1U == pool.unitsPerRun) {
         return false;
     }
-    run.nextUnit = unit;
+    chainUnit(pool, run, unit);
     return true;
 }
 
