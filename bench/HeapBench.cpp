@@ -1,14 +1,12 @@
 // The pooled heap beside the C library's and other allocators. Every contender replays the same sequence of sizes and
 // frees.
 
-#include <TqOsBase/memory/Allocation.h>
+#include "bench/Heaps.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <dlfcn.h>
 #include <initializer_list>
 #include <random>
 #include <string>
@@ -17,56 +15,7 @@
 
 namespace {
 
-struct Ours {
-    static constexpr const char* kName = "ours";
-    static void* allocate(std::size_t size) { return tqMalloc(size); }
-    static void release(void* block) { tqFree(block); }
-};
-
-struct Malloc {
-    static constexpr const char* kName = "malloc";
-    static void* allocate(std::size_t size) { return std::malloc(size); }
-    static void release(void* block) { std::free(block); }
-};
-
-// Loaded at run time: linked, it would take the place of the C library's malloc. A call through a pointer costs what a
-// call into a shared library does.
-template <class Names>
-struct Loaded {
-    static constexpr const char* kName = Names::kName;
-    template <class Function>
-    static Function* find(const char* name) {
-        static void* const library = ::dlopen(Names::kLibrary, RTLD_NOW | RTLD_LOCAL);
-        return library == nullptr ? nullptr : reinterpret_cast<Function*>(::dlsym(library, name));
-    }
-    static inline void* (*const s_allocate)(std::size_t) = find<void*(std::size_t)>(Names::kAllocate);
-    static inline void (*const s_release)(void*) = find<void(void*)>(Names::kRelease);
-    // Asked while static objects are built, those above perhaps not yet.
-    static bool isMissing() { return find<void*(std::size_t)>(Names::kAllocate) == nullptr; }
-    static void* allocate(std::size_t size) { return s_allocate(size); }
-    static void release(void* block) { s_release(block); }
-};
-
-struct Mimalloc {
-    static constexpr const char* kName = "mimalloc";
-    static constexpr const char* kLibrary = "libmimalloc.so.2";
-    static constexpr const char* kAllocate = "mi_malloc";
-    static constexpr const char* kRelease = "mi_free";
-};
-
-struct Jemalloc {
-    static constexpr const char* kName = "jemalloc";
-    static constexpr const char* kLibrary = "libjemalloc.so.2";
-    static constexpr const char* kAllocate = "malloc";
-    static constexpr const char* kRelease = "free";
-};
-
-struct Tcmalloc {
-    static constexpr const char* kName = "tcmalloc";
-    static constexpr const char* kLibrary = "libtcmalloc_minimal.so.4";
-    static constexpr const char* kAllocate = "tc_malloc";
-    static constexpr const char* kRelease = "tc_free";
-};
+using namespace bench;
 
 constexpr std::size_t kLive = 10000;
 constexpr std::size_t kBurst = 128;
@@ -153,21 +102,9 @@ std::vector<Step> makeSteps(Lifetimes lifetimes, const std::vector<std::pair<uns
     return steps;
 }
 
-template <class Heap, class Run>
-void add(const std::string& name, Run run) {
-    const std::string full = name + "/" + Heap::kName;
-    if constexpr (requires { Heap::isMissing(); }) {
-        if (Heap::isMissing()) {
-            benchmark::RegisterBenchmark(full.c_str(), [](benchmark::State& s) { s.SkipWithError("missing"); });
-            return;
-        }
-    }
-    benchmark::RegisterBenchmark(full.c_str(), run);
-}
-
 template <class Heap>
 void addSteps(const std::string& name, const std::vector<Step>& steps) {
-    add<Heap>(name, [steps](benchmark::State& state) { replace<Heap>(state, steps); });
+    addHeap<Heap>(name, [steps](benchmark::State& state) { replace<Heap>(state, steps); });
 }
 
 using Sizes = std::initializer_list<std::size_t>;
@@ -176,11 +113,11 @@ template <class... Heaps>
 bool registerAll() {
     for (const std::size_t size : Sizes{16, 64, 256, 1024, 4096}) {
         const std::string name = "heap/one block of " + std::to_string(size);
-        (add<Heaps>(name, [size](benchmark::State& state) { oneBlock<Heaps>(state, size); }), ...);
+        (addHeap<Heaps>(name, [size](benchmark::State& state) { oneBlock<Heaps>(state, size); }), ...);
     }
     for (const std::size_t size : Sizes{16, 48, 64}) {
         const std::string name = "heap/burst of 128 of " + std::to_string(size);
-        (add<Heaps>(name, [size](benchmark::State& state) { burst<Heaps>(state, size); }), ...);
+        (addHeap<Heaps>(name, [size](benchmark::State& state) { burst<Heaps>(state, size); }), ...);
     }
     const std::vector<Step> random = makeSteps(Lifetimes::eRandom, {{8, 256}});
     (addSteps<Heaps>("heap/random lifetimes 8-256", random), ...);

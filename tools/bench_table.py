@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Runs the benchmark programs of a folder and prints one table: per case our time, the baseline's and each peer's of the
 same run, and the ratio of baseline to ours. Benchmarks are named area/case/who; "ours" and then the baseline come first.
+Those with a counter "bytes" tell what memory something takes; that stands in place of the time.
 
 usage: bench_table.py FOLDER [--filter REGEX] [--repetitions N] [--min-time SECONDS] [--write]"""
 
@@ -36,19 +37,29 @@ def run(program: pathlib.Path, args: argparse.Namespace) -> list:
     return json.loads(result.stdout)["benchmarks"] if result.stdout.strip() else []
 
 
-def in_nanoseconds(entry: dict) -> float:
-    return entry["cpu_time"] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
+class Measure:
+    """What a benchmark measured: nanoseconds, or bytes."""
+
+    def __init__(self, entry: dict) -> None:
+        self.is_bytes = "bytes" in entry
+        nanoseconds = entry["cpu_time"] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
+        self.amount = entry["bytes"] if self.is_bytes else nanoseconds
+
+    def __truediv__(self, other: "Measure") -> float:
+        return self.amount / other.amount
+
+    def __str__(self) -> str:
+        units = (("B", 1), ("KiB", 1024)) if self.is_bytes else (("ns", 1), ("us", 1e3), ("ms", 1e6), ("s", 1e9))
+        unit, size = next((u for u in units if self.amount < u[1] * 1000), units[-1])
+        return f"{self.amount / size:.3g} {unit}"
 
 
-def shown(nanoseconds: float) -> str:
-    for unit, size in (("ns", 1), ("us", 1e3), ("ms", 1e6)):
-        if nanoseconds < size * 1000:
-            return f"{nanoseconds / size:.3g} {unit}"
-    return f"{nanoseconds / 1e9:.3g} s"
+def ratio(other: "Measure | None", ours: Measure) -> str:
+    return f"{other / ours:.2f}" if other else MISSING
 
 
 def collect(programs: list, args: argparse.Namespace) -> dict:
-    """The median times of all contenders by (area, case), in the order of registration; None for a missing peer."""
+    """The median of all contenders by (area, case), in the order of registration; None for a missing peer."""
     cases: dict = {}
     for program in programs:
         # Interleaved runs come shuffled; the family index is the order of registration.
@@ -61,7 +72,7 @@ def collect(programs: list, args: argparse.Namespace) -> dict:
                 sys.exit(f"{entry['name']}: {entry['error_message']}")
             if entry.get("aggregate_name") != "median":
                 continue
-            cases.setdefault((area, case), {})[who] = in_nanoseconds(entry)
+            cases.setdefault((area, case), {})[who] = Measure(entry)
     for (area, case), times in cases.items():
         if "ours" not in times or len(times) < 2:
             sys.exit(f"{area}/{case}: needs ours and a baseline, has {', '.join(times)}")
@@ -74,8 +85,8 @@ def table(cases: dict) -> str:
         ours = times["ours"]
         (base, base_time), *peers = [entry for entry in times.items() if entry[0] != "ours"]
         rows.append([
-            area, case, shown(ours), f"{base} {shown(base_time)}", f"{base_time / ours:.2f}",
-            ", ".join(f"{name} {f'{time / ours:.2f}' if time else MISSING}" for name, time in peers) or "-",
+            area, case, str(ours), f"{base} {base_time or MISSING}", ratio(base_time, ours),
+            ", ".join(f"{name} {ratio(time, ours)}" for name, time in peers) or "-",
         ])
     widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
     rows.insert(1, ["-" * w for w in widths])
@@ -83,10 +94,10 @@ def table(cases: dict) -> str:
 
 
 def plot(area: str, cases: dict) -> str:
-    """An SVG with a bar per contender: its time over ours, on a logarithmic scale from 1/4 to 32. Ours is the line at 1."""
+    """An SVG with a bar per contender: its time or memory over ours, on a logarithmic scale from 1/4 to 32. Ours is the line at 1."""
     left, width, bar, gap, low, high = 250, 420, 12, 10, -2, 5
     lines, y = [], 30
-    place = lambda ratio: left + (min(max(math.log2(ratio), low), high) - low) * width / (high - low)
+    place = lambda value: left + (min(max(math.log2(value), low), high) - low) * width / (high - low)
     for (of, case), times in cases.items():
         if of != area:
             continue
@@ -94,12 +105,12 @@ def plot(area: str, cases: dict) -> str:
         label_y = y + bar * len(others) / 2 + 4
         lines.append(f'<text x="{left - 100}" y="{label_y:.0f}" text-anchor="end">{html.escape(case)}</text>')
         for index, (who, time) in enumerate(others):
-            ratio = time / times["ours"]
-            start, end = sorted((place(1), place(ratio)))
+            over_ours = time / times["ours"]
+            start, end = sorted((place(1), place(over_ours)))
             colour = "#4878a8" if index == 0 else "#a8b8c8"
             lines.append(f'<rect x="{start:.1f}" y="{y}" width="{end - start:.1f}" height="{bar - 2}" fill="{colour}"/>')
             lines.append(f'<text x="{left - 6}" y="{y + 9}" text-anchor="end" fill="#666">{html.escape(who)}</text>')
-            lines.append(f'<text x="{max(end, place(1)) + 4:.1f}" y="{y + 9}">{ratio:.2f}</text>')
+            lines.append(f'<text x="{max(end, place(1)) + 4:.1f}" y="{y + 9}">{over_ours:.2f}</text>')
             y += bar
         y += gap
     grid = []
@@ -110,7 +121,7 @@ def plot(area: str, cases: dict) -> str:
     return "\n".join([
         f'<svg xmlns="http://www.w3.org/2000/svg" width="{left + width + 60}" height="{y + 6}" font-family="sans-serif" '
         'font-size="10">',
-        f"<title>{html.escape(area)}: time of each contender over ours</title>",
+        f"<title>{html.escape(area)}: each contender over ours</title>",
         '<rect width="100%" height="100%" fill="#fff"/>', *grid, *lines, "</svg>", ""])
 
 
@@ -118,12 +129,12 @@ def write_report(folder: pathlib.Path, cases: dict) -> None:
     areas = list(dict.fromkeys(area for area, _ in cases))
     text = ["# Benchmarks\n\n",
             "One run on one machine, written by `./tq bench --write`: medians of processor time, the contenders of a case\n",
-            "interleaved. The ratios are what to look at; above 1 ours is faster. The first contender is the baseline, the\n",
-            "others are peers.\n\n", table(cases)]
+            "interleaved. The ratios are what to look at; above 1 ours is faster, or smaller where memory is measured. The first\n",
+            "contender is the baseline, the others are peers.\n\n", table(cases)]
     for area in areas:
         name = f"benchmarks-{area.replace(' ', '-')}.svg"
         (folder / name).write_text(plot(area, cases), encoding="utf-8")
-        text.append(f"\n## {area}\n\n![time of each contender over ours]({name})\n")
+        text.append(f"\n## {area}\n\n![each contender over ours]({name})\n")
     (folder / "benchmarks.md").write_text("".join(text), encoding="utf-8")
 
 

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <TqOsBase/memory/Allocation.h>
+
+#include <benchmark/benchmark.h>
+#include <cstddef>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <string>
+
+// The contenders of the heap benchmarks.
+namespace bench {
+
+struct Ours {
+    static constexpr const char* kName = "ours";
+    static void* allocate(std::size_t size) { return tqMalloc(size); }
+    static void release(void* block) { tqFree(block); }
+};
+
+struct Malloc {
+    static constexpr const char* kName = "malloc";
+    static void* allocate(std::size_t size) { return std::malloc(size); }
+    static void release(void* block) { std::free(block); }
+};
+
+// Loaded at run time: linked, it would take the place of the C library's malloc. A call through a pointer costs what a
+// call into a shared library does.
+template <class Names>
+struct Loaded {
+    static constexpr const char* kName = Names::kName;
+    template <class Function>
+    static Function* find(const char* name) {
+        static void* const library = ::dlopen(Names::kLibrary, RTLD_NOW | RTLD_LOCAL);
+        return library == nullptr ? nullptr : reinterpret_cast<Function*>(::dlsym(library, name));
+    }
+    static inline void* (*const s_allocate)(std::size_t) = find<void*(std::size_t)>(Names::kAllocate);
+    static inline void (*const s_release)(void*) = find<void(void*)>(Names::kRelease);
+    // Asked while static objects are built, those above perhaps not yet.
+    static bool isMissing() { return find<void*(std::size_t)>(Names::kAllocate) == nullptr; }
+    static void* allocate(std::size_t size) { return s_allocate(size); }
+    static void release(void* block) { s_release(block); }
+};
+
+struct Mimalloc {
+    static constexpr const char* kName = "mimalloc";
+    static constexpr const char* kLibrary = "libmimalloc.so.2";
+    static constexpr const char* kAllocate = "mi_malloc";
+    static constexpr const char* kRelease = "mi_free";
+};
+
+struct Jemalloc {
+    static constexpr const char* kName = "jemalloc";
+    static constexpr const char* kLibrary = "libjemalloc.so.2";
+    static constexpr const char* kAllocate = "malloc";
+    static constexpr const char* kRelease = "free";
+};
+
+struct Tcmalloc {
+    static constexpr const char* kName = "tcmalloc";
+    static constexpr const char* kLibrary = "libtcmalloc_minimal.so.4";
+    static constexpr const char* kAllocate = "tc_malloc";
+    static constexpr const char* kRelease = "tc_free";
+};
+
+/// Registers the benchmark of one heap, which says "missing" where that heap is not installed.
+template <class Heap, class Run>
+void addHeap(const std::string& name, Run run) {
+    const std::string full = name + "/" + Heap::kName;
+    if constexpr (requires { Heap::isMissing(); }) {
+        if (Heap::isMissing()) {
+            benchmark::RegisterBenchmark(full.c_str(), [](benchmark::State& s) { s.SkipWithError("missing"); });
+            return;
+        }
+    }
+    benchmark::RegisterBenchmark(full.c_str(), run);
+}
+
+} // namespace bench
