@@ -158,7 +158,7 @@ long long CStringArray::Add(const String& value) {
 
 long long CStringArray::append(std::wstring_view value) {
     if (m_nSize < m_nMaxSize) {
-        std::construct_at(m_pData + m_nSize, value);
+        placeString(m_pData + m_nSize, value);
     } else {
         String copy(value);
         reserve(sum(m_nSize, 1));

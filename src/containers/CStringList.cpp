@@ -1,8 +1,12 @@
+#include "containers/StringPlacement.h"
+
 #include <TqOsBase/containers/CStringList.h>
 
 #include <memory>
 #include <new>
 #include <utility>
+
+using namespace tq::detail;
 
 namespace {
 
@@ -221,14 +225,15 @@ void CStringList::addBlock() {
     }
 }
 
-// The string is made before anything changes, so that the list stays as it was when memory runs out.
 __POSITION* CStringList::insert(CNode* prev, CNode* next, std::wstring_view value) {
-    if (m_pNodeFree != nullptr) {
-        std::construct_at(&m_pNodeFree->data, value);
-    } else {
-        String copy(value);
+    if (m_pNodeFree == nullptr)
         addBlock();
-        std::construct_at(&m_pNodeFree->data, std::move(copy));
+    try {
+        placeString(&m_pNodeFree->data, value);
+    } catch (...) {
+        if (m_nCount == 0) // an empty list has no blocks
+            RemoveAll();
+        throw;
     }
     CNode* fresh = m_pNodeFree;
     m_pNodeFree = fresh->pNext;

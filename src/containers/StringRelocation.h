@@ -1,5 +1,7 @@
 #pragma once
 
+#include "containers/StringPlacement.h"
+
 #include <TqOsBase/containers/CStdStr.h>
 
 #include <cstddef>
@@ -22,7 +24,10 @@ inline constexpr bool kStringsMoveBytewise = false;
 /// live strings before; what lies at `from` and not at `to` holds none afterwards.
 inline void relocate(CStdStr<wchar_t>* to, CStdStr<wchar_t>* from, std::size_t count) noexcept {
     const auto moveOne = [&](std::size_t i) {
-        std::construct_at(&to[i], std::move(from[i]));
+        if (from[i].size() <= kShortText)
+            placeString(&to[i], from[i]);
+        else
+            std::construct_at(&to[i], std::move(from[i]));
         std::destroy_at(&from[i]);
     };
     if (to == from || count == 0)
