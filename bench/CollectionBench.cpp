@@ -1,6 +1,8 @@
 // The string collections beside the standard ones. Keys are terminated text, as the callers have them; the peers
 // "string at hand" show what the standard tables do for a caller who happens to have a string object instead.
 
+#include "bench/Registration.h"
+
 #include <TqOsBase/containers/CMapStringToPtr.h>
 #include <TqOsBase/containers/CStringArray.h>
 #include <TqOsBase/containers/CStringList.h>
@@ -170,9 +172,9 @@ void registerMap(const std::string& area, const std::string& title, void (*run)(
     const std::string name = area + "/" + title + "/" + Map::kName;
     if constexpr (requires { Map::kIsMissing; }) {
         if (Map::kIsMissing)
-            run = [](benchmark::State& state) { state.SkipWithError("missing"); };
+            return bench::addMissing(name);
     }
-    benchmark::RegisterBenchmark(name.c_str(), run);
+    bench::add(name, run);
 }
 
 template <class... Maps>
@@ -191,19 +193,16 @@ void registerMaps() {
             const std::string title = std::string("collections/list build and destroy, ") +
                                       (isShort ? "short strings" : "names") + ", blocks of " +
                                       std::to_string(blockSize);
-            benchmark::RegisterBenchmark((title + "/ours").c_str(), [strings, blockSize](benchmark::State& state) {
-                buildList(state, strings, blockSize);
-            });
-            benchmark::RegisterBenchmark((title + "/list").c_str(),
-                                         [strings](benchmark::State& state) { buildStandardList(state, strings); });
+            bench::add(title + "/ours",
+                       [strings, blockSize](benchmark::State& state) { buildList(state, strings, blockSize); });
+            bench::add(title + "/list", [strings](benchmark::State& state) { buildStandardList(state, strings); });
         }
     }
-    benchmark::RegisterBenchmark("collections/array append 100,000/ours",
-                                 [](benchmark::State& state) { appendArray(state, 0); });
-    benchmark::RegisterBenchmark("collections/array append 100,000/vector", appendVector);
-    benchmark::RegisterBenchmark("collections/array append 100,000, grow-by 50,000/ours",
-                                 [](benchmark::State& state) { appendArray(state, 50000); });
-    benchmark::RegisterBenchmark("collections/array append 100,000, grow-by 50,000/vector", appendVector);
+    bench::add("collections/array append 100,000/ours", [](benchmark::State& state) { appendArray(state, 0); });
+    bench::add("collections/array append 100,000/vector", appendVector);
+    bench::add("collections/array append 100,000, grow-by 50,000/ours",
+               [](benchmark::State& state) { appendArray(state, 50000); });
+    bench::add("collections/array append 100,000, grow-by 50,000/vector", appendVector);
     return true;
 }();
 

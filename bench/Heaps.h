@@ -1,8 +1,9 @@
 #pragma once
 
+#include "bench/Registration.h"
+
 #include <TqOsBase/memory/Allocation.h>
 
-#include <benchmark/benchmark.h>
 #include <cstddef>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -67,12 +68,10 @@ template <class Heap, class Run>
 void addHeap(const std::string& name, Run run) {
     const std::string full = name + "/" + Heap::kName;
     if constexpr (requires { Heap::isMissing(); }) {
-        if (Heap::isMissing()) {
-            benchmark::RegisterBenchmark(full.c_str(), [](benchmark::State& s) { s.SkipWithError("missing"); });
-            return;
-        }
+        if (Heap::isMissing())
+            return addMissing(full);
     }
-    benchmark::RegisterBenchmark(full.c_str(), run);
+    add(full, run);
 }
 
 } // namespace bench

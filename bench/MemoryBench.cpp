@@ -39,7 +39,7 @@ void report(benchmark::State& state, Store store) {
 }
 
 template <class Store>
-void add(const std::string& name, Store store) {
+void addStored(const std::string& name, Store store) {
     benchmark::RegisterBenchmark(("memory/" + name).c_str(), [store](benchmark::State& state) {
         report(state, store);
     })->Iterations(1);
@@ -60,28 +60,30 @@ void addHeaps(const std::string& name) {
 [[maybe_unused]] const bool g_registered = [] {
     addHeaps<Ours, Malloc, Loaded<Mimalloc>, Loaded<Jemalloc>, Loaded<Tcmalloc>>("block of 48 bytes");
 
-    add("narrow string of 20 characters/ours", [strings = new std::vector<TqStringA>](std::size_t i) {
+    addStored("narrow string of 20 characters/ours", [strings = new std::vector<TqStringA>](std::size_t i) {
         strings->reserve(kStored);
         strings->emplace_back(std::string(20, static_cast<char>('a' + i % 26)).c_str());
     });
-    add("narrow string of 20 characters/string", [strings = new std::vector<std::string>](std::size_t i) {
+    addStored("narrow string of 20 characters/string", [strings = new std::vector<std::string>](std::size_t i) {
         strings->reserve(kStored);
         strings->emplace_back(20, static_cast<char>('a' + i % 26));
     });
 
-    add("name in a list/ours", [list = new CStringList(1000)](std::size_t i) { list->AddTail(nameOf(i).c_str()); });
-    add("name in a list/list", [list = new std::list<std::wstring>](std::size_t i) { list->push_back(nameOf(i)); });
+    addStored("name in a list/ours",
+              [list = new CStringList(1000)](std::size_t i) { list->AddTail(nameOf(i).c_str()); });
+    addStored("name in a list/list",
+              [list = new std::list<std::wstring>](std::size_t i) { list->push_back(nameOf(i)); });
 
-    add("name in an array/ours", [array = new CStringArray](std::size_t i) { array->Add(nameOf(i).c_str()); });
-    add("name in an array/vector",
-        [vector = new std::vector<std::wstring>](std::size_t i) { vector->push_back(nameOf(i)); });
+    addStored("name in an array/ours", [array = new CStringArray](std::size_t i) { array->Add(nameOf(i).c_str()); });
+    addStored("name in an array/vector",
+              [vector = new std::vector<std::wstring>](std::size_t i) { vector->push_back(nameOf(i)); });
 
-    add("map entry/ours", [map = new CMapStringToPtr(1000)](std::size_t i) {
+    addStored("map entry/ours", [map = new CMapStringToPtr(1000)](std::size_t i) {
         if (i == 0)
             map->InitHashTable(kStored);
         map->SetAt(nameOf(i).c_str(), nullptr);
     });
-    add("map entry/unordered_map", [map = new std::unordered_map<std::wstring, void*>](std::size_t i) {
+    addStored("map entry/unordered_map", [map = new std::unordered_map<std::wstring, void*>](std::size_t i) {
         if (i == 0)
             map->reserve(kStored);
         map->emplace(nameOf(i), nullptr);

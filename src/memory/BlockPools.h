@@ -37,7 +37,7 @@ public:
         const bool wasFull = !hasUnit(page); // its one block was in use
         if (m_parked == &page && (wasFull ? pool.partial : page.next) == &pool.end) {
             page.flags = 0;
-            page.nextUnit = pageAddress(page);
+            page.nextUnit = pageStart(block);
             if (wasFull)
                 pushRun(pool, page);
             return;

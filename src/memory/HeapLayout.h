@@ -119,6 +119,11 @@ inline Page* pageOf(const void* address) noexcept {
     return pageAt(segmentStart(address), index);
 }
 
+/// Start of the page that an address lies in.
+inline std::byte* pageStart(const void* address) noexcept {
+    return reinterpret_cast<std::byte*>(reinterpret_cast<std::uintptr_t>(address) & ~(kPageBytes - 1));
+}
+
 /// Number in its segment of the page that a descriptor stands for.
 inline std::size_t pageIndex(const Page& page) noexcept {
     return reinterpret_cast<std::uintptr_t>(&page) % kSegmentBytes / sizeof(Page);
