@@ -2,6 +2,7 @@
 // size is the written one, and what one direction can express comes back unchanged.
 
 #include "Check.h"
+#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 
@@ -59,6 +60,14 @@ void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
     fuzz::check(run(detail::kPlainKernels.wideToNarrow, src, end, result.size()) == result, "plain form agrees");
     fuzz::check(run(detail::kWordKernels.wideToNarrow, src, end, result.size()) == result, "word form agrees");
     fuzz::check(run(detail::kWideKernels.wideToNarrow, src, end, result.size()) == result, "wide form agrees");
+
+    for (const std::size_t size : {result.size() / 2, result.size(), result.size() + 64}) {
+        std::vector<char> room(size);
+        const auto [taken, written] =
+            detail::narrowWithAvx2(src, static_cast<std::size_t>(length), room.data(), room.size());
+        fuzz::check(detail::wideToNarrowSize(src, taken) == written, "registers take whole characters");
+        fuzz::check(result.compare(0, written, room.data(), written) == 0, "registers agree");
+    }
 }
 
 void checkUtf8(const std::vector<wchar_t>& characters) {

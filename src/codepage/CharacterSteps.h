@@ -38,7 +38,6 @@ inline constexpr auto kHexPairs = [] {
     return table;
 }();
 
-/// Writes one byte of scratch behind the seven of an escape, in place of which a terminator or more text follows.
 inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
     const wchar_t c = *src++;
     if (c <= kHighestAscii) {
@@ -46,10 +45,9 @@ inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
         return;
     }
     const auto unit = platform::codeOf(c) & 0xFFFF;
-    char escape[kUnicodeEscapeLength + 1] = {'\\', 'U', '+'};
-    std::memcpy(escape + 3, kHexPairs[unit >> 8].data(), 2);
-    std::memcpy(escape + 5, kHexPairs[unit & 0xFF].data(), 2);
-    std::memcpy(out, escape, sizeof escape);
+    std::memcpy(out, "\\U+", 3);
+    std::memcpy(out + 3, kHexPairs[unit >> 8].data(), 2);
+    std::memcpy(out + 5, kHexPairs[unit & 0xFF].data(), 2);
     out += kUnicodeEscapeLength;
 }
 

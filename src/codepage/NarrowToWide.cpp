@@ -1,8 +1,7 @@
-#include "codepage/AsciiRun.h"
+#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 #include "codepage/VectorOutput.h"
-#include "containers/SourceKeeper.h"
 #include "platform/Utf8.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
@@ -30,13 +29,13 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     const char* end = src;
     if (hasText)
         end = endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
-    const SourceKeeper keeper(out, src);
+    const auto keeper = recordWith(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;
     if (hasText) {
-        const std::size_t run = widenPlainRun(src, static_cast<std::size_t>(end - src), textEnd);
-        textEnd = kWideKernels.narrowToWide(src + run, end, textEnd + run);
+        const TextProgress start = widenWithAvx2(src, end, textEnd);
+        textEnd = kWideKernels.narrowToWide(src + start.taken, end, textEnd + start.written);
     }
     terminate(out, elements, textEnd);
 }

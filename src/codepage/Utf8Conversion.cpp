@@ -1,7 +1,6 @@
 #include "codepage/TextKernels.h"
 #include "codepage/TextMeasure.h"
 #include "codepage/VectorOutput.h"
-#include "containers/SourceKeeper.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
@@ -23,7 +22,7 @@ std::size_t utf8Extent(const char* src, int length) {
 
 void TqCharMapper::utf8ToUnicode(const char* src, int length, TqVector<wchar_t>& out) {
     const std::size_t extent = utf8Extent(src, length);
-    const SourceKeeper keeper(out, src);
+    const auto keeper = recordWith(out, src);
     wchar_t* elements = resize(out, extent + 1);
     wchar_t* textEnd = extent == 0 ? elements : kWideKernels.utf8ToWide(src, src + extent, elements);
     terminate(out, elements, textEnd);
@@ -35,7 +34,7 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
     // The character at index `length` belongs to the text.
     const std::size_t limit = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
     const TextMeasure text = measure(src, limit, wideToUtf8Size);
-    const SourceKeeper keeper(out, src);
+    const auto keeper = recordWith(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     char* elements = resize(out, earlier + text.size + 1);
     terminate(out, elements, kWideKernels.wideToUtf8(src, src + text.count, elements + earlier));

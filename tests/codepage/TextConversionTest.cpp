@@ -1,5 +1,7 @@
+#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
+#include "platform/Processor.h"
 #include "reference/GuardedBuffer.h"
 #include "reference/TextConversionReference.h"
 
@@ -223,6 +225,30 @@ TEST_F(TextConversion, ReadsNothingBehindTheLengthOfAnUnterminatedText) {
             ASSERT_NO_FATAL_FAILURE(check<NarrowToWide>(src, size));
             const wchar_t* wideSrc = std::get<1>(m_source).place(wide.data(), wide.size());
             ASSERT_NO_FATAL_FAILURE(check<WideToNarrow>(wideSrc, size));
+        }
+    }
+}
+
+// With any room the registers write the beginning of the result and nothing behind the room; they stop only where it
+// cannot hold what comes next, or at the end of the text.
+TEST_F(TextConversion, RegistersKeepToTheirRoom) {
+    for (const std::size_t count : {5U, 32U, 69U, 100U}) {
+        for (const std::size_t every : {1U, 5U, 33U, 200U}) {
+            std::wstring text(count, L'a');
+            for (std::size_t i = count % every; i < count; i += every)
+                text[i] = i % 10 == 3 ? static_cast<wchar_t>(-60) : L'\u4E2D';
+            const wchar_t* src = place(text);
+            const std::string whole = reference::wideToNarrow(src, INT_MAX);
+            for (std::size_t room = 0; room < whole.size() + 80; ++room) {
+                char* out = std::get<0>(m_output).last(room);
+                const auto [taken, written] = detail::narrowWithAvx2(src, INT_MAX, out, room);
+                ASSERT_LE(written, room);
+                ASSERT_EQ(reference::wideToNarrow(src, static_cast<int>(taken)), whole.substr(0, written));
+                ASSERT_EQ(std::string(out, written), whole.substr(0, written));
+                if (tq::platform::hasAvx2()) {
+                    ASSERT_TRUE(taken == count || room - written < detail::kUnicodeEscapeLength) << room;
+                }
+            }
         }
     }
 }

@@ -1,0 +1,226 @@
+#include "codepage/Avx2Kernels.h"
+
+#include "codepage/CharacterSteps.h"
+#include "platform/Processor.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace tq::detail {
+
+#if defined(__x86_64__)
+
+// The library is built for any x86-64 processor; the functions marked for AVX2 alone are for those that have it.
+
+namespace {
+
+constexpr std::size_t kStep = 32;
+constexpr std::size_t kHalfStep = kStep / 2;
+constexpr std::size_t kLanes = 8; // Wide characters in a register.
+// Long texts come from beyond the nearest caches. The processor fetches no further ahead than the page ends by itself;
+// being asked to, it may go beyond the text: that reads nothing and cannot fail.
+constexpr std::size_t kReadAhead = 512;
+
+std::size_t distance(const char* from, const char* to) {
+    return static_cast<std::size_t>(to - from);
+}
+
+__attribute__((target("avx2"))) inline void widenStep(const char* src, wchar_t* out) {
+    for (std::size_t i = 0; i < kStep; i += kLanes) {
+        const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_cvtepu8_epi32(eight));
+    }
+}
+
+// Whether the place of a step's characters depends on the escapes in it, but not which bytes are the next step's: the
+// processor begins with that one meanwhile.
+__attribute__((target("avx2"))) TextProgress widen(const char* const begin, const char* end, wchar_t* const outBegin) {
+    constexpr std::size_t kReadBehindEscape = 2 * kStep + kMifEscapeLength;
+    const __m256i backslash = _mm256_set1_epi8('\\');
+    const char* src = begin;
+    wchar_t* out = outBegin;
+    while (distance(src, end) >= kStep) {
+        const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
+        auto mask = static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, backslash)));
+        if (mask != 0 && distance(src, end) < kReadBehindEscape)
+            break;
+        widenStep(src, out);
+        const char* next = src + kStep;
+        out += kStep; // Always the place of `next`.
+        for (; mask != 0; mask &= mask - 1) {
+            const char* escape = src + std::countr_zero(mask);
+            wchar_t* escapeOut = out - distance(escape, next);
+            const char* behind = escape;
+            stepNarrowToWide(behind, escapeOut);
+            if (behind == escape + 1)
+                continue; // a backslash that is in its place already
+            widenStep(behind, escapeOut);
+            next = std::max(next, behind);
+            out = escapeOut + distance(behind, next);
+        }
+        src = next;
+    }
+    return {distance(begin, src), static_cast<std::size_t>(out - outBegin)};
+}
+
+// Where text is converted from and to.
+struct NarrowCursor {
+    const wchar_t* src;
+    std::size_t left; // Characters, at most.
+    char* out;
+    std::size_t room;
+
+    void advance(std::size_t taken, std::size_t written) {
+        src += taken;
+        left -= taken;
+        out += written;
+        room -= written;
+    }
+    // One character. False where the text or the room ends.
+    bool step() {
+        if (left == 0 || *src == 0 || room < (*src > kHighestAscii ? kUnicodeEscapeLength : 1))
+            return false;
+        const wchar_t* character = src;
+        char* end = out;
+        stepWideToNarrow(character, end);
+        advance(1, static_cast<std::size_t>(end - out));
+        return true;
+    }
+};
+
+// Packed with saturation in two steps, a character above ASCII becomes a byte above it, which as a signed number is
+// negative, and a negative one becomes 0: positive bytes are ASCII and not the end of the text.
+
+// The sixteen characters at `src`, whose packed form is known, and which of them are not positive: these are done
+// again, one by one, and what follows each is moved to behind what it became. Returns the end of what was written;
+// scratch may follow it up to as many bytes.
+__attribute__((target("avx2"))) inline char* narrowHalfStep(const wchar_t* src, __m128i bytes, std::uint32_t special,
+                                                            char* out) {
+    static constexpr char kMoveDown[2 * kHalfStep] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+    char* end = out + kHalfStep;
+    for (; special != 0; special &= special - 1) {
+        const auto place = static_cast<std::size_t>(std::countr_zero(special));
+        const wchar_t* character = src + place;
+        char* to = end - (kHalfStep - place);
+        stepWideToNarrow(character, to);
+        const auto* down = reinterpret_cast<const __m128i*>(kMoveDown + place + 1);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, _mm_loadu_si128(down)));
+        end = to + (kHalfStep - place - 1);
+    }
+    return end;
+}
+
+__attribute__((target("avx2"))) inline bool holdsZero(__m256i characters) {
+    return _mm256_movemask_epi8(_mm256_cmpeq_epi32(characters, _mm256_setzero_si256())) != 0;
+}
+
+__attribute__((target("avx2"))) inline std::uint32_t notPositive(__m256i bytes) {
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpgt_epi8(_mm256_set1_epi8(1), bytes)));
+}
+
+// Register after register on its boundary, each looked into before the next one is read.
+__attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSteps(NarrowCursor& at) {
+    // Packing works in the halves of the registers; this puts the quarters back in their order.
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    for (;;) {
+        const wchar_t* src = at.src;
+        const wchar_t* const stop = src + std::min(at.left, at.room) / kStep * kStep;
+        char* out = at.out;
+        std::uint32_t special = 0;
+        __m256i fourth = _mm256_setzero_si256();
+        __m256i bytes = fourth;
+        for (; src != stop; src += kStep, out += kStep) {
+            const auto* from = reinterpret_cast<const __m256i*>(src);
+            _mm_prefetch(reinterpret_cast<const char*>(src + kReadAhead), _MM_HINT_T0);
+            _mm_prefetch(reinterpret_cast<const char*>(src + kReadAhead + kHalfStep), _MM_HINT_T0);
+            const __m256i first = _mm256_load_si256(from);
+            if (holdsZero(first))
+                break;
+            const __m256i second = _mm256_load_si256(from + 1);
+            if (holdsZero(second))
+                break;
+            const __m256i third = _mm256_load_si256(from + 2);
+            if (holdsZero(third))
+                break;
+            fourth = _mm256_load_si256(from + 3);
+            bytes = _mm256_packus_epi16(_mm256_packs_epi32(first, second), _mm256_packs_epi32(third, fourth));
+            bytes = _mm256_permutevar8x32_epi32(bytes, order);
+            special = notPositive(bytes);
+            if (special != 0)
+                break;
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), bytes);
+        }
+        const auto done = static_cast<std::size_t>(src - at.src);
+        at.advance(done, done);
+        const auto escapes = static_cast<std::size_t>(std::popcount(special));
+        if (escapes == 0 || holdsZero(fourth) || at.room < kStep + kHalfStep + escapes * (kUnicodeEscapeLength - 1))
+            return;
+        out = narrowHalfStep(src, _mm256_castsi256_si128(bytes), special & 0xFFFF, out);
+        out = narrowHalfStep(src + kHalfStep, _mm256_extracti128_si256(bytes, 1), special >> kHalfStep, out);
+        at.advance(kStep, static_cast<std::size_t>(out - at.out));
+    }
+}
+
+// A register on its boundary, if it is plain throughout.
+__attribute__((target("avx2"), no_sanitize("address", "thread"))) inline bool narrowRegister(NarrowCursor& at) {
+    if (at.left < kLanes || at.room < kLanes)
+        return false;
+    const __m256i characters = _mm256_load_si256(reinterpret_cast<const __m256i*>(at.src));
+    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(characters), _mm256_extracti128_si256(characters, 1));
+    const __m128i bytes = _mm_packus_epi16(words, words);
+    if (_mm_movemask_epi8(_mm_cmplt_epi8(bytes, _mm_set1_epi8(1))) != 0)
+        return false;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(at.out), bytes);
+    at.advance(kLanes, kLanes);
+    return true;
+}
+
+bool isOnBoundary(const wchar_t* src) {
+    return reinterpret_cast<std::uintptr_t>(src) % (kLanes * sizeof(wchar_t)) == 0;
+}
+
+__attribute__((target("avx2"))) TextProgress narrow(const wchar_t* src, std::size_t limit, char* out,
+                                                    std::size_t room) {
+    if (reinterpret_cast<std::uintptr_t>(src) % sizeof(wchar_t) != 0)
+        return {};
+    NarrowCursor at{src, limit, out, room};
+    bool goesOn = true;
+    while (goesOn && !isOnBoundary(at.src))
+        goesOn = at.step();
+    if (goesOn)
+        narrowSteps(at);
+    while (goesOn)
+        goesOn = (isOnBoundary(at.src) && narrowRegister(at)) || at.step();
+    return {static_cast<std::size_t>(at.src - src), static_cast<std::size_t>(at.out - out)};
+}
+
+} // namespace
+
+TextProgress widenWithAvx2(const char* src, const char* end, wchar_t* out) noexcept {
+    return platform::hasAvx2() ? widen(src, end, out) : TextProgress{};
+}
+
+TextProgress narrowWithAvx2(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept {
+    return platform::hasAvx2() ? narrow(src, limit, out, room) : TextProgress{};
+}
+
+#else
+
+TextProgress widenWithAvx2(const char*, const char*, wchar_t*) noexcept {
+    return {};
+}
+
+TextProgress narrowWithAvx2(const wchar_t*, std::size_t, char*, std::size_t) noexcept {
+    return {};
+}
+
+#endif
+
+} // namespace tq::detail
