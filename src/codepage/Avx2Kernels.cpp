@@ -38,31 +38,52 @@ __attribute__((target("avx2"))) inline void widenStep(const char* src, wchar_t* 
     }
 }
 
-// Whether the place of a step's characters depends on the escapes in it, but not which bytes are the next step's: the
-// processor begins with that one meanwhile.
+// unicodeEscapeValue where the bytes behind the escape's beginning may be read before those in front of them are known.
+inline int fullyReadableEscapeValue(const char* p) {
+    constexpr std::uint32_t kPrefix = 0x2B555C; // \U+
+    constexpr std::uint32_t kAnyCase = 0xFFDFFF;
+    std::uint32_t first = 0;
+    std::memcpy(&first, p, sizeof first);
+    if ((first & kAnyCase) != kPrefix)
+        return kNoEscape;
+    const auto digit = [p](std::size_t i) { return int{kHexValues[static_cast<unsigned char>(p[3 + i])]}; };
+    const int value = digit(0) * 0x1000 | digit(1) * 0x100 | digit(2) * 0x10 | digit(3);
+    return value < 0 ? kNoEscape : value; // any byte that is no digit makes it negative
+}
+
+// Where a step's characters go depends on the escapes in it, but not which bytes are the next step's, unless one
+// reaches into them: the processor begins with these meanwhile.
 __attribute__((target("avx2"))) TextProgress widen(const char* const begin, const char* end, wchar_t* const outBegin) {
-    constexpr std::size_t kReadBehindEscape = 2 * kStep + kMifEscapeLength;
+    constexpr std::size_t kReadBehindBackslash = 2 * kStep + kMifEscapeLength;
     const __m256i backslash = _mm256_set1_epi8('\\');
     const char* src = begin;
     wchar_t* out = outBegin;
     while (distance(src, end) >= kStep) {
         const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
         auto mask = static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, backslash)));
-        if (mask != 0 && distance(src, end) < kReadBehindEscape)
+        if (mask != 0 && distance(src, end) < kReadBehindBackslash)
             break;
         widenStep(src, out);
         const char* next = src + kStep;
         out += kStep; // Always the place of `next`.
         for (; mask != 0; mask &= mask - 1) {
-            const char* escape = src + std::countr_zero(mask);
-            wchar_t* escapeOut = out - distance(escape, next);
+            const char* const escape = src + std::countr_zero(mask);
             const char* behind = escape;
-            stepNarrowToWide(behind, escapeOut);
+            wchar_t* escapeOut = out - distance(escape, next);
+            if (const int value = fullyReadableEscapeValue(escape); value != kNoEscape) {
+                *escapeOut++ = static_cast<wchar_t>(value);
+                behind += kUnicodeEscapeLength;
+            } else {
+                stepNarrowToWide(behind, escapeOut);
+            }
             if (behind == escape + 1)
                 continue; // a backslash that is in its place already
             widenStep(behind, escapeOut);
-            next = std::max(next, behind);
-            out = escapeOut + distance(behind, next);
+            out -= distance(escape, behind) - 1;
+            if (behind > next) [[unlikely]] {
+                out += distance(next, behind);
+                next = behind;
+            }
         }
         src = next;
     }

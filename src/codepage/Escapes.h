@@ -15,9 +15,10 @@ inline constexpr int kNoEscape = -1;
 
 inline constexpr int kHighestAscii = 127;
 
+/// The value of every byte as a hexadecimal digit, negative for one that is none.
 inline constexpr auto kHexValues = [] {
-    std::array<std::int8_t, 128> table{};
-    for (int c = 0; c < 128; ++c) {
+    std::array<std::int8_t, 256> table{};
+    for (int c = 0; c < 256; ++c) {
         int value = -1;
         if (c >= '0' && c <= '9')
             value = c - '0';

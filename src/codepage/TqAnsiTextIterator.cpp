@@ -23,8 +23,7 @@ constexpr unsigned base(bool hex) {
 
 // The value of a hexadecimal digit, negative for any other byte.
 int digitValue(char byte) noexcept {
-    const auto index = static_cast<unsigned char>(byte);
-    return index < kHexValues.size() ? kHexValues[index] : -1;
+    return kHexValues[static_cast<unsigned char>(byte)];
 }
 
 // Gives `out`, which is empty, these bytes. The room asked for is the caller's limit and may be absurd.

@@ -135,13 +135,13 @@ protected:
         return std::get<reference::GuardedBuffer<From>>(m_source).place(text.c_str(), text.size() + 1);
     }
 
-    // The piece at every offset in the text, with nothing behind it, a little, and enough for another step; taken
-    // whole, too far, not at all, and cut at each of its characters.
+    // The piece at every offset in the text, with nothing behind it, a little, and enough for another step of each
+    // width; taken whole, too far, not at all, and cut at each of its characters.
     template <class Direction, class From>
     void sweep(const std::basic_string<From>& around, const std::basic_string<From>& piece) {
         for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
-            for (const std::size_t rest : {0U, 3U, 17U}) {
-                const auto whole = around.substr(0, offset) + piece + around.substr(offset, rest);
+            for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}, kLongestText}) {
+                const auto whole = around.substr(0, offset) + piece + around.substr(0, rest);
                 const From* src = place(whole);
                 const auto total = static_cast<int>(whole.size());
                 for (const int length : {INT_MIN, -1, 0, 1, total, total + 9, INT_MAX})
