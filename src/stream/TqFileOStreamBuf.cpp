@@ -92,7 +92,8 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     writeSlowly(buf, n);
 }
 
-void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
+// Apart from the append, which would otherwise save the registers that only this needs.
+[[gnu::noinline]] void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
     requireFile(detail::kWriteFileError);
     if (n > kWriteBehind - m_pending.tell())
         flushPending();
