@@ -1,15 +1,25 @@
 // Narrow and wide text, both ways: ours, then the C library under a fitting locale, or for texts with escapes, which it
-// does not know, the obvious loop over the characters.
+// does not know, the obvious loop over the characters. Then text one character at a time.
 
+#include <TqOsBase/codepage/LmCodePage.h>
+#include <TqOsBase/codepage/TqAnsiTextIterator.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
+
+#if defined(TQ_BENCH_ICU)
+#include <unicode/uchar.h>
+#endif
 
 namespace {
 
@@ -172,6 +182,115 @@ void scalarToNarrow(benchmark::State& state, const std::wstring& text) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 
+// The sum of the characters, once per iteration.
+using Sum = std::function<std::uint64_t(const TqStringA&)>;
+
+std::uint64_t sumOfIterator(const TqStringA& text) {
+    std::uint64_t sum = 0;
+    TqAnsiTextIterator it(text, kCodePageWestern);
+    while (const unsigned character = it.nextChar())
+        sum += character;
+    return sum;
+}
+
+std::uint64_t sumOfLoop(const TqStringA& text) {
+    std::uint64_t sum = 0;
+    for (const char* p = text.c_str(); *p != 0;) {
+        unsigned character = static_cast<unsigned char>(*p);
+        std::ptrdiff_t length = 1;
+        if (p[0] == '\\' && (p[1] | 0x20) == 'u' && p[2] == '+') {
+            unsigned value = 0;
+            std::ptrdiff_t i = 3;
+            for (; i < 7 && hexDigit(p[i]) >= 0; ++i)
+                value = value * 16 + static_cast<unsigned>(hexDigit(p[i]));
+            if (i == 7) {
+                character = value;
+                length = i;
+            }
+        }
+        sum += character;
+        p += length;
+    }
+    return sum;
+}
+
+void iterate(benchmark::State& state, const std::string& narrow, const Sum& sumOf) {
+    const TqStringA text(narrow.c_str());
+    const std::uint64_t expected = sumOfLoop(text);
+    for (auto _ : state) {
+        if (sumOf(text) != expected) {
+            state.SkipWithError("another checksum");
+            return;
+        }
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * narrow.size()));
+}
+
+// A drawing's note in two scripts, with the punctuation of both.
+std::wstring noteText(std::size_t size) {
+    std::wstring text;
+    while (text.size() < size) {
+        text +=
+            L"Wall 240 mm (see A-101), \u58C1\u539A 240\u6BEB\u7C73\u3002\u8BE6\u89C1\u56FE\u7EB8; \u00D8 16 \u2014 ";
+        text += static_cast<wchar_t>(0x4E00 + text.size() * 7919 % 0x5000);
+    }
+    text.resize(size);
+    return text;
+}
+
+template <class ClassOf>
+void lineBreak(benchmark::State& state, const std::wstring& text, ClassOf classOf) {
+    std::uint64_t expected = 0;
+    for (const wchar_t c : text)
+        expected += static_cast<std::uint64_t>(classOf(c));
+    for (auto _ : state) {
+        std::uint64_t sum = 0;
+        for (const wchar_t c : text)
+            sum += static_cast<std::uint64_t>(classOf(c));
+        if (sum != expected) {
+            state.SkipWithError("another checksum");
+            return;
+        }
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+int lineBreakOurs(wchar_t c) {
+    return LmCodePage::LineBreakClass(c);
+}
+
+#if defined(TQ_BENCH_ICU)
+int lineBreakIcu(wchar_t c) {
+    return u_getIntPropertyValue(static_cast<UChar32>(c), UCHAR_LINE_BREAK);
+}
+
+// The numbers differ, and classes were split since ours were laid down, but each of theirs must be one of ours.
+bool classesCorrespond(const std::wstring& text) {
+    constexpr int kUnseen = -1;
+    int ours[U_LB_COUNT];
+    std::fill(std::begin(ours), std::end(ours), kUnseen);
+    for (const wchar_t c : text) {
+        int& known = ours[lineBreakIcu(c)];
+        if (known == kUnseen)
+            known = lineBreakOurs(c);
+        if (known != lineBreakOurs(c))
+            return false;
+    }
+    return true;
+}
+
+void lineBreakPeer(benchmark::State& state, const std::wstring& text) {
+    if (classesCorrespond(text))
+        lineBreak(state, text, lineBreakIcu);
+    else
+        state.SkipWithError("other classes");
+}
+#else
+void lineBreakPeer(benchmark::State& state, const std::wstring&) {
+    state.SkipWithError("missing");
+}
+#endif
+
 const bool kRegistered = [] {
     struct Size {
         const char* name;
@@ -198,6 +317,11 @@ const bool kRegistered = [] {
     benchmark::RegisterBenchmark("text/utf8_to_wide_1MiB/mbstowcs", libraryToWide, utf8, "C.UTF-8");
     benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/ours", wideToUtf8, wide);
     benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/wcstombs", libraryToNarrow, wide, "C.UTF-8");
+    benchmark::RegisterBenchmark("text/iterate_1MiB/ours", iterate, escapedText(kMiB), Sum(sumOfIterator));
+    benchmark::RegisterBenchmark("text/iterate_1MiB/loop", iterate, escapedText(kMiB), Sum(sumOfLoop));
+    const std::wstring note = noteText(kMiB);
+    benchmark::RegisterBenchmark("text/line_break_1MiB/ours", lineBreak<int (*)(wchar_t)>, note, lineBreakOurs);
+    benchmark::RegisterBenchmark("text/line_break_1MiB/icu", lineBreakPeer, note);
     return true;
 }();
 
