@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -71,7 +72,8 @@ constexpr bool isAsciiMifValue(int value) {
 /// there is one, otherwise at `end`. An escape holds no second backslash, so only the last one can begin it.
 template <class Char>
 const Char* endBehindLastEscape(const Char* src, const Char* end) {
-    for (const Char* p = end; p != src && static_cast<std::size_t>(end - p) < kMifEscapeLength - 1;) {
+    const Char* const first = end - std::min<std::ptrdiff_t>(end - src, kMifEscapeLength - 1);
+    for (const Char* p = end; p != first;) {
         --p;
         if (*p != '\\')
             continue;

@@ -44,9 +44,15 @@ int LmCodePage::LineBreakClass(wchar_t c) {
     // A negative character becomes a large number; among the rows it comes before the first.
     if (tq::platform::codeOf(c) < kLowPartCount)
         return s_LowPartBrakClass[tq::platform::codeOf(c)];
-    const auto* const row =
-        std::lower_bound(s_HighPartBreakClass.begin(), s_HighPartBreakClass.end(), c,
-                         [](const LineBreakRow& range, wchar_t wanted) { return range.last < wanted; });
+    // The first rows hold the ideographs and the Hangul, most of what is looked up here.
+    constexpr std::size_t kRowsOfIdeographs = 3;
+    const auto* row = s_HighPartBreakClass.begin();
+    const auto* const rare = row + kRowsOfIdeographs;
+    while (row != rare && row->last < c)
+        ++row;
+    if (row == rare)
+        row = std::lower_bound(rare, s_HighPartBreakClass.end(), c,
+                               [](const LineBreakRow& range, wchar_t wanted) { return range.last < wanted; });
     return row == s_HighPartBreakClass.end() ? kLineBreakID : row->lineBreakClass;
 }
 
