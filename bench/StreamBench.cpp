@@ -1,3 +1,5 @@
+#include "bench/Registration.h"
+
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 
@@ -176,15 +178,18 @@ void memoryRewriteStdio(benchmark::State& state) {
     countRecords(state);
 }
 
-BENCHMARK(fileReadOurs)->Name("stream/file-read-8B/ours");
-BENCHMARK(fileReadStdio)->Name("stream/file-read-8B/fread");
-BENCHMARK(fileWriteOurs)->Name("stream/file-write-8B/ours");
-BENCHMARK(fileWriteStdio)->Name("stream/file-write-8B/fwrite");
-BENCHMARK(memoryReadOurs)->Name("stream/memory-read-8B/ours");
-BENCHMARK(memoryReadStdio)->Name("stream/memory-read-8B/fmemopen");
-BENCHMARK(memoryWriteOurs)->Name("stream/memory-write-8B/ours");
-BENCHMARK(memoryWriteStdio)->Name("stream/memory-write-8B/open_memstream");
-BENCHMARK(memoryRewriteOurs)->Name("stream/memory-rewrite-8B/ours");
-BENCHMARK(memoryRewriteStdio)->Name("stream/memory-rewrite-8B/fmemopen");
+[[maybe_unused]] const bool g_registered = [] {
+    bench::add("stream/file-read-8B/ours", fileReadOurs);
+    bench::add("stream/file-read-8B/fread", fileReadStdio);
+    bench::add("stream/file-write-8B/ours", fileWriteOurs);
+    bench::add("stream/file-write-8B/fwrite", fileWriteStdio);
+    bench::add("stream/memory-read-8B/ours", memoryReadOurs);
+    bench::add("stream/memory-read-8B/fmemopen", memoryReadStdio);
+    bench::add("stream/memory-write-8B/ours", memoryWriteOurs);
+    bench::add("stream/memory-write-8B/open_memstream", memoryWriteStdio);
+    bench::add("stream/memory-rewrite-8B/ours", memoryRewriteOurs);
+    bench::add("stream/memory-rewrite-8B/fmemopen", memoryRewriteStdio);
+    return true;
+}();
 
 } // namespace

@@ -1,6 +1,8 @@
 // Narrow and wide text, both ways: ours, then the C library under a fitting locale, or for texts with escapes, which it
 // does not know, the obvious loop over the characters. Then text one character at a time.
 
+#include "bench/Registration.h"
+
 #include <TqOsBase/codepage/LmCodePage.h>
 #include <TqOsBase/codepage/TqAnsiTextIterator.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
@@ -300,7 +302,7 @@ const bool kRegistered = [] {
         const auto add = [&size](const std::string& name, auto function, auto... arguments) {
             const auto at = name.rfind('/');
             const std::string full = "text/" + name.substr(0, at) + "_" + size.name + name.substr(at);
-            benchmark::RegisterBenchmark(full.c_str(), function, arguments...);
+            bench::add(full, function, arguments...);
         };
         add("narrow_to_wide_ascii/ours", narrowToWide, asciiText(size.bytes));
         add("narrow_to_wide_ascii/mbstowcs", libraryToWide, asciiText(size.bytes), "C");
@@ -313,15 +315,15 @@ const bool kRegistered = [] {
     }
     const std::wstring wide = eastAsianText(kMiB);
     const std::string utf8 = utf8Of(wide);
-    benchmark::RegisterBenchmark("text/utf8_to_wide_1MiB/ours", utf8ToWide, utf8);
-    benchmark::RegisterBenchmark("text/utf8_to_wide_1MiB/mbstowcs", libraryToWide, utf8, "C.UTF-8");
-    benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/ours", wideToUtf8, wide);
-    benchmark::RegisterBenchmark("text/wide_to_utf8_1MiB/wcstombs", libraryToNarrow, wide, "C.UTF-8");
-    benchmark::RegisterBenchmark("text/iterate_1MiB/ours", iterate, escapedText(kMiB), Sum(sumOfIterator));
-    benchmark::RegisterBenchmark("text/iterate_1MiB/loop", iterate, escapedText(kMiB), Sum(sumOfLoop));
+    bench::add("text/utf8_to_wide_1MiB/ours", utf8ToWide, utf8);
+    bench::add("text/utf8_to_wide_1MiB/mbstowcs", libraryToWide, utf8, "C.UTF-8");
+    bench::add("text/wide_to_utf8_1MiB/ours", wideToUtf8, wide);
+    bench::add("text/wide_to_utf8_1MiB/wcstombs", libraryToNarrow, wide, "C.UTF-8");
+    bench::add("text/iterate_1MiB/ours", iterate, escapedText(kMiB), Sum(sumOfIterator));
+    bench::add("text/iterate_1MiB/loop", iterate, escapedText(kMiB), Sum(sumOfLoop));
     const std::wstring note = noteText(kMiB);
-    benchmark::RegisterBenchmark("text/line_break_1MiB/ours", lineBreak<int (*)(wchar_t)>, note, lineBreakOurs);
-    benchmark::RegisterBenchmark("text/line_break_1MiB/icu", lineBreakPeer, note);
+    bench::add("text/line_break_1MiB/ours", lineBreak<int (*)(wchar_t)>, note, lineBreakOurs);
+    bench::add("text/line_break_1MiB/icu", lineBreakPeer, note);
     return true;
 }();
 

@@ -1,26 +1,14 @@
 #pragma once
 
+#include "containers/RecordKeeping.h"
+
 #include <TqOsBase/containers/TqVector.h>
 
 #include <climits>
 #include <cstddef>
-#include <cstdint>
-#include <optional>
 #include <stdexcept>
 
 namespace tq::detail {
-
-/// Keeps the record of a vector alive while bytes that may lie in it are written to that same vector: a copy of `out`
-/// when `source` is among its slots, nothing otherwise, so that it is then written, or grown, in place. (Not an empty
-/// vector, which would cost two atomic operations.)
-template <class T>
-std::optional<TqVector<T>> recordWith(const TqVector<T>& out, const void* source) {
-    const auto first = reinterpret_cast<std::uintptr_t>(out.asArrayPtr());
-    const std::uintptr_t bytes = static_cast<std::size_t>(out.physicalLength()) * sizeof(T);
-    if (reinterpret_cast<std::uintptr_t>(source) - first < bytes)
-        return out;
-    return std::nullopt;
-}
 
 /// Makes the logical length `length` and returns the elements for writing. Throws std::length_error beyond INT_MAX.
 template <class T>

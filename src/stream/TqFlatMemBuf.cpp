@@ -1,4 +1,4 @@
-#include "containers/SourceKeeper.h"
+#include "containers/RecordKeeping.h"
 #include "stream/StreamBytes.h"
 #include "stream/StreamErrors.h"
 
@@ -11,7 +11,7 @@
 
 using tq::detail::fits;
 using tq::detail::moveBytes;
-using tq::detail::SourceKeeper;
+using tq::detail::recordWith;
 using tq::detail::throwOutOfStreamBuffer;
 
 namespace {
@@ -130,7 +130,7 @@ void TqFlatMemBuf::readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_
 void TqFlatMemBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     const std::uint64_t end = std::uint64_t{m_position} + n;
     if (end > static_cast<std::uint64_t>(m_bytes.physicalLength())) {
-        const SourceKeeper keeper(m_bytes, buf);
+        const auto keeper = recordWith(m_bytes, buf);
         moveBytes(setLogicalLength(end) + m_position, buf, n);
     } else {
         moveBytes(setLogicalLength(end) + m_position, buf, n);
@@ -140,7 +140,7 @@ void TqFlatMemBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
 
 void TqFlatMemBuf::writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {
     const std::uint64_t end = endOf(pos, n);
-    const SourceKeeper keeper(m_bytes, buf);
+    const auto keeper = recordWith(m_bytes, buf);
     if (end > logicalLength(m_bytes))
         setLogicalLength(end);
     moveBytes(writableBytes() + pos, buf, n);
@@ -192,7 +192,7 @@ std::uint64_t TqFlatMemBuf::moveTo(std::uint64_t pos) {
 void TqFlatMemBuf::open(void* data, std::uint32_t size, std::uint32_t pos) {
     const std::uint64_t length = std::uint64_t{size} + pos;
     static_cast<void>(vectorLength(length));
-    const SourceKeeper keeper(m_bytes, data);
+    const auto keeper = recordWith(m_bytes, data);
     close();
     moveBytes(setLogicalLength(length), static_cast<const unsigned char*>(data), size);
     m_position = pos;
