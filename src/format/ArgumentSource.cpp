@@ -163,7 +163,7 @@ bool FormatUtil::valist2FormatParameters(va_list args, FormatParameters* params,
             if (mode.kind == QModeField::kNone)
                 continue;
         }
-        types.set(directive.position, parameterType(directive.letter));
+        types.set(directive.position, directive.conversion->parameter);
     }
     ArgumentCursor cursor(args);
     std::for_each(params, params + count, [&cursor](FormatParameters& parameter) { fetch(parameter, cursor); });

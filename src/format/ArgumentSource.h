@@ -1,35 +1,13 @@
 #pragma once
 
+#include "format/ArgumentCursor.h"
+
 #include <TqOsBase/format/FormatUtil.h>
 
 #include <cstdarg>
 #include <cstdint>
 
 namespace tq::detail {
-
-/// A copy of a va_list that is advanced through a reference to this object, also where a va_list is no array.
-class ArgumentCursor {
-public:
-    explicit ArgumentCursor(va_list args) { va_copy(m_args, args); }
-    ArgumentCursor(const ArgumentCursor&) = delete;
-    ArgumentCursor& operator=(const ArgumentCursor&) = delete;
-    ~ArgumentCursor() { va_end(m_args); }
-
-    // NOLINTBEGIN(clang-analyzer-valist.Uninitialized): the constructor initialises it, out of the checker's sight.
-    int nextInt() { return va_arg(m_args, int); }
-    std::uint32_t nextUnsigned() { return va_arg(m_args, unsigned int); }
-    std::int64_t nextInt64() { return va_arg(m_args, long long); }
-    double nextDouble() { return va_arg(m_args, double); }
-    const wchar_t* nextString() { return va_arg(m_args, const wchar_t*); }
-    template <class T>
-    T* nextPointer() {
-        return va_arg(m_args, T*);
-    }
-    // NOLINTEND(clang-analyzer-valist.Uninitialized)
-
-private:
-    va_list m_args;
-};
 
 /// The array of collected arguments of one call, from the heap.
 class ParameterArray {

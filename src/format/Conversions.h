@@ -1,11 +1,5 @@
 #pragma once
 
-#include "format/ArgumentSource.h"
-#include "format/Directive.h"
-
-/// Room for the text of one conversion, strings excepted.
-inline constexpr int kWorkBufferSize = 2048;
-
 namespace tq::detail {
 
 /// The text of a conversion before padding. It lies in the work buffer, or is the string argument itself.
@@ -16,33 +10,22 @@ struct Rendered {
     bool blankPadded; ///< zero padding is done with blanks
 };
 
-/// An integer whose length is known before it is written.
-struct IntegerText {
-    std::uint64_t magnitude;
-    unsigned base;
-    bool negative;
-    int decimals; ///< digits behind an inserted point, -1 without one
-    int digits;   ///< the zeros that the point needs before it included
-
-    std::int64_t length() const { return std::int64_t{digits} + (decimals >= 0 ? 1 : 0) + (negative ? 1 : 0); }
-    /// Writes all but the sign: length() characters, less one when negative.
-    void writeMagnitude(wchar_t* out) const;
+/// A double with all that decides on its text.
+struct DoubleConversion {
+    double value;
+    wchar_t letter; ///< one of those for doubles; for drawing units `q` or `Q`
+    int qMode;      ///< for drawing units, the Q mode word
+    int precision;  ///< 0 or more; for drawing units the greatest length
+    bool plus;      ///< a `+` before a `f`, and the fixed form of `g`, that has no minus sign
 };
+
+/// Characters that renderDouble needs, at least.
+inline constexpr int kDoubleRoom = 250;
+
+/// Writes the text to `out`, which has `size` characters, at least kDoubleRoom. Throws std::bad_alloc.
+Rendered renderDouble(const DoubleConversion& conversion, wchar_t* out, int size);
 
 } // namespace tq::detail
 
-/// A width or precision, taken from its argument where it is not in the format.
-inline int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments) {
-    return field.isArgument ? arguments.asInt(field.value) : field.value;
-}
-
-/// Fetches the argument of the integer conversion `letter`. With a precision the text gets a decimal point that many
-/// digits from the right.
-tq::detail::IntegerText formatLongUtil(wchar_t letter, int number, tq::detail::ArgumentSource& arguments,
-                                       bool hasPrecision, int precision);
-
-/// Renders a drawing-unit conversion: takes the Q mode word that `mode` describes and then the value. Drops the minus
-/// sign of a text whose digits, up to an exponent, are all 0. Without a word the text is empty and no argument is
-/// taken.
-void formatQModeDoubleUtil(const tq::detail::QModeField& mode, int number, tq::detail::ArgumentSource& arguments,
-                           unsigned precision, wchar_t* text, int textSize, tq::detail::Rendered& result);
+/// Renders a drawing-unit conversion. Drops the minus sign of a text whose digits, up to an exponent, are all 0.
+tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& conversion, wchar_t* text, int textSize);

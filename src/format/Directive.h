@@ -5,7 +5,9 @@
 #include <TqOsBase/format/FormatUtil.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 
 namespace tq::detail {
@@ -14,19 +16,6 @@ namespace tq::detail {
 struct CountField {
     bool isArgument;
     int value; ///< the number, or the position of the argument
-};
-
-/// What stands between `%` and the text that follows, the letter 0 when the format ends before it.
-struct Directive {
-    int position; ///< 1 when none is given
-    bool isBare;  ///< a letter alone
-    bool plus;
-    bool leftJustify;
-    bool zeroPad;
-    bool hasPrecision;
-    CountField width;
-    CountField precision;
-    wchar_t letter;
 };
 
 /// What follows the letter of a drawing-unit directive.
@@ -62,9 +51,54 @@ inline CountField readCount(const wchar_t*& p, bool positional) {
     return {true, positional ? readPosition(p) : 1};
 }
 
-constexpr bool isLetter(wchar_t c) {
-    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
+/// What a letter stands for.
+struct Conversion {
+    std::int8_t parameter; ///< the FormatParameters type of its argument, kParameterUnused when it takes none
+    std::uint8_t base;     ///< of an integer
+    bool isSigned;
+};
+
+inline constexpr std::array<Conversion, 128> kConversions = [] {
+    std::array<Conversion, 128> table{};
+    const auto set = [&table](const char* letters, std::int32_t parameter, int base = 0, bool isSigned = false) {
+        for (; *letters != 0; ++letters)
+            table[static_cast<unsigned char>(*letters)] = {static_cast<std::int8_t>(parameter),
+                                                           static_cast<std::uint8_t>(base), isSigned};
+    };
+    set("di", kParameterInt, 10, true);
+    set("DI", kParameterInt64, 10, true);
+    set("u", kParameterUnsigned, 10);
+    set("U", kParameterInt64, 10);
+    set("o", kParameterUnsigned, 8);
+    set("O", kParameterInt64, 8);
+    // Of a pointer only the low 32 bits are shown.
+    set("xp", kParameterUnsigned, 16);
+    set("X", kParameterInt64, 16);
+    set("b", kParameterUnsigned, 2);
+    set("B", kParameterInt64, 2);
+    set("efgGqQ", kParameterDouble);
+    set("c", kParameterCharacter);
+    set("s", kParameterString);
+    return table;
+}();
+
+constexpr const Conversion& conversionOf(wchar_t letter) {
+    const auto index = static_cast<std::size_t>(letter);
+    return kConversions[index < kConversions.size() ? index : 0];
 }
+
+/// One word for all, because single bytes that are stored one by one and read together make the processor wait.
+enum DirectiveFlag : unsigned { kPlus = 1, kLeftJustify = 2, kZeroPad = 4, kHasPrecision = 8 };
+
+/// What stands between `%` and the text that follows, the letter 0 when the format ends before it.
+struct Directive {
+    int position;   ///< 1 when none is given
+    unsigned flags; ///< DirectiveFlag
+    CountField width;
+    CountField precision;
+    wchar_t letter;
+    const Conversion* conversion; ///< what the letter stands for
+};
 
 constexpr bool isLengthLetter(wchar_t c) {
     return c == L'L' || c == L'h' || c == L'l';
@@ -75,12 +109,11 @@ inline void readFlags(const wchar_t*& p, Directive& directive) {
     const wchar_t first = *p;
     if (first == L'+' || first == L'-') {
         ++p;
-        directive.plus = first == L'+';
-        directive.leftJustify = first == L'-';
+        directive.flags = first == L'+' ? kPlus : kLeftJustify;
         const wchar_t second = first == L'+' ? L'-' : L'+';
         if (*p == second) {
             ++p;
-            directive.plus = directive.leftJustify = true;
+            directive.flags = kPlus | kLeftJustify;
             // After "+-", and only then, a 0 belongs to the width.
             if (first == L'+')
                 return;
@@ -88,20 +121,19 @@ inline void readFlags(const wchar_t*& p, Directive& directive) {
     }
     if (*p == L'0') {
         ++p;
-        directive.zeroPad = true;
+        directive.flags |= kZeroPad;
     }
 }
 
 /// Reads the directive whose `%` stands before `p` and steps past its letter.
 inline Directive parseDirective(const wchar_t*& p, bool positional) {
     constexpr int kDefaultPrecision = 6;
-    Directive directive{1, true, false, false, false, false, {false, 0}, {false, kDefaultPrecision}, *p};
+    Directive directive{1, 0, {false, 0}, {false, kDefaultPrecision}, *p, &conversionOf(*p)};
     // Most directives are a letter alone.
-    if (isLetter(directive.letter) && !isLengthLetter(directive.letter)) {
+    if (directive.conversion->parameter != kParameterUnused) {
         ++p;
         return directive;
     }
-    directive.isBare = false;
     if (positional)
         directive.position = readPosition(p);
     if (*p == L'$')
@@ -110,12 +142,13 @@ inline Directive parseDirective(const wchar_t*& p, bool positional) {
     directive.width = readCount(p, positional);
     if (*p == L'.') {
         ++p;
-        directive.hasPrecision = true;
+        directive.flags |= kHasPrecision;
         directive.precision = readCount(p, positional);
     }
     if (isLengthLetter(*p))
         ++p;
     directive.letter = *p;
+    directive.conversion = &conversionOf(directive.letter);
     if (directive.letter != L'\0')
         ++p;
     return directive;
@@ -132,41 +165,6 @@ inline QModeField readQMode(const wchar_t*& p, bool positional) {
 
 constexpr bool isUnitLetter(wchar_t letter) {
     return letter == L'q' || letter == L'Q';
-}
-
-/// The FormatParameters type of the letter's argument, kParameterUnused when it takes none.
-constexpr std::int32_t parameterType(wchar_t letter) {
-    switch (letter) {
-    case L'd':
-    case L'i':
-        return kParameterInt;
-    case L'b':
-    case L'o':
-    case L'p':
-    case L'u':
-    case L'x':
-        return kParameterUnsigned;
-    case L'B':
-    case L'D':
-    case L'I':
-    case L'O':
-    case L'U':
-    case L'X':
-        return kParameterInt64;
-    case L'e':
-    case L'f':
-    case L'g':
-    case L'G':
-    case L'q':
-    case L'Q':
-        return kParameterDouble;
-    case L'c':
-        return kParameterCharacter;
-    case L's':
-        return kParameterString;
-    default:
-        return kParameterUnused;
-    }
 }
 
 } // namespace tq::detail

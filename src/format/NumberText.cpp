@@ -177,20 +177,20 @@ int writeNotFinite(wchar_t* out, double value) {
 
 } // namespace tq::detail
 
-void formatScienceDoubleUtil(double value, wchar_t conversion, unsigned precision, bool plus, wchar_t* text,
-                             unsigned& length) {
-    const int decimals = static_cast<int>(std::min<unsigned>(precision, tq::detail::kMaxPrecision));
+unsigned formatScienceDoubleUtil(double value, wchar_t conversion, int precision, bool plus, wchar_t* text) {
+    const int decimals = std::min(precision, tq::detail::kMaxPrecision);
     const double magnitude = std::fabs(value);
     // No double lies between 10^-4 and its nearest one, so that the comparison is exact.
-    const bool fixedForm = conversion != L'e' && ((magnitude >= 1e-4 && magnitude < 1e5) || magnitude == 0);
-    length = static_cast<unsigned>(fixedForm ? tq::detail::writeFixed(text, value, decimals, plus)
-                                             : tq::detail::writeScientific(text, value, decimals));
+    const bool fixedForm =
+        conversion == L'f' || (conversion != L'e' && ((magnitude >= 1e-4 && magnitude < 1e5) || magnitude == 0));
+    return static_cast<unsigned>(fixedForm ? tq::detail::writeFixed(text, value, decimals, plus)
+                                           : tq::detail::writeScientific(text, value, decimals));
 }
 
 int FormatScienceDoubleAndOutputString(wchar_t* out, int size, const double& value, int precision) {
     if (out == nullptr || size < 1)
         return -1;
-    wchar_t text[tq::detail::kMaxNumberText + 1];
+    wchar_t text[tq::detail::kNumberRoom];
     int length = size;
     try {
         length = tq::detail::writeFixed(text, value, std::max(precision, 0), false);

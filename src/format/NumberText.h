@@ -1,11 +1,14 @@
 #pragma once
 
+#include "format/DigitText.h"
 #include "format/RoundedDecimal.h"
 
 namespace tq::detail {
 
 /// No fixed or scientific text is longer.
 inline constexpr int kMaxNumberText = 125;
+/// Room that the writers of doubles need: a sign before that text, and what the digit writers may change behind it.
+inline constexpr int kNumberRoom = 1 + kMaxNumberText + kDigitsAtOnce;
 
 /// Fixed notation of a rounded magnitude: as many integer digits as it has, `decimals` more digits (0 or more) but no
 /// more than 16 significant ones; after "-" when `negative`. At most kMaxNumberText characters, the room that `out`
@@ -13,7 +16,7 @@ inline constexpr int kMaxNumberText = 125;
 int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals);
 
 /// "%.*f" of any double: fixed notation without a minus sign before zeros only, or inf, -inf, nan; with `plus` a "+"
-/// before what has no minus sign and is a number. Room for kMaxNumberText + 1 characters; no terminator.
+/// before what has no minus sign and is a number. Room for kNumberRoom characters; no terminator.
 int writeFixed(wchar_t* out, double value, int decimals, bool plus);
 
 /// "%.*e" of any double: as above, with an exponent of three digits and never a "+" in front.
@@ -24,7 +27,7 @@ int writeNotFinite(wchar_t* out, double value);
 
 } // namespace tq::detail
 
-/// The text of `e`, and of `g` and `G`, which take the fixed form for exponents from -4 to 4, where `plus` puts a "+"
-/// before a value that is not negative. `text` has room for kMaxNumberText + 1 characters and gets no terminator.
-void formatScienceDoubleUtil(double value, wchar_t conversion, unsigned precision, bool plus, wchar_t* text,
-                             unsigned& length);
+/// The text of `f`, of `e`, and of `g` and `G`, which take the fixed form for exponents from -4 to 4; in that form
+/// `plus` puts a "+" before a value that is not negative. `text` has room for kNumberRoom characters and gets no
+/// terminator. Returns the length.
+unsigned formatScienceDoubleUtil(double value, wchar_t conversion, int precision, bool plus, wchar_t* text);

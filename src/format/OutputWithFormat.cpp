@@ -2,12 +2,15 @@
 #include "format/Conversions.h"
 #include "format/DigitText.h"
 #include "format/Directive.h"
+#include "format/IntegerText.h"
 #include "format/NumberText.h"
+#include "format/WideOutput.h"
 
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/OutputWithFormat.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cwchar>
 #include <new>
@@ -16,204 +19,133 @@ namespace tq::detail {
 
 namespace {
 
-constexpr int kFillRun = 30;
-// More than the text of any double.
-constexpr std::size_t kMaxRendered = 250;
-
-// The caller's buffer. Each write is refused when it would leave no place for the 0, and is whole or nothing.
-class WideOutput {
-public:
-    WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
-
-    // Copies up to the first character that `ends` the text, or `limit` ones; `text` is left there.
-    template <class Ends>
-    bool putWhile(const wchar_t*& text, std::size_t limit, Ends ends) {
-        const std::size_t most = std::min(room(), limit);
-        std::size_t count = 0;
-        while (count < most && !ends(text[count])) {
-            m_cursor[count] = text[count];
-            ++count;
-        }
-        text += count;
-        if (count != limit && !ends(*text))
-            return false;
-        m_cursor += count;
-        return true;
-    }
-
-    // `write` writes that many characters to the place that it is given.
-    template <class Write>
-    bool put(std::size_t count, Write write) {
-        if (count > room())
-            return false;
-        write(m_cursor);
-        m_cursor += count;
-        return true;
-    }
-
-    bool putDecimal(std::int32_t value) {
-        const auto bits = static_cast<std::uint32_t>(value);
-        const std::uint32_t magnitude = value < 0 ? 0 - bits : bits;
-        const int digits = decimalDigits(std::uint64_t{magnitude} | 1);
-        const int sign = value < 0 ? 1 : 0;
-        const int length = digits + sign;
-        return put(static_cast<std::size_t>(length), [=](wchar_t* out) {
-            *out = L'-';
-            writeDigits(out + sign, magnitude, digits);
-        });
-    }
-
-    // Runs that fit stay when a later one does not.
-    bool fill(wchar_t c, unsigned count) {
-        while (count > 0) {
-            const unsigned run = std::min<unsigned>(count, kFillRun);
-            if (run > room())
-                return false;
-            m_cursor = std::fill_n(m_cursor, run, c);
-            count -= run;
-        }
-        return true;
-    }
-
-    // Without the place of the 0.
-    std::size_t room() const { return static_cast<std::size_t>(m_last - m_cursor); }
-    wchar_t* cursor() const { return m_cursor; }
-    wchar_t* terminate() {
-        *m_cursor = L'\0';
-        return m_cursor;
-    }
-    int written() const { return static_cast<int>(m_cursor - m_begin); }
-
-private:
-    wchar_t* m_begin;
-    wchar_t* m_cursor;
-    wchar_t* m_last;
-};
-
-unsigned shownLength(const wchar_t* text, std::size_t limit) {
-    if (limit == SIZE_MAX)
-        return static_cast<unsigned>(std::wcslen(text));
-    return static_cast<unsigned>(std::find(text, text + limit, L'\0') - text);
+unsigned shownLength(const wchar_t* text, bool isLimited, int limit) {
+    return static_cast<unsigned>(isLimited ? std::find(text, text + std::max(limit, 0), L'\0') - text
+                                           : static_cast<std::ptrdiff_t>(std::wcslen(text)));
 }
 
-// Writes the parts of one directive in their order, padding included; false at the first that does not fit.
+// Writes the text of one directive with its padding; false when it does not fit.
 class DirectiveWriter {
 public:
     DirectiveWriter(WideOutput& output, const Directive& directive, unsigned width)
-        : m_output(output), m_width(width), m_leftJustify(directive.leftJustify), m_zeroPad(directive.zeroPad) {}
+        : m_output(output), m_width(width), m_flags(directive.flags) {}
 
-    bool putInteger(const IntegerText& text) {
-        const std::int64_t length = text.length();
-        if (length >= kWorkBufferSize)
+    bool putInteger(IntegerText text) {
+        if (text.length() >= kWorkBufferSize)
             return false;
-        const auto magnitude = static_cast<unsigned>(length) - (text.negative ? 1 : 0);
-        const auto write = [&text](wchar_t* out) { text.writeMagnitude(out); };
-        return putSigned(text.negative ? L'-' : L'\0', magnitude, m_zeroPad ? L'0' : L' ', write);
+        if (padsWithZeros()) {
+            if (m_width > m_output.room() || m_width >= kWorkBufferSize) [[unlikely]]
+                return putAside(*this, [text](wchar_t* out) { return renderInteger(text, out); });
+            // The zeros are digits like the others.
+            const int others = static_cast<int>(text.count()) - text.digits;
+            text.digits = std::max(text.digits, static_cast<int>(m_width) - others);
+        }
+        const unsigned count = text.count();
+        const auto write = [text](wchar_t* out) { text.write(out); };
+        return putPadded(count, L' ', [&] { return m_output.putNumber(count, write); });
     }
 
-    bool putText(const Rendered& text) {
-        const wchar_t pad = m_zeroPad && !text.blankPadded ? L'0' : L' ';
+    // Where nothing will have to stand in front and there is room for anything.
+    bool takesDoubleInPlace() const { return (m_width == 0 || isLeftJustified()) && m_output.room() >= kDoubleRoom; }
+
+    bool putDoubleAside(const DoubleConversion& conversion) {
+        return putAside(*this, [&conversion](wchar_t* out) { return renderDouble(conversion, out, kWorkBufferSize); });
+    }
+
+    // Zeros go behind a sign, blanks before it.
+    bool putText(Rendered text) {
+        const bool zeros = padsWithZeros() && !text.blankPadded;
         const bool hasSign = text.numeric && text.length > 0 && (*text.start == L'-' || *text.start == L'+');
-        // A text in place has its sign in place too.
-        if (!hasSign || text.start == m_output.cursor())
-            return putUnsigned(text.length, pad, [&text](wchar_t* out) { copy(text.start, text.length, out); });
-        return putSigned(*text.start, text.length - 1, pad,
-                         [&text](wchar_t* out) { copy(text.start + 1, text.length - 1, out); });
+        if (hasSign && zeros && m_width > text.length) {
+            if (!m_output.put(text.start, 1))
+                return false;
+            ++text.start;
+            --text.length;
+            --m_width;
+        }
+        return putPadded(text.length, zeros ? L'0' : L' ', [&] { return m_output.put(text.start, text.length); });
     }
 
 private:
-    static void copy(const wchar_t* text, unsigned length, wchar_t* out) {
-        if (text != out)
-            std::copy_n(text, length, out);
+    bool isLeftJustified() const { return (m_flags & kLeftJustify) != 0; }
+    bool padsWithZeros() const { return (m_flags & (kLeftJustify | kZeroPad)) == kZeroPad; }
+
+    static Rendered renderInteger(const IntegerText& text, wchar_t* out) {
+        text.write(out);
+        return {out, text.count(), true, false};
     }
 
-    bool padsLeft(unsigned length) const { return m_width > length && !m_leftJustify; }
-
-    template <class Write>
-    bool putUnsigned(unsigned length, wchar_t pad, Write write) {
-        if (padsLeft(length))
-            return m_output.fill(pad, m_width - length) && m_output.put(length, write);
-        return m_output.put(length, write) && (m_width <= length || m_output.fill(L' ', m_width - length));
+    // Apart, with the writer as a copy, because it is rare and large.
+    template <class Render>
+    [[gnu::noinline]] static bool putAside(DirectiveWriter writer, Render render) {
+        wchar_t work[kWorkBufferSize + kDigitsAtOnce];
+        return writer.putText(render(work));
     }
 
-    // Zeros go behind the sign, blanks before it. A sign of 0 is none.
-    template <class Write>
-    bool putSigned(wchar_t sign, unsigned length, wchar_t pad, Write write) {
-        if (sign == L'\0')
-            return putUnsigned(length, pad, write);
-        const auto writeSign = [sign](wchar_t* out) { *out = sign; };
-        if (pad == L'0' && padsLeft(length + 1)) {
-            --m_width;
-            return m_output.put(1, writeSign) && putUnsigned(length, pad, write);
-        }
-        return putUnsigned(length + 1, pad, [&](wchar_t* out) {
-            *out = sign;
-            write(out + 1);
-        });
+    template <class Put>
+    bool putPadded(unsigned length, wchar_t pad, Put put) {
+        if (m_width <= length) [[likely]]
+            return put();
+        const unsigned missing = m_width - length;
+        return isLeftJustified() ? put() && m_output.fill(L' ', missing) : m_output.fill(pad, missing) && put();
     }
 
     WideOutput& m_output;
     unsigned m_width;
-    bool m_leftJustify;
-    bool m_zeroPad;
+    unsigned m_flags;
 };
 
-// The text of a directive for a double, in `work`, which has `size` characters, more than kMaxRendered.
-Rendered renderDouble(const Directive& directive, unsigned precision, const wchar_t*& p, ArgumentSource& arguments,
-                      wchar_t* work, int size) {
-    Rendered result{work, 0, true, false};
+// A double and what decides on its text. False, and nothing is taken, for drawing units without a Q mode word.
+bool fetchDouble(const Directive& directive, int precision, const wchar_t*& p, ArgumentSource& arguments,
+                 DoubleConversion& conversion) {
+    conversion = {0, directive.letter, 0, precision, (directive.flags & kPlus) != 0};
     if (isUnitLetter(directive.letter)) {
-        formatQModeDoubleUtil(readQMode(p, arguments.positional()), directive.position, arguments, precision, work,
-                              size, result);
-    } else {
-        const double value = arguments.asDouble(directive.position);
-        if (directive.letter == L'f')
-            result.length = static_cast<unsigned>(writeFixed(work, value, static_cast<int>(precision), directive.plus));
-        else
-            formatScienceDoubleUtil(value, directive.letter, precision, directive.plus, work, result.length);
+        const QModeField mode = readQMode(p, arguments.positional());
+        if (mode.kind == QModeField::kNone)
+            return false;
+        conversion.qMode = mode.kind == QModeField::kWord ? mode.value : arguments.asInt(mode.value);
     }
-    const wchar_t last = result.length != 0 ? result.start[result.length - 1] : L'\0';
-    // inf and nan are the only texts that end so.
-    result.blankPadded = last == L'f' || last == L'n';
-    return result;
+    conversion.value = arguments.asDouble(directive.position);
+    return true;
 }
 
 // Writes what one directive stands for. `p` is behind its letter. False when it does not fit.
 bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*& p, ArgumentSource& arguments) {
     // A negative width is enormous when read without its sign.
     const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
-    const int precision = std::max(getIntFromFormatStrOrValist(directive.precision, arguments), 0);
+    const int precision = getIntFromFormatStrOrValist(directive.precision, arguments);
     DirectiveWriter writer(output, directive, width);
-    const int number = directive.position;
-    switch (parameterType(directive.letter)) {
-    case kParameterInt:
-    case kParameterUnsigned:
-    case kParameterInt64:
-        return writer.putInteger(
-            formatLongUtil(directive.letter, number, arguments, directive.hasPrecision, precision));
-    case kParameterString: {
-        const wchar_t* text = arguments.asString(number);
-        if (text == nullptr)
-            text = L"";
-        const std::size_t limit = directive.hasPrecision ? static_cast<std::size_t>(precision) : SIZE_MAX;
-        if (width == 0)
-            return output.putWhile(text, limit, [](wchar_t c) { return c == L'\0'; });
-        return writer.putText({text, shownLength(text, limit), false, false});
-    }
+    const Conversion& conversion = *directive.conversion;
+    if (conversion.base != 0)
+        return writer.putInteger(formatLongUtil(conversion, directive.position, arguments,
+                                                (directive.flags & kHasPrecision) != 0, precision));
+    wchar_t character = directive.letter;
+    Rendered text{&character, 1, false, false};
+    switch (conversion.parameter) {
     case kParameterDouble: {
-        // In place where nothing will have to stand in front.
-        wchar_t work[kWorkBufferSize];
-        const bool inPlace = (width == 0 || directive.leftJustify) && output.room() >= kMaxRendered;
-        const std::size_t size = inPlace ? std::min<std::size_t>(output.room() + 1, kWorkBufferSize) : kWorkBufferSize;
-        return writer.putText(renderDouble(directive, static_cast<unsigned>(precision), p, arguments,
-                                           inPlace ? output.cursor() : work, static_cast<int>(size)));
+        DoubleConversion shown;
+        if (!fetchDouble(directive, std::max(precision, 0), p, arguments, shown)) {
+            text.length = 0;
+            break;
+        }
+        if (!writer.takesDoubleInPlace())
+            return writer.putDoubleAside(shown);
+        const std::size_t size = std::min<std::size_t>(output.room() + 1, kWorkBufferSize);
+        text = renderDouble(shown, output.cursor(), static_cast<int>(size));
+        break;
     }
-    default: {
-        const bool isCharacter = directive.letter == L'c';
-        const wchar_t c = isCharacter ? static_cast<wchar_t>(arguments.asInt(number)) : directive.letter;
-        return writer.putText({&c, 1, false, false});
+    case kParameterString:
+        text.start = arguments.asString(directive.position);
+        text.length =
+            text.start == nullptr ? 0 : shownLength(text.start, (directive.flags & kHasPrecision) != 0, precision);
+        break;
+    case kParameterCharacter:
+        character = static_cast<wchar_t>(arguments.asInt(directive.position));
+        break;
+    default:
+        break;
     }
-    }
+    return writer.putText(text);
 }
 
 } // namespace
@@ -235,7 +167,7 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
 
     try {
         for (const wchar_t* p = format;;) {
-            if (!output.putWhile(p, SIZE_MAX, [](wchar_t c) { return c == L'%' || c == L'\0'; }))
+            if (!output.putLiteral(p))
                 return finish(0);
             if (*p == L'\0')
                 return finish(output.written());
@@ -243,9 +175,7 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
             const Directive directive = parseDirective(p, arguments.positional());
             if (directive.letter == L'\0')
                 return finish(output.written());
-            const bool isPlain = directive.isBare && directive.letter == L'd';
-            if (!(isPlain ? output.putDecimal(arguments.asInt(directive.position))
-                          : putDirective(output, directive, p, arguments)))
+            if (!putDirective(output, directive, p, arguments))
                 return finish(-1);
         }
     } catch (const std::bad_alloc&) {

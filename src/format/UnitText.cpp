@@ -21,10 +21,10 @@ void UnitWriter::put(std::wstring_view text) {
     m_cursor += text.copy(m_cursor, room());
 }
 
-// `write` writes a number of at most kMaxNumberText + 1 characters and returns their count.
+// `write` writes a number of in kNumberRoom characters and returns the length of its text.
 template <class Write>
 void UnitWriter::putNumber(Write write) {
-    constexpr std::size_t kRoom = kMaxNumberText + 1;
+    constexpr std::size_t kRoom = kNumberRoom;
     if (room() >= kRoom) {
         m_cursor += write(m_cursor);
         return;

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "format/DigitText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+
+/// Room for the text of one conversion, strings excepted.
+inline constexpr int kWorkBufferSize = 2048;
+
+namespace tq::detail {
+
+/// The caller's buffer. Each text is refused when it would leave no place for the 0, and is whole or nothing.
+class WideOutput {
+public:
+    WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
+
+    /// Copies up to the next `%` or the end of the text, where `text` is left.
+    bool putLiteral(const wchar_t*& text) {
+        wchar_t* cursor = m_cursor;
+        for (; *text != L'%' && *text != L'\0'; ++text) {
+            if (cursor == m_last)
+                return false;
+            *cursor++ = *text;
+        }
+        m_cursor = cursor;
+        return true;
+    }
+
+    /// Text that stands in its place already is not copied.
+    bool put(const wchar_t* text, std::size_t count) {
+        if (count > room())
+            return false;
+        if (text != m_cursor)
+            copy(m_cursor, text, count);
+        m_cursor += count;
+        return true;
+    }
+
+    /// `write` writes that many characters, below kWorkBufferSize, to the place that it is given, and may change
+    /// kDigitsAtOnce more.
+    template <class Write>
+    bool putNumber(std::size_t count, Write write) {
+        if (count > room())
+            return false;
+        if (room() - count >= kDigitsAtOnce) [[likely]]
+            write(m_cursor);
+        else
+            writeAside(m_cursor, count, write);
+        m_cursor += count;
+        return true;
+    }
+
+    /// Runs that fit stay when a later one does not.
+    bool fill(wchar_t c, unsigned count) {
+        constexpr unsigned kRun = 30;
+        while (count > 0) {
+            const unsigned run = std::min(count, kRun);
+            if (run > room())
+                return false;
+            m_cursor = std::fill_n(m_cursor, run, c);
+            count -= run;
+        }
+        return true;
+    }
+
+    /// Without the place of the 0.
+    std::size_t room() const { return static_cast<std::size_t>(m_last - m_cursor); }
+    wchar_t* cursor() const { return m_cursor; }
+    wchar_t* terminate() {
+        *m_cursor = L'\0';
+        return m_cursor;
+    }
+    int written() const { return static_cast<int>(m_cursor - m_begin); }
+
+private:
+    // Names and short texts by blocks that overlap: how many are needed is as good as random, so that all are copied.
+    // All are read before the first is written, because the text may lie in the buffer.
+    static void copy(wchar_t* out, const wchar_t* text, std::size_t count) {
+        struct Block {
+            std::uint64_t halves[2];
+        };
+        constexpr std::size_t kInBlock = sizeof(Block) / sizeof(wchar_t);
+        constexpr std::size_t kBlocks = 8;
+        if (count < kInBlock || count > kInBlock * kBlocks) {
+            std::wmemmove(out, text, count);
+            return;
+        }
+        Block blocks[kBlocks];
+        const auto place = [count](std::size_t i) { return std::min(i * kInBlock, count - kInBlock); };
+        for (std::size_t i = 0; i < kBlocks; ++i)
+            std::memcpy(&blocks[i], text + place(i), sizeof(Block));
+        for (std::size_t i = 0; i < kBlocks; ++i)
+            std::memcpy(out + place(i), &blocks[i], sizeof(Block));
+    }
+
+    // Not a member function: the cursor stays in a register.
+    template <class Write>
+    [[gnu::noinline]] static void writeAside(wchar_t* cursor, std::size_t count, Write write) {
+        wchar_t text[kWorkBufferSize + kDigitsAtOnce];
+        write(text);
+        std::wmemcpy(cursor, text, count);
+    }
+
+    wchar_t* m_begin;
+    wchar_t* m_cursor;
+    wchar_t* m_last;
+};
+
+} // namespace tq::detail
