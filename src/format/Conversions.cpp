@@ -32,8 +32,9 @@ tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& c
         --length;
         std::wmemmove(text, text + 1, length);
     }
-    // An unknown mode shows the sign at most.
-    return {text, length, length != 0, length > 1 && !tq::detail::isFinite(conversion.value)};
+    // inf and nan, which a large angle becomes too, are the only texts that end so.
+    const wchar_t last = length != 0 ? text[length - 1] : L'\0';
+    return {text, length, length != 0, last == L'f' || last == L'n'};
 }
 
 tq::detail::Rendered tq::detail::renderDouble(const DoubleConversion& conversion, wchar_t* out, int size) {
