@@ -5,6 +5,7 @@
 #include <TqOsBase/format/QMode.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cmath>
 
@@ -46,14 +47,20 @@ int precisionForLength(unsigned maxLength) {
     return length >= 7 ? length - 5 : 0;
 }
 
+constexpr std::array<double, tq::detail::kLastSmallPower + 1> kDecimalFractions = [] {
+    std::array<double, tq::detail::kLastSmallPower + 1> fractions{};
+    for (std::size_t i = 0; i < fractions.size(); ++i)
+        fractions[i] = 1 / static_cast<double>(tq::detail::kSmallPowersOfTen[i]);
+    return fractions;
+}();
+
 // 10^(4 - precision), for a precision that shows seconds.
 double carryTolerance(int precision) {
     const int decimals = precision - kSecondDecimalsFrom;
     if (decimals < 0)
         return 10;
-    return decimals <= tq::detail::kLastSmallPower
-               ? 1 / static_cast<double>(tq::detail::kSmallPowersOfTen[static_cast<std::size_t>(decimals)])
-               : std::pow(10.0, -decimals);
+    return decimals <= tq::detail::kLastSmallPower ? kDecimalFractions[static_cast<std::size_t>(decimals)]
+                                                   : std::pow(10.0, -decimals);
 }
 
 class AngleText {
@@ -81,8 +88,12 @@ public:
     }
 
     void writeDegreesMinutesSeconds(double& angle) {
-        const Split split = splitAngle(angle, m_maxLength);
-        writeSplit(split);
+        // Finite in radians, but not in degrees.
+        if (!std::isfinite(angle * kDegreesPerRadian)) {
+            m_writer.putFixed(angle * kDegreesPerRadian, 0);
+            return;
+        }
+        writeSplit(splitAngle(angle, m_maxLength));
     }
 
     void writeBearing(double& angle) {

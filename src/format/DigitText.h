@@ -24,6 +24,10 @@ inline constexpr std::array<WideDigitPair, 100> kWideDigitPairs = [] {
     return pairs;
 }();
 
+inline void writeDigitPair(wchar_t* out, std::uint64_t pair) {
+    std::memcpy(out, &kWideDigitPairs[pair], sizeof(WideDigitPair));
+}
+
 /// Bits behind the point of a fraction whose integer part is a pair of digits.
 inline constexpr int kPairShift = 57;
 
@@ -41,7 +45,7 @@ inline constexpr std::array<std::uint64_t, 11> kPairScales = [] {
 template <int pairCount>
 inline void writePairs(wchar_t* out, std::uint64_t fraction) {
     for (int i = 0; i < pairCount; ++i) {
-        std::memcpy(out + 2 * i, &kWideDigitPairs[fraction >> kPairShift], sizeof(WideDigitPair));
+        writeDigitPair(out + 2 * i, fraction >> kPairShift);
         fraction = (fraction & ((std::uint64_t{1} << kPairShift) - 1)) * 100;
     }
 }

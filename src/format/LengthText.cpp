@@ -5,6 +5,7 @@
 #include <TqOsBase/format/QMode.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cwchar>
 
@@ -23,7 +24,7 @@ constexpr unsigned kScientificFrame = 6;
 // Engineering and architectural units show feet; fractional units count all in inches.
 class InchText {
 public:
-    InchText(UnitWriter& writer, int unitMode, int flags, int precision)
+    InchText(const UnitWriter& writer, int unitMode, int flags, int precision)
         : m_writer(writer), m_unitMode(unitMode), m_flags(flags), m_precision(std::max(precision, 0)),
           m_dash(isDashBitSet(flags)) {}
 
@@ -32,15 +33,17 @@ public:
         if (showsFeet() && length >= kSmallestWithFeet)
             feet = static_cast<std::int64_t>(length / kInchesPerFoot);
         // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
-        const double inches = length - kInchesPerFoot * static_cast<double>(feet);
+        double inches = length - kInchesPerFoot * static_cast<double>(feet);
         wchar_t* const start = m_writer.here();
-        wchar_t* inchText = writeOnce(feet, inches);
-        if (!showsFeet())
-            return;
-        // Rounding may have made 12 inches of less: one foot more.
-        if (m_writer.from(inchText).size() >= 2 && inchText[0] == L'1' && inchText[1] == L'2') {
+        wchar_t* inchText = nullptr;
+        for (;; ++feet, inches = 0) {
+            inchText = writeOnce(feet, inches);
+            if (!showsFeet())
+                return;
+            // Rounding may have made 12 inches of less: one foot more.
+            if (m_writer.from(inchText).size() < 2 || inchText[0] != L'1' || inchText[1] != L'2')
+                break;
             m_writer.endAt(start);
-            inchText = writeOnce(feet + 1, 0);
         }
         if (m_wroteFeet && inchText == m_writer.here()) {
             if (inchText != start && inchText[-1] == L'-')
@@ -51,6 +54,7 @@ public:
     }
 
     bool stacked() const { return m_stacked; }
+    const UnitWriter& writer() const { return m_writer; }
 
 private:
     bool showsFeet() const { return m_unitMode != kLinearFractional; }
@@ -90,9 +94,10 @@ private:
             numerator = 0;
             ++wholeInches;
         }
-        while (numerator != 0 && numerator % 2 == 0) {
-            numerator /= 2;
-            --power;
+        if (numerator != 0) {
+            const int halvings = std::countr_zero(static_cast<std::uint64_t>(numerator));
+            numerator >>= halvings;
+            power -= halvings;
         }
         const bool suppressed = m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0;
         if (wholeInches != 0 || (numerator == 0 && !suppressed)) {
@@ -125,7 +130,8 @@ private:
         m_writer.put(L";}");
     }
 
-    UnitWriter& m_writer;
+    // A copy, which stays in registers.
+    UnitWriter m_writer;
     int m_unitMode;
     int m_flags;
     int m_precision;
@@ -223,5 +229,6 @@ unsigned doFormatQModeInchUnitInte(tq::detail::UnitWriter& writer, int unitMode,
                                    int precision) {
     tq::detail::InchText text(writer, unitMode, flags, precision);
     text.write(inches);
+    writer = text.writer();
     return text.stacked() ? kStackedFractionLength : writer.length();
 }
