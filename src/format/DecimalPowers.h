@@ -25,10 +25,7 @@ constexpr UInt128 widePowerOfTen(int exponent) {
 
 /// Number of decimal digits of `value`, 0 for 0.
 inline int decimalDigits(std::uint64_t value) {
-    // The exponent of a double is the position of the highest bit; the processor's own instruction for that is slow on
-    // many. Half the value is never negative as a signed number, and with the lowest bit set it is never 0.
-    const auto half = static_cast<double>(static_cast<std::int64_t>(value >> 1 | 1));
-    const int width = exponentField(half) - kExponentBias + 2;
+    const int width = 64 - std::countl_zero(value | 1);
     // 1233 / 2^12 approximates log10(2) well enough for 64 bits: the estimate is right or one too low.
     const int low = width * 1233 >> 12;
     return low + static_cast<int>(value >= kSmallPowersOfTen[static_cast<std::size_t>(low)]);
