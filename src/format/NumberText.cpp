@@ -36,9 +36,10 @@ struct EverydayNumber {
     std::uint64_t integer() const { return significand >> shift; }
     // That many decimals, up to 16, as an integer; exact halves away from zero. May be all of 10^decimals.
     std::uint64_t fraction(int decimals) const {
-        const std::uint64_t bits = significand & ((std::uint64_t{1} << shift) - 1);
-        const UInt128 product = UInt128{bits} * kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
-        return static_cast<std::uint64_t>(product >> shift) + (static_cast<std::uint64_t>(product >> (shift - 1)) & 1);
+        // With the point before the highest bit, the product has it between its two words.
+        const UInt128 product =
+            UInt128{significand << (64 - shift)} * kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
+        return static_cast<std::uint64_t>(product >> 64) + (static_cast<std::uint64_t>(product) >> 63);
     }
 };
 
@@ -163,10 +164,10 @@ int writeScientific(wchar_t* out, double value, int decimals) {
     p += shown > 0 ? 2 + shown : 1;
     *p++ = L'E';
     *p++ = rounded.exponent < 0 ? L'-' : L'+';
-    // Three digits, zeros before them included.
-    constexpr int kExponentDigits = 3;
-    writeDigits(p, static_cast<unsigned>(std::abs(rounded.exponent)), kExponentDigits);
-    return static_cast<int>(p + kExponentDigits - out);
+    const auto exponent = static_cast<unsigned>(std::abs(rounded.exponent));
+    *p++ = static_cast<wchar_t>(L'0' + exponent / 100);
+    writeDigitPair(p, exponent % 100);
+    return static_cast<int>(p + 2 - out);
 }
 
 int writeNotFinite(wchar_t* out, double value) {
