@@ -8,6 +8,8 @@
 #include <climits>
 #include <cwctype>
 #include <initializer_list>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -132,6 +134,43 @@ TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) 
     }
 }
 
+// In place, where digits may be written behind the text, and at the end of a page, where they may not.
+TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
+    reference::GuardedBuffer<wchar_t> guarded(256);
+    const auto expectBoth = [&guarded](const std::wstring& wanted, const wchar_t* directive, auto... arguments) {
+        ASSERT_EQ(format(directive, arguments...), wanted);
+        const Attempt exact = formatInto(guarded, static_cast<int>(wanted.size()) + 1, directive, arguments...);
+        ASSERT_EQ(exact.text, wanted);
+        ASSERT_EQ(exact.result, static_cast<int>(wanted.size()));
+    };
+    std::vector<unsigned long long> values{0, ULLONG_MAX, LLONG_MAX, 1ULL << 63};
+    for (unsigned long long power = 1; power <= ULLONG_MAX / 10; power *= 10)
+        values.insert(values.end(), {power - 1, power, power + 1, power * 10 - 1, power * 2 / 3, power / 7 * 9});
+    std::mt19937_64 random(17);
+    for (int i = 0; i < 2000; ++i)
+        values.push_back(random() >> (random() % 64));
+    for (const unsigned long long value : values) {
+        const auto low = static_cast<unsigned>(value);
+        expectBoth(std::to_wstring(value), L"%U", value);
+        expectBoth(std::to_wstring(static_cast<long long>(value)), L"%D", value);
+        expectBoth(std::to_wstring(low), L"%u", low);
+        expectBoth(std::to_wstring(static_cast<int>(low)), L"%d", low);
+        expectBoth(digitsIn(value, 16), L"%X", value);
+        expectBoth(padded(digitsIn(low, 16), 8, false, true, true), L"%08x", low);
+        for (const int width : {9, 11, 16, 17, 21, 40})
+            expectBoth(padded(std::to_wstring(static_cast<long long>(value)), width, false, true, true), L"%0*D", width,
+                       value);
+    }
+    reference::GuardedBuffer<wchar_t> source(80);
+    for (std::size_t length = 0; length < 80; ++length) {
+        std::wstring text;
+        while (text.size() < length)
+            text += static_cast<wchar_t>(L'A' + random() % 50);
+        expectBoth(text, L"%s", source.place(text.c_str(), length + 1));
+        expectBoth(L"<" + text.substr(0, 33) + L">", L"<%.33s>", text.c_str());
+    }
+}
+
 TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
     const struct {
         const wchar_t* format;
@@ -163,6 +202,13 @@ TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
     // The limit is what keeps a string without a terminator from being read too far.
     reference::GuardedBuffer<wchar_t> guarded(4);
     EXPECT_EQ(format(L"%.3s", guarded.place(L"abc", 3)), L"abc");
+}
+
+TEST(OutputWithFormat, TakesMoreArgumentsThanRegistersHold) {
+    const wchar_t* const text = L"x";
+    EXPECT_EQ(format(L"%d %s %.1f %D %d %s %.1f %.1f %u %.1f %.1f %.1f %.1f %.1f %.1f %d %.1f %s", 1, text, 1.5, 2LL, 3,
+                     text, 2.5, 3.5, 4U, 4.5, 5.5, 6.5, 7.5, 8.5, 9.5, 5, 10.5, text),
+              L"1 x 1.5 2 3 x 2.5 3.5 4 4.5 5.5 6.5 7.5 8.5 9.5 5 10.5 x");
 }
 
 TEST(OutputWithFormat, TakesArgumentsByPosition) {
