@@ -54,7 +54,7 @@ public:
     }
 
     bool stacked() const { return m_stacked; }
-    const UnitWriter& writer() const { return m_writer; }
+    wchar_t* end() const { return m_writer.here(); }
 
 private:
     bool showsFeet() const { return m_unitMode != kLinearFractional; }
@@ -229,6 +229,6 @@ unsigned doFormatQModeInchUnitInte(tq::detail::UnitWriter& writer, int unitMode,
                                    int precision) {
     tq::detail::InchText text(writer, unitMode, flags, precision);
     text.write(inches);
-    writer = text.writer();
+    writer.endAt(text.end());
     return text.stacked() ? kStackedFractionLength : writer.length();
 }
