@@ -42,9 +42,9 @@ inline constexpr std::array<std::uint64_t, 11> kPairScales = [] {
 }();
 
 /// Writes pairs of digits, the first one from the bits before the point; each next one comes there by a multiplication.
-template <int pairCount>
+template <std::size_t pairCount>
 inline void writePairs(wchar_t* out, std::uint64_t fraction) {
-    for (int i = 0; i < pairCount; ++i) {
+    for (std::size_t i = 0; i < pairCount; ++i) {
         writeDigitPair(out + 2 * i, fraction >> kPairShift);
         fraction = (fraction & ((std::uint64_t{1} << kPairShift) - 1)) * 100;
     }
@@ -89,7 +89,7 @@ inline constexpr std::array<WideDigitPair, 256> kWideHexPairs = [] {
 
 /// The eight digits of a value in hexadecimal.
 inline void writeEightHexDigits(wchar_t* out, std::uint32_t value) {
-    for (int i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i)
         std::memcpy(out + 2 * i, &kWideHexPairs[value >> (24 - 8 * i) & 0xFF], sizeof(WideDigitPair));
 }
 

@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace tq::detail {
 
@@ -60,10 +61,10 @@ struct Conversion {
 
 inline constexpr std::array<Conversion, 128> kConversions = [] {
     std::array<Conversion, 128> table{};
-    const auto set = [&table](const char* letters, std::int32_t parameter, int base = 0, bool isSigned = false) {
-        for (; *letters != 0; ++letters)
-            table[static_cast<unsigned char>(*letters)] = {static_cast<std::int8_t>(parameter),
-                                                           static_cast<std::uint8_t>(base), isSigned};
+    const auto set = [&table](std::string_view letters, std::int32_t parameter, int base = 0, bool isSigned = false) {
+        for (const char letter : letters)
+            table[static_cast<unsigned char>(letter)] = {static_cast<std::int8_t>(parameter),
+                                                         static_cast<std::uint8_t>(base), isSigned};
     };
     set("di", kParameterInt, 10, true);
     set("DI", kParameterInt64, 10, true);
@@ -83,6 +84,7 @@ inline constexpr std::array<Conversion, 128> kConversions = [] {
 }();
 
 constexpr const Conversion& conversionOf(wchar_t letter) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): no char; a negative one is meant to be beyond the table.
     const auto index = static_cast<std::size_t>(letter);
     return kConversions[index < kConversions.size() ? index : 0];
 }
