@@ -1,6 +1,5 @@
 #pragma once
 
-#include "fltcvt/DoubleBits.h"
 #include "fltcvt/PowersOfTen.h"
 #include "fltcvt/WideMath.h"
 

@@ -256,6 +256,7 @@ TEST_F(UnitText, ShowsAnglesInEveryModeAndFlag) {
         {-1, -1, 4, 0, kQTypeRelativeAngle, L"-"},
         {kAngularSurveyor, -kInfinity, 4, 0, kQTypeAngle, L"-inf"},
         {kAngularDegreesMinutesSeconds, kInfinity, 4, 0, kQTypeAngle, L"inf"},
+        {kAngularDegreesMinutesSeconds, -1e308, 4, 0, kQTypeRelativeAngle, L"-inf"},
         {kAngularGrads, std::nan(""), 4, 0, kQTypeRelativeAngle, L"nan"},
     };
     for (const auto& row : rows) {
