@@ -4,6 +4,7 @@
 #include "fltcvt/PowersOfTen.h"
 #include "fltcvt/SixteenDigits.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace tq::detail {
@@ -27,6 +28,14 @@ inline int digitCount(std::uint64_t value) noexcept {
 
 /// Characters that the writers below may use, whatever the number of digits.
 inline constexpr int kDigitWriterRoom = kMaxFastDigits;
+
+/// Writes sixteen digits and one more, no terminator. Returns the number of digits up to the last that is not 0.
+inline int writeSeventeen(char* out, std::uint64_t sixteen, unsigned last) noexcept {
+    const SixteenDigits digits(sixteen);
+    digits.store(out);
+    out[kMaxFastDigits - 1] = static_cast<char>('0' + last);
+    return std::max(digits.significant(), last != 0 ? kMaxFastDigits : 0);
+}
 
 /// Writes the digits of a value above 0, `length` of them, up to kMaxFastDigits, then zeros; no terminator. Returns the
 /// number of digits up to the last that is not 0.

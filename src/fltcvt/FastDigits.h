@@ -1,7 +1,7 @@
 #pragma once
 
-// The shortest digits follow R. Giulietti, "The Schubfach way to render doubles" (2020). The rounded digits scale in
-// the same way and decide by the distance of the fraction from one half.
+// All scale as R. Giulietti, "The Schubfach way to render doubles" (2020), does, and decide by the fraction of what
+// comes out, where that is clear.
 
 #include "fltcvt/DoubleBits.h"
 #include "fltcvt/PowersOfTen.h"
@@ -12,14 +12,8 @@
 
 namespace tq::detail {
 
-/// Decimal digits of doubles by one multiplication with a 128-bit power of ten: exact where they give an answer. They
+/// Decimal digits of doubles by one multiplication with a 128-bit power of ten: right where they give an answer. They
 /// share no state and allocate nothing, so they may be called from several threads.
-
-/// value = digits * 10^exponent.
-struct ShortDecimal {
-    std::uint64_t digits;
-    int exponent;
-};
 
 namespace scaling {
 
@@ -27,12 +21,6 @@ namespace scaling {
 inline constexpr int kMinShift = 7;
 
 inline constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-
-// The integer part of product / 2^128 with the lowest bit set when there is a fraction. The power of ten is less than
-// one unit too large, hence the middle word at most 1; the paper shows that no other fraction is that small.
-inline std::uint64_t roundToOdd(const UInt192& product) noexcept {
-    return product.high | (product.middle() > 1 ? 1 : 0);
-}
 
 // A positive double as significand * 2^exponent with the highest bit of the significand set.
 struct Normalised {
@@ -89,40 +77,51 @@ inline bool tryScale(const Normalised& v, int power, std::uint64_t& out) noexcep
 
 } // namespace scaling
 
-/// The shortest decimal that reads back to `v`, the one closest to `v` of several, the even one of two equally close.
-/// `v` is finite and above 0. At most 17 digits; they may end with zeros.
-inline ShortDecimal shortestDigits(double v) noexcept {
-    using scaling::roundToOdd;
-    // Scaled by 10^-k, the interval that reads back to v is between 1 and 10 wide; two more bits are kept.
+/// Seventeen digits: value = 0.d1d2d3... * 10^point. The first is not 0, others may be.
+struct SeventeenDigits {
+    std::uint64_t sixteen; ///< All but the last.
+    unsigned last;
+    int point;
+};
+
+/// The shortest decimal that reads back to `v`, the one closest to `v` of several. `v` is finite and above 0. Returns
+/// false, with `out` unspecified, when 64 bits of the fraction do not decide, and where the interval that reads back is
+/// not symmetrical or the digits may be few: for powers of two and subnormals.
+inline bool tryShortestDigits(double v, SeventeenDigits& out) noexcept {
+    // Fractions below are in units of 2^-kUnitBits; they are off by less than two of them.
+    constexpr int kUnitBits = 60;
+    constexpr std::uint64_t kTen = std::uint64_t{10} << kUnitBits;
+    constexpr std::uint64_t kDoubt = 16;
+    const auto isDoubtful = [](std::uint64_t difference) { return difference + kDoubt < 2 * kDoubt; };
+
     const DoubleParts parts(v);
     const std::uint64_t c = parts.significand;
-    const bool isLowerCloser = parts.isLowerNeighbourCloser();
-    const int k = isLowerCloser ? floorLog10OfThreeQuarters(parts.exponent) : floorLog10OfPowerOfTwo(parts.exponent);
+    if (c <= kHiddenBit) [[unlikely]]
+        return false;
+    // Scaled by 10^-k, half the interval is between 0.5 and 5 wide. So the nearest integer is inside, and of the
+    // multiples of ten none or one.
+    const int k = floorLog10OfPowerOfTwo(parts.exponent);
     const int h = parts.exponent + floorLog2OfPowerOfTen(-k) + 1;
     const PowerOfTen& power = powerOfTen(-k);
+    const UInt192 product = multiply(c << h, power.high, power.low);
+    const std::uint64_t tens = product.high / 10;
+    const std::uint64_t ones = product.high - 10 * tens;
+    const std::uint64_t rest = ones << kUnitBits | product.middle() >> (64 - kUnitBits);
+    const std::uint64_t half = power.high >> (64 - kUnitBits + 1 - h);
+    if (isDoubtful(rest - half) || isDoubtful(rest + half - kTen) || isDoubtful(product.middle() - scaling::kHalf))
+        [[unlikely]]
+        return false;
 
-    const UInt192 product = multiply(c << (h + 2), power.high, power.low);
-    const auto scaledPower = [&power](int shift) -> UInt192 {
-        return {power.high >> (64 - shift), (UInt128{power.high} << 64 | power.low) << shift};
-    };
-    const UInt192 halfUlp = scaledPower(h + 1);
-    const std::uint64_t isOdd = c & 1;
-    const std::uint64_t value = roundToOdd(product);
-    const std::uint64_t lower = roundToOdd(product - (isLowerCloser ? scaledPower(h) : halfUlp)) + isOdd;
-    const std::uint64_t upper = roundToOdd(product + halfUlp) - isOdd;
-
-    // Without branches: which one it is is as good as random. One multiple of ten at most is inside.
-    const std::uint64_t s = value / 4;
-    const std::uint64_t tens = s / 10;
-    const std::uint64_t isTensInside = lower <= 40 * tens ? 1 : 0;
-    const std::uint64_t isNextTensInside = 40 * tens + 40 <= upper ? 1 : 0;
-    const std::uint64_t isInside = lower <= 4 * s ? 1 : 0;
-    const std::uint64_t isNextInside = 4 * s + 4 <= upper ? 1 : 0;
-    const std::uint64_t isNextNearer = value + (s & 1) > 4 * s + 2 ? 1 : 0;
-    const std::uint64_t isOneInside = isInside ^ isNextInside;
-    const std::uint64_t nearest = s + ((isNextInside & isOneInside) | (isNextNearer & ~isOneInside));
-    const std::uint64_t isTens = isTensInside ^ isNextTensInside;
-    return {nearest ^ ((nearest ^ (tens + isNextTensInside)) & (0 - isTens)), k + static_cast<int>(isTens)};
+    // Without branches: which one it is is as good as random.
+    const std::uint64_t isNextTens = rest + half > kTen ? 1 : 0;
+    const std::uint64_t isTens = isNextTens | (rest < half ? 1 : 0);
+    const std::uint64_t upper = tens + isNextTens;
+    const std::uint64_t last = (ones + (product.middle() >> 63)) & (isTens - 1);
+    const std::uint64_t isSixteen = (upper - kSmallPowersOfTen[15]) >> 63; // digits in all
+    out.sixteen = upper + ((9 * upper + last) & (0 - isSixteen));
+    out.last = static_cast<unsigned>(last & (isSixteen - 1));
+    out.point = k + 17 - static_cast<int>(isSixteen);
+    return true;
 }
 
 /// `v`, finite and above 0, correctly rounded to `digits` significant decimal digits, 1 to 17. On success `out` holds

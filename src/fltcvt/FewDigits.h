@@ -3,6 +3,7 @@
 #include "fltcvt/DigitWriter.h"
 #include "fltcvt/Digits.h"
 #include "fltcvt/FastDigits.h"
+#include "fltcvt/ShortestDigits.h"
 
 namespace tq::detail {
 
@@ -19,9 +20,11 @@ inline bool isSubnormal(double v) noexcept {
 }
 
 inline bool writeShortest(double v, char* out, DigitLayout& layout) noexcept {
-    const ShortDecimal decimal = shortestDigits(v);
-    const int length = digitCount(decimal.digits);
-    layout = {writeDigits(out, decimal.digits, length), decimal.exponent + length};
+    SeventeenDigits digits;
+    if (tryShortestDigits(v, digits)) [[likely]]
+        layout = {writeSeventeen(out, digits.sixteen, digits.last), digits.point};
+    else
+        layout = shortestDigits(v, out);
     return true;
 }
 

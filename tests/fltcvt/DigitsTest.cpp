@@ -109,9 +109,24 @@ TEST(Digits, AllOfThemComeOut) {
 // The fast conversions alone: certain nearly always, and right whenever they say so.
 TEST(Digits, FastConversionsDecide) {
     int undecided = 0;
+    int undecidedShortest = 0;
     const std::vector<double> values = number_test::vectors(2000);
     for (const double v : values) {
         const Decimal exact = reference::Binary(std::bit_cast<std::uint64_t>(v)).exact();
+        const Decimal shortest = reference::shortest(v);
+        tq::detail::SeventeenDigits fast;
+        if (tq::detail::tryShortestDigits(v, fast)) {
+            Decimal result{std::to_string(fast.sixteen) + std::to_string(fast.last), fast.point};
+            ASSERT_EQ(result.digits.size(), 17U);
+            result.trim();
+            ASSERT_EQ(result, shortest) << std::hexfloat << v;
+        } else if (tq::detail::DoubleParts(v).significand > tq::detail::kHiddenBit) {
+            ++undecidedShortest;
+        }
+        char text[tq::detail::kDigitRoom];
+        const DigitLayout layout = tq::detail::shortestDigits(v, text);
+        ASSERT_EQ((Decimal{std::string(text, static_cast<std::size_t>(layout.count)), layout.point}), shortest)
+            << std::hexfloat << v;
         for (int count = 1; count <= tq::detail::kMaxFastDigits; ++count) {
             std::uint64_t digits = 0;
             int exponent = 0;
@@ -126,6 +141,7 @@ TEST(Digits, FastConversionsDecide) {
         }
     }
     EXPECT_LT(undecided, static_cast<int>(values.size()) * tq::detail::kMaxFastDigits / 100);
+    EXPECT_LT(undecidedShortest, static_cast<int>(values.size()) / 100);
 }
 
 TEST(Digits, SixteenAtOnce) {
