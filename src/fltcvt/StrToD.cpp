@@ -1,4 +1,5 @@
 #include "fltcvt/DoubleBits.h"
+#include "fltcvt/EightCharacters.h"
 #include "fltcvt/ExactRead.h"
 #include "fltcvt/FastRead.h"
 
@@ -11,7 +12,9 @@
 namespace {
 
 using tq::detail::DigitSpan;
+using tq::detail::EightCharacters;
 using tq::detail::kInfinityBits;
+using tq::detail::kSmallPowersOfTen;
 using tq::detail::ReadResult;
 
 /// Any number of so many digits fits 64 bits.
@@ -30,10 +33,32 @@ bool isSpace(Char c) {
 }
 
 template <class Char>
-const Char* readDigits(const Char* p, std::uint64_t& value) {
+struct DigitRun {
+    const Char* end; ///< The first character that is not a digit.
+    std::uint64_t value;
+};
+
+// Appends the digits at `p` to `value`. The processor guesses how many there are and reads on meanwhile: best where the
+// numbers of a text are alike, as their integer parts mostly are.
+template <class Char>
+DigitRun<Char> readDigits(const Char* p, std::uint64_t value) {
     for (unsigned digit; (digit = digitOf(*p)) <= 9; ++p)
         value = value * 10 + digit;
-    return p;
+    return {p, value};
+}
+
+// The same without branches for the number of digits: best where that is as good as random, as behind the point.
+template <class Char>
+[[gnu::always_inline]] inline DigitRun<Char> readFraction(const Char* p, std::uint64_t value) {
+    for (; EightCharacters::mayStartAt(p); p += EightCharacters::kCount) {
+        const EightCharacters characters(p);
+        if (!characters.areDigits()) {
+            const int count = characters.digitCount();
+            return {p + count, value * kSmallPowersOfTen[static_cast<std::size_t>(count)] + characters.value(count)};
+        }
+        value = value * kSmallPowersOfTen[EightCharacters::kCount] + characters.value();
+    }
+    return readDigits(p, value);
 }
 
 // The exponent behind `p`, which is at its "e"; moves `p` behind it when it has digits.
@@ -72,17 +97,9 @@ std::uint64_t decide(const DigitSpan<Char>& span, std::uint64_t lower) {
     return lower + (order > 0 || (order == 0 && (lower & 1) != 0) ? 1 : 0);
 }
 
-// The digits from the first that is not 0.
-template <class Char>
-DigitSpan<Char> significantDigits(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent) {
-    while (begin != end && (*begin == '0' || begin == point))
-        ++begin;
-    return {begin, end, point != nullptr && point > begin ? point : nullptr, lastExponent};
-}
-
 // Numbers of many digits, and those that may lie halfway between two doubles.
 template <class Char>
-std::uint64_t readUncommon(const DigitSpan<Char>& span) {
+std::uint64_t uncommonBits(const DigitSpan<Char>& span) {
     const std::int64_t count = span.end - span.first - (span.point != nullptr ? 1 : 0);
     const std::int64_t cut = count > kSafeDigits ? count - kSafeDigits : 0;
     const std::uint64_t leading = leadingDigits(span);
@@ -95,8 +112,27 @@ std::uint64_t readUncommon(const DigitSpan<Char>& span) {
     return isDecided ? lower.bits : decide(span, lower.bits);
 }
 
-double signedDouble(std::uint64_t bits, bool isNegative) {
-    return std::bit_cast<double>(bits | (isNegative ? tq::detail::kSignBit : 0));
+[[gnu::noinline]] double outOfRange(std::uint64_t bits) {
+    errno = ERANGE;
+    return std::bit_cast<double>(bits);
+}
+
+double signedDouble(std::uint64_t bits, std::uint64_t signBit) {
+    if (bits == 0 || bits == kInfinityBits) [[unlikely]]
+        return outOfRange(bits | signBit);
+    return std::bit_cast<double>(bits | signBit);
+}
+
+// From `begin` to `end` there are digits, at least one, and the point, unless that is null.
+template <class Char>
+[[gnu::noinline]] double readUncommon(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent,
+                                      std::uint64_t signBit) {
+    while (begin != end && (*begin == '0' || begin == point))
+        ++begin;
+    if (begin == end)
+        return std::bit_cast<double>(signBit);
+    const bool hasPoint = point != nullptr && point > begin;
+    return signedDouble(uncommonBits(DigitSpan<Char>{begin, end, hasPoint ? point : nullptr, lastExponent}), signBit);
 }
 
 template <class Char>
@@ -104,47 +140,36 @@ double readNumber(const Char* text, Char** end) {
     const Char* p = text;
     while (isSpace(*p))
         ++p;
-    const bool isNegative = *p == '-';
-    if (isNegative || *p == '+')
+    const std::uint64_t signBit = *p == '-' ? tq::detail::kSignBit : 0;
+    if (*p == '-' || *p == '+')
         ++p;
 
-    const Char* const begin = p;
-    std::uint64_t significand = 0;
-    p = readDigits(p, significand);
+    DigitRun<Char> run = readDigits(p, 0);
     const Char* point = nullptr;
     std::int64_t exponent = 0;
-    if (*p == '.') {
-        point = p;
-        p = readDigits(p + 1, significand);
-        exponent = point + 1 - p;
+    if (*run.end == '.') {
+        point = run.end;
+        run = readFraction(point + 1, run.value);
+        exponent = point + 1 - run.end;
     }
-    const std::int64_t count = p - begin - (point != nullptr ? 1 : 0);
+    const std::int64_t count = run.end - p - (point != nullptr ? 1 : 0);
     if (count == 0) {
         if (end != nullptr)
             *end = const_cast<Char*>(text);
         return 0.0;
     }
-    const Char* const digitsEnd = p;
-    if (*p == 'e' || *p == 'E')
-        exponent += readExponent(p);
+    const Char* numberEnd = run.end;
+    if (*numberEnd == 'e' || *numberEnd == 'E')
+        exponent += readExponent(numberEnd);
     if (end != nullptr)
-        *end = const_cast<Char*>(p);
+        *end = const_cast<Char*>(numberEnd);
 
-    ReadResult result{0, false};
-    if (count <= kSafeDigits) [[likely]] {
-        if (significand == 0)
-            return signedDouble(0, isNegative);
-        result = tq::detail::nearestDouble(significand, exponent);
+    if (count <= kSafeDigits && run.value != 0) [[likely]] {
+        const ReadResult result = tq::detail::nearestDouble(run.value, exponent);
+        if (result.isCertain) [[likely]]
+            return signedDouble(result.bits, signBit);
     }
-    if (!result.isCertain) [[unlikely]] {
-        const DigitSpan<Char> span = significantDigits(begin, digitsEnd, point, exponent);
-        if (span.first == span.end)
-            return signedDouble(0, isNegative);
-        result.bits = readUncommon(span);
-    }
-    if (result.bits == 0 || result.bits == kInfinityBits) [[unlikely]]
-        errno = ERANGE;
-    return signedDouble(result.bits, isNegative);
+    return readUncommon(p, run.end, point, exponent, signBit);
 }
 
 } // namespace

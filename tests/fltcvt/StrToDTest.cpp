@@ -1,4 +1,5 @@
 #include "NumberVectors.h"
+#include "fltcvt/EightCharacters.h"
 #include "reference/ExactDecimal.h"
 #include "reference/GuardedBuffer.h"
 
@@ -11,6 +12,7 @@
 namespace {
 
 using reference::Decimal;
+using tq::detail::EightCharacters;
 
 struct Read {
     std::uint64_t bits;
@@ -24,17 +26,21 @@ std::ostream& operator<<(std::ostream& out, const Read& read) {
     return out << std::bit_cast<double>(read.bits) << " used " << read.used << " errno " << read.error;
 }
 
-// Each text ends at memory that cannot be touched.
+// Each text ends at memory that cannot be touched; the same with more digits behind its terminator reads alike.
 template <class Char>
 Read read(const std::string& text) {
     static reference::GuardedBuffer<Char> buffer(70000);
-    const std::basic_string<Char> wanted(text.begin(), text.end());
+    std::basic_string<Char> wanted(text.begin(), text.end());
     const Char* const placed = buffer.place(wanted.c_str(), wanted.size() + 1);
     Char* end = nullptr;
     errno = 0;
     const double v = tqStrToD(placed, &end);
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(tqStrToD(placed, nullptr)), std::bit_cast<std::uint64_t>(v));
-    return {std::bit_cast<std::uint64_t>(v), end - placed, errno};
+    const Read result{std::bit_cast<std::uint64_t>(v), end - placed, errno};
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(tqStrToD(placed, nullptr)), result.bits);
+    wanted.append(1, Char{0}).append(EightCharacters::kCount, Char{'7'});
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(tqStrToD(wanted.c_str(), &end)), result.bits);
+    EXPECT_EQ(end - wanted.c_str(), result.used);
+    return result;
 }
 
 void check(const std::string& text, const Read& expected) {
@@ -98,6 +104,29 @@ TEST(StrToD, Syntax) {
     EXPECT_EQ(end, foreign + 1);
     const wchar_t aliased[] = {static_cast<wchar_t>(0x10031), 0}; // '1' in its low bits
     EXPECT_EQ(tqStrToD(aliased, nullptr), 0.0);
+}
+
+// Every character, in every place and width, is told from a digit.
+TEST(StrToD, EightCharactersAtOnce) {
+    for (int c = 1; c < 0x200; ++c)
+        for (int place = 0; place < EightCharacters::kCount; ++place) {
+            const bool isDigit = c >= '0' && c <= '9';
+            wchar_t wide[] = L"12345678";
+            wide[place] = static_cast<wchar_t>(c | (place % 2 != 0 && !isDigit ? 0x110000 : 0));
+            char narrow[] = "12345678";
+            narrow[place] = static_cast<char>(c);
+            ASSERT_EQ(EightCharacters(wide).areDigits(), isDigit);
+            if (c < 0x100) {
+                ASSERT_EQ(EightCharacters(narrow).areDigits(), isDigit);
+            }
+            if (!isDigit) {
+                ASSERT_EQ(EightCharacters(wide).digitCount(), place) << c;
+                const std::string before("012345678", static_cast<std::size_t>(1 + place));
+                ASSERT_EQ(EightCharacters(wide).value(place), std::stoull(before));
+            } else {
+                ASSERT_EQ(EightCharacters(narrow).value(), std::stoull(narrow));
+            }
+        }
 }
 
 TEST(StrToD, RangeAndExponents) {
