@@ -5,6 +5,7 @@
 
 #include <TqOsBase/fltcvt/StrToD.h>
 
+#include <algorithm>
 #include <bit>
 #include <cerrno>
 #include <type_traits>
@@ -78,19 +79,6 @@ std::int64_t readExponent(const Char*& p) {
     return isNegative ? -value : value;
 }
 
-// Reads at most kSafeDigits digits of the span.
-template <class Char>
-std::uint64_t leadingDigits(const DigitSpan<Char>& span) {
-    std::uint64_t value = 0;
-    std::int64_t left = kSafeDigits;
-    for (const Char* p = span.first; p != span.end && left > 0; ++p)
-        if (p != span.point) {
-            value = value * 10 + digitOf(*p);
-            --left;
-        }
-    return value;
-}
-
 template <class Char>
 std::uint64_t decide(const DigitSpan<Char>& span, std::uint64_t lower) {
     const int order = tq::detail::compareWithMiddle(span, lower);
@@ -100,9 +88,9 @@ std::uint64_t decide(const DigitSpan<Char>& span, std::uint64_t lower) {
 // Numbers of many digits, and those that may lie halfway between two doubles.
 template <class Char>
 std::uint64_t uncommonBits(const DigitSpan<Char>& span) {
-    const std::int64_t count = span.end - span.first - (span.point != nullptr ? 1 : 0);
-    const std::int64_t cut = count > kSafeDigits ? count - kSafeDigits : 0;
-    const std::uint64_t leading = leadingDigits(span);
+    const std::int64_t kept = std::min(span.count(), kSafeDigits);
+    const std::int64_t cut = span.count() - kept;
+    const std::uint64_t leading = tq::detail::DigitsInOrder<Char>(span).take(static_cast<int>(kept));
     const ReadResult lower = tq::detail::nearestDouble(leading, span.lastExponent + cut);
     if (cut == 0)
         return lower.isCertain ? lower.bits : decide(span, lower.bits);

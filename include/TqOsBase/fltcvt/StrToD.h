@@ -14,7 +14,6 @@
 /// Zero and what underflows to zero keep the sign of the text. errno becomes ERANGE when the result is infinite or has
 /// underflowed to zero (but not for a subnormal), else it is left alone.
 ///
-/// For one thread at a time (see TqFCvtAllocator). Throws std::bad_alloc where memory ends; that can only be for
-/// numbers of more than 19 digits, or halfway between two doubles.
+/// Allocates nothing and shares nothing, so it may be called from several threads; nothing is thrown.
 TQ_API double tqStrToD(const char* text, char** end);
 TQ_API double tqStrToD(const wchar_t* text, wchar_t** end);
