@@ -44,35 +44,30 @@ inline int floorLog10(const Normalised& v) noexcept {
     return guess + (floorLog2OfPowerOfTen(guess + 1) == log2 && reaches ? 1 : 0);
 }
 
-// v * 10^power, which is to be below 2^57, rounded to the nearest integer.
-inline bool tryScale(const Normalised& v, int power, std::uint64_t& out) noexcept {
+struct Rounded {
+    std::uint64_t value;
+    bool isKnown;
+};
+
+// v * 10^power, which is to be below 2^57, rounded to the nearest integer, ties to even, by all 128 bits of the power.
+Rounded roundedByAllBits(Normalised v, int power) noexcept;
+
+// The same by the upper half of the power; known nearly always, but for ties.
+inline Rounded roundedByUpperHalf(Normalised v, int power) noexcept {
     const PowerOfTen& scale = powerOfTen(power);
-    // The product is scaled by 2^(128 + shift).
-    const int shift = -(v.exponent + floorLog2OfPowerOfTen(power) - 127) - 128;
-    if (shift > 64) {
-        out = 0; // the product is below 2^192, so the number below one half
-        return true;
-    }
-    if (shift < kMinShift)
-        return false;
-    const UInt192 product = multiply(v.significand, scale.high, scale.low);
-    const bool isAllFraction = shift == 64;
-    const std::uint64_t integer = isAllFraction ? 0 : product.high >> shift;
-    const std::uint64_t fraction =
-        isAllFraction ? product.high : product.high << (64 - shift) | product.middle() >> shift;
-    if (fraction != kHalf) [[likely]] {
-        out = integer + (fraction >> 63);
-        return true;
-    }
-    // Between one half and 2^-64 above it. The product may be too large by less than one unit of its middle word.
-    const std::uint64_t rest = isAllFraction ? product.middle() : product.middle() << (64 - shift);
-    if (isExactPower(power))
-        out = integer + ((rest | product.low()) != 0 ? 1 : integer & 1);
-    else if (rest != 0)
-        out = integer + 1;
-    else
-        return false;
-    return true;
+    // The 63 bits of `high` are scaled by 2^shift: from nearly nothing above the exact ones to less than two below.
+    const int shift = -2 - (v.exponent + floorLog2OfPowerOfTen(power));
+    if (static_cast<unsigned>(shift - kMinShift) >= static_cast<unsigned>(63 - kMinShift)) [[unlikely]]
+        return {0, false};
+    const auto high = static_cast<std::uint64_t>(UInt128{v.significand} * scale.high >> 65);
+    const std::uint64_t one = std::uint64_t{1} << shift;
+    const std::uint64_t sum = high + one / 2;
+    return {sum >> shift, ((sum + 2) & (one - 1)) > 2};
+}
+
+inline Rounded rounded(Normalised v, int power) noexcept {
+    const Rounded result = roundedByUpperHalf(v, power);
+    return result.isKnown ? result : roundedByAllBits(v, power);
 }
 
 } // namespace scaling
@@ -128,11 +123,14 @@ inline bool tryShortestDigits(double v, SeventeenDigits& out) noexcept {
 /// exactly that many digits (10^(digits-1) <= out < 10^digits) and `exp10` is the exponent of the first of them:
 /// the value is out * 10^(exp10 - digits + 1). Ties go to the even digit. Returns false, with `out` and `exp10` in an
 /// unspecified state, when the 128 bits do not decide; that is so for some ties, and next to never otherwise.
+template <scaling::Rounded (*kRounded)(scaling::Normalised, int) = scaling::rounded>
 inline bool tryRoundedDigits(double v, int digits, std::uint64_t& out, int& exp10) noexcept {
     const scaling::Normalised number(v);
     exp10 = scaling::floorLog10(number);
-    if (!scaling::tryScale(number, digits - 1 - exp10, out))
+    const scaling::Rounded rounded = kRounded(number, digits - 1 - exp10);
+    if (!rounded.isKnown) [[unlikely]]
         return false;
+    out = rounded.value;
     if (out == kSmallPowersOfTen[static_cast<std::size_t>(digits)]) {
         out = kSmallPowersOfTen[static_cast<std::size_t>(digits - 1)];
         ++exp10;
@@ -143,9 +141,14 @@ inline bool tryRoundedDigits(double v, int digits, std::uint64_t& out, int& exp1
 /// `v`, finite and above 0, correctly rounded to a multiple of 10^-places: `out` * 10^-places, with `out` 0 when that
 /// is nearest. Ties go to the even number. Returns false, with `out` unspecified, when `out` would have more than 17
 /// digits, when `places` is not in -292 to 340, or when the 128 bits do not decide.
+template <scaling::Rounded (*kRounded)(scaling::Normalised, int) = scaling::rounded>
 inline bool tryRoundedAt(double v, int places, std::uint64_t& out) noexcept {
     constexpr std::uint64_t kLimit = kSmallPowersOfTen[17];
-    return places >= -292 && places <= 340 && scaling::tryScale(scaling::Normalised(v), places, out) && out < kLimit;
+    if (places < -292 || places > 340)
+        return false;
+    const scaling::Rounded rounded = kRounded(scaling::Normalised(v), places);
+    out = rounded.value;
+    return rounded.isKnown && out < kLimit;
 }
 
 } // namespace tq::detail

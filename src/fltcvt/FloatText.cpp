@@ -68,14 +68,29 @@ int digitsOfE(int nfrac) {
     return std::min(nfrac, tq::detail::kMaxDigits) + 1;
 }
 
+// Apart from the fast ways, which need no stack.
+
+[[gnu::noinline]] void writeF(char* buf, double d, int places) {
+    const Digits digits(d, placesOrShorter(places));
+    CvtFormatter<char>::formatF(buf, digits.text, digits.count, places, digits.point, digits.sign);
+}
+
+[[gnu::noinline]] void writeE(char* buf, double d, int places, int expChar) {
+    const Digits digits(d, significant(digitsOfE(places)));
+    CvtFormatter<char>::formatE(buf, digits.text, digits.count, places, digits.point, digits.sign, expChar);
+}
+
+[[gnu::noinline]] void writeG(char* buf, double d, int shown, int expChar, int style) {
+    Digits digits(d, significant(shown));
+    CvtFormatter<char>::formatG(buf, digits.text, digits.count, shown, digits.point, digits.sign, expChar, style);
+}
+
 } // namespace
 
 void tqFltToF(char* buf, double d, int nfrac) {
     const int places = std::max(nfrac, 0);
-    if (tq::detail::tryFastF(buf, d, places))
-        return;
-    const Digits digits(d, placesOrShorter(places));
-    CvtFormatter<char>::formatF(buf, digits.text, digits.count, places, digits.point, digits.sign);
+    if (!tq::detail::tryFastF(buf, d, places)) [[unlikely]]
+        writeF(buf, d, places);
 }
 
 wchar_t* tqFltToF(double d, int nfrac) {
@@ -89,10 +104,8 @@ wchar_t* tqFltToF(double d, int nfrac) {
 
 void tqFltToE(char* buf, double d, int nfrac, int expChar) {
     const int places = std::max(nfrac, 0);
-    if (tq::detail::tryFastE(buf, d, places, expChar))
-        return;
-    const Digits digits(d, significant(digitsOfE(places)));
-    CvtFormatter<char>::formatE(buf, digits.text, digits.count, places, digits.point, digits.sign, expChar);
+    if (!tq::detail::tryFastE(buf, d, places, expChar)) [[unlikely]]
+        writeE(buf, d, places, expChar);
 }
 
 wchar_t* tqFltToE(double d, int nfrac, int expChar) {
@@ -106,10 +119,8 @@ wchar_t* tqFltToE(double d, int nfrac, int expChar) {
 
 void tqFltToG(char* buf, double d, int nsig, int expChar, int style) {
     const int shown = std::max(nsig, 0);
-    if (tq::detail::tryFastG(buf, d, shown, style))
-        return;
-    Digits digits(d, significant(shown));
-    CvtFormatter<char>::formatG(buf, digits.text, digits.count, shown, digits.point, digits.sign, expChar, style);
+    if (!tq::detail::tryFastG(buf, d, shown, style)) [[unlikely]]
+        writeG(buf, d, shown, expChar, style);
 }
 
 wchar_t* tqFltToG(double d, int nsig, int expChar, int style) {

@@ -108,7 +108,11 @@ TEST(Digits, AllOfThemComeOut) {
 
 // The fast conversions alone: certain nearly always, and right whenever they say so.
 TEST(Digits, FastConversionsDecide) {
-    int undecided = 0;
+    using namespace tq::detail::scaling;
+    constexpr decltype(&tq::detail::tryRoundedDigits<>) kWays[] = {&tq::detail::tryRoundedDigits<>,
+                                                                   &tq::detail::tryRoundedDigits<roundedByAllBits>,
+                                                                   &tq::detail::tryRoundedDigits<roundedByUpperHalf>};
+    int undecided[std::size(kWays)] = {};
     int undecidedShortest = 0;
     const std::vector<double> values = number_test::vectors(2000);
     for (const double v : values) {
@@ -128,19 +132,25 @@ TEST(Digits, FastConversionsDecide) {
         ASSERT_EQ((Decimal{std::string(text, static_cast<std::size_t>(layout.count)), layout.point}), shortest)
             << std::hexfloat << v;
         for (int count = 1; count <= tq::detail::kMaxFastDigits; ++count) {
-            std::uint64_t digits = 0;
-            int exponent = 0;
-            if (!tq::detail::tryRoundedDigits(v, count, digits, exponent)) {
-                ++undecided;
-                continue;
+            const Decimal wanted = rounded(exact, count);
+            for (std::size_t way = 0; way < std::size(kWays); ++way) {
+                std::uint64_t digits = 0;
+                int exponent = 0;
+                if (!kWays[way](v, count, digits, exponent)) {
+                    ++undecided[way];
+                    continue;
+                }
+                Decimal result{std::to_string(digits), exponent + 1};
+                ASSERT_EQ(result.digits.size(), static_cast<std::size_t>(count));
+                result.trim();
+                ASSERT_EQ(result, wanted) << std::hexfloat << v << " " << count << " way " << way;
             }
-            Decimal result{std::to_string(digits), exponent + 1};
-            ASSERT_EQ(result.digits.size(), static_cast<std::size_t>(count));
-            result.trim();
-            ASSERT_EQ(result, rounded(exact, count)) << std::hexfloat << v << " " << count;
         }
     }
-    EXPECT_LT(undecided, static_cast<int>(values.size()) * tq::detail::kMaxFastDigits / 100);
+    const int all = static_cast<int>(values.size()) * tq::detail::kMaxFastDigits;
+    EXPECT_LT(undecided[0], all / 100);
+    EXPECT_EQ(undecided[1], undecided[0]);
+    EXPECT_LT(undecided[2], all / 10);
     EXPECT_LT(undecidedShortest, static_cast<int>(values.size()) / 100);
 }
 
