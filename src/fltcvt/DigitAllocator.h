@@ -53,11 +53,19 @@ inline void giveBlock(Bigint* block) noexcept {
     head = block;
 }
 
+inline char* stringIn(Bigint* block) noexcept {
+    return reinterpret_cast<char*>(block) + kStringOffset;
+}
+
+/// Notes the class of a block that holds a digit string.
+inline void markString(Bigint* block, std::int32_t k) noexcept {
+    std::memcpy(static_cast<void*>(block), &k, sizeof k);
+}
+
 inline char* takeString(int k) {
-    auto* const block = reinterpret_cast<char*>(takeBlock(k));
-    const std::int32_t sizeClass = k;
-    std::memcpy(block, &sizeClass, sizeof sizeClass);
-    return block + kStringOffset;
+    Bigint* const block = takeBlock(k);
+    markString(block, k);
+    return stringIn(block);
 }
 
 inline void giveString(char* text) noexcept {

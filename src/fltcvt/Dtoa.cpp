@@ -35,7 +35,7 @@ char* specialText(double d, int* decpt, char** rve) {
     return d == d ? smallText("Infinity", 8, rve) : smallText("NaN", 3, rve);
 }
 
-char* manyDigits(double v, DigitRequest request, int* decpt, char** rve) {
+[[gnu::noinline]] char* manyDigits(double v, DigitRequest request, int* decpt, char** rve) {
     char digits[tq::detail::kDigitRoom];
     const DigitLayout layout = tq::detail::writeManyDigits(v, request, digits);
     *decpt = layout.point;
@@ -46,6 +46,7 @@ char* manyDigits(double v, DigitRequest request, int* decpt, char** rve) {
 
 } // namespace
 
+// The block is taken when its digits are known; so what comes after a failure is the last call.
 char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve) {
     const std::uint64_t bits = tq::detail::bitsOf(d);
     *sign = static_cast<int>(bits >> 63);
@@ -53,12 +54,18 @@ char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, cha
         return specialText(d, decpt, rve);
     const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
     const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
-    char* const text = tq::detail::takeString(0);
+    Bigint* const block = __fcvtAlloc.m_freeLists[0];
+    if (block == nullptr) [[unlikely]]
+        return manyDigits(v, request, decpt, rve);
+    Bigint* const next = block->next;
+    char* const text = tq::detail::stringIn(block);
     DigitLayout layout;
     if (!tq::detail::tryFewDigits(v, request, text, layout)) [[unlikely]] {
-        tq::detail::giveString(text);
+        block->next = next;
         return manyDigits(v, request, decpt, rve);
     }
+    __fcvtAlloc.m_freeLists[0] = next;
+    tq::detail::markString(block, 0);
     *decpt = layout.point;
     return finish(text, layout.count, rve);
 }

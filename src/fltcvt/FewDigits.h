@@ -19,19 +19,32 @@ inline bool isSubnormal(double v) noexcept {
     return exponentField(v) == 0;
 }
 
-inline bool writeShortest(double v, char* out, DigitLayout& layout) noexcept {
+/// What is done where half of the bits of a power of ten do not decide.
+enum class Effort : std::uint8_t {
+    eQuick, ///< Nothing, so that there is no call.
+    eFull   ///< All bits are used.
+};
+
+template <Effort kEffort>
+inline constexpr auto kRounded = kEffort == Effort::eQuick ? scaling::roundedByUpperHalf : scaling::roundedByAllBits;
+
+template <Effort kEffort>
+inline bool tryShortest(double v, char* out, DigitLayout& layout) noexcept {
     SeventeenDigits digits;
-    if (tryShortestDigits(v, digits)) [[likely]]
+    if (tryShortestDigits(v, digits)) [[likely]] {
         layout = {writeSeventeen(out, digits.sixteen, digits.last), digits.point};
-    else
+        return true;
+    }
+    if constexpr (kEffort == Effort::eFull)
         layout = shortestDigits(v, out);
-    return true;
+    return kEffort == Effort::eFull;
 }
 
+template <Effort kEffort>
 inline bool trySignificant(double v, int count, char* out, DigitLayout& layout) noexcept {
     std::uint64_t digits = 0;
     int exponent = 0;
-    if (count > kMaxFastDigits || !tryRoundedDigits(v, count, digits, exponent))
+    if (count > kMaxFastDigits || !tryRoundedDigits<kRounded<kEffort>>(v, count, digits, exponent))
         return false;
     layout.point = exponent + 1;
     layout.count =
@@ -40,9 +53,10 @@ inline bool trySignificant(double v, int count, char* out, DigitLayout& layout) 
 }
 
 // `limit` is above the digits accepted.
+template <Effort kEffort>
 inline bool tryPlaces(double v, int places, std::uint64_t limit, char* out, DigitLayout& layout) noexcept {
     std::uint64_t digits = 0;
-    if (!tryRoundedAt(v, places, digits) || digits >= limit)
+    if (!tryRoundedAt<kRounded<kEffort>>(v, places, digits) || digits >= limit)
         return false;
     if (digits == 0) {
         layout = {0, -places};
@@ -54,34 +68,38 @@ inline bool tryPlaces(double v, int places, std::uint64_t limit, char* out, Digi
     return true;
 }
 
+template <Effort kEffort>
 inline bool trySignificantOrShorter(double v, int count, char* out, DigitLayout& layout) noexcept {
     if (count <= kDistinctDigits && !isSubnormal(v))
-        return trySignificant(v, count, out, layout);
-    writeShortest(v, out, layout);
-    return layout.count <= count || trySignificant(v, count, out, layout);
+        return trySignificant<kEffort>(v, count, out, layout);
+    return tryShortest<kEffort>(v, out, layout) &&
+           (layout.count <= count || trySignificant<kEffort>(v, count, out, layout));
 }
 
+template <Effort kEffort>
 inline bool tryPlacesOrShorter(double v, int places, char* out, DigitLayout& layout) noexcept {
-    if (!isSubnormal(v) && tryPlaces(v, places, kDistinctLimit, out, layout))
+    if (!isSubnormal(v) && tryPlaces<kEffort>(v, places, kDistinctLimit, out, layout))
         return true;
-    writeShortest(v, out, layout);
-    return std::int64_t{layout.count} - layout.point <= places || tryPlaces(v, places, kAllDigits, out, layout);
+    return tryShortest<kEffort>(v, out, layout) && (std::int64_t{layout.count} - layout.point <= places ||
+                                                    tryPlaces<kEffort>(v, places, kAllDigits, out, layout));
 }
 
 } // namespace few_digits
 
-/// The digits of a finite `v` above 0 when at most 17 are wanted, or make the number, and 128 bits decide on them.
-/// Needs kDigitWriterRoom bytes of `out`, at least; no terminator. Returns false otherwise.
+/// The digits of a finite `v` above 0 when at most 17 are wanted, or make the number, and the bits that the effort
+/// allows decide on them. Needs kDigitWriterRoom bytes of `out`, at least; no terminator. Returns false otherwise.
+template <few_digits::Effort kEffort = few_digits::Effort::eQuick>
 inline bool tryFewDigits(double v, DigitRequest request, char* out, DigitLayout& layout) noexcept {
+    using namespace few_digits;
     switch (request.kind) {
     case DigitRequest::eSignificant:
-        return request.orShorter ? few_digits::trySignificantOrShorter(v, request.count, out, layout)
-                                 : few_digits::trySignificant(v, request.count, out, layout);
+        return request.orShorter ? trySignificantOrShorter<kEffort>(v, request.count, out, layout)
+                                 : trySignificant<kEffort>(v, request.count, out, layout);
     case DigitRequest::ePlaces:
-        return request.orShorter ? few_digits::tryPlacesOrShorter(v, request.count, out, layout)
-                                 : few_digits::tryPlaces(v, request.count, few_digits::kAllDigits, out, layout);
+        return request.orShorter ? tryPlacesOrShorter<kEffort>(v, request.count, out, layout)
+                                 : tryPlaces<kEffort>(v, request.count, kAllDigits, out, layout);
     default:
-        return few_digits::writeShortest(v, out, layout);
+        return tryShortest<kEffort>(v, out, layout);
     }
 }
 
