@@ -22,7 +22,7 @@ constexpr std::uint64_t kStepFactor = kSmallPowersOfTen[kStep];
 
 struct FixedPoint {
     std::uint64_t integer = 0;
-    std::uint64_t fraction = 0; ///< Multiple of 2^-bits.
+    std::uint64_t fraction = 0; ///< Multiple of 2^-bits, at first an odd one or 0.
     int bits = 0;
 
     bool tryFrom(double v) noexcept {
@@ -83,7 +83,8 @@ bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout&
         }
         end += kStep;
     }
-    layout.count = static_cast<int>(end - out);
+    // An odd multiple of 2^-bits has as many places as bits, the last of which is 5.
+    layout.count = number.fraction != 0 ? static_cast<int>(end - out) : layout.point + number.bits;
     roundDigits(out, number.fraction != 0, wantedDigits(request, layout.point), layout);
     return true;
 }
