@@ -1,6 +1,6 @@
 #pragma once
 
-#include "format/ArgumentCursor.h"
+#include "platform/ArgumentCursor.h"
 
 #include <TqOsBase/format/FormatUtil.h>
 
@@ -65,7 +65,7 @@ private:
     const wchar_t* collectedString(int number) const;
     bool collectPositions(const wchar_t* format, va_list args);
 
-    ArgumentCursor m_cursor;
+    platform::ArgumentCursor m_cursor;
     ParameterArray m_parameters;
     bool m_positional = false;
 };

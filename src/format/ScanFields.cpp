@@ -12,9 +12,9 @@
 
 namespace {
 
-using tq::detail::ArgumentCursor;
 using tq::detail::IntegerField;
 using tq::detail::StoreSize;
+using tq::platform::ArgumentCursor;
 
 // Exponents beyond this leave no double but 0 and infinity, however many digits are in front of them.
 constexpr int kExponentLimit = 100000;

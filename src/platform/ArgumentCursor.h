@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace tq::detail {
+namespace tq::platform {
 
 /// Takes the arguments of a va_list one after the other and leaves the va_list itself as it is.
 #if defined(__x86_64__)
@@ -95,4 +95,4 @@ private:
 
 #endif
 
-} // namespace tq::detail
+} // namespace tq::platform
