@@ -1,6 +1,8 @@
 // Wide text under a format: ours, then the C library's vswprintf, then the formatting library that parses its format as
 // well. Drawing units have no counterpart: beside them the C library prints the pieces, split and rounded beforehand.
 
+#include "bench/Registration.h"
+
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/LumoAppUnitSets.h>
 #include <TqOsBase/format/OutputWithFormat.h>
@@ -95,7 +97,7 @@ void checkSame(const std::string& area, std::uint64_t checksum) {
 
 template <class Values, class Write>
 void add(const std::string& area, const char* who, const Values& values, int compared, Write write) {
-    benchmark::RegisterBenchmark((area + "/" + who).c_str(), [=](benchmark::State& state) {
+    bench::add(area + "/" + who, [=](benchmark::State& state) {
         Buffer buffer{};
         std::uint64_t checksum = 0;
         for (std::size_t i = 0; i < values.size(); ++i) {
@@ -127,8 +129,7 @@ void addFormat(const std::string& area, const Values& values, int compared, cons
         return static_cast<int>(result.size);
     });
 #else
-    benchmark::RegisterBenchmark((area + "/fmt").c_str(),
-                                 [](benchmark::State& state) { state.SkipWithError("missing"); });
+    bench::addMissing(area + "/fmt");
 #endif
 }
 

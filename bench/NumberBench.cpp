@@ -1,6 +1,8 @@
 // Digits of doubles, text of doubles and doubles from text: ours, then the C or C++ library, then the packaged fast
 // conversions. Who has no function for digits alone takes them from the text of its own that holds them.
 
+#include "bench/Registration.h"
+
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>
 #include <TqOsBase/fltcvt/TqGdImpl.h>
@@ -112,7 +114,7 @@ void check(benchmark::State& state, const std::string& name, std::uint64_t sum) 
 
 template <class Value, class Convert>
 void add(const std::string& name, const std::vector<Value>& values, Convert convert) {
-    benchmark::RegisterBenchmark(name.c_str(), [name, values, convert](benchmark::State& state) {
+    bench::add(name, [name, values, convert](benchmark::State& state) {
         std::uint64_t sum = 0;
         for (const Value& value : values)
             sum = sum * 31 + convert(value);
@@ -123,11 +125,6 @@ void add(const std::string& name, const std::vector<Value>& values, Convert conv
             i = (i + 1) % kValues;
         }
     });
-}
-
-// A contender whose package is not there is shown as such.
-[[maybe_unused]] void addMissing(const std::string& name) {
-    benchmark::RegisterBenchmark(name.c_str(), [](benchmark::State& state) { state.SkipWithError("missing"); });
 }
 
 // What the digits of a number are judged by.
@@ -219,7 +216,7 @@ void addDigits() {
         add(name + "double-conversion", values,
             byDoubleConversion(double_conversion::DoubleToStringConverter::SHORTEST, 0));
 #else
-        addMissing(name + "double-conversion");
+        bench::addMissing(name + "double-conversion");
 #endif
     }
     for (const int count : {6, 16}) {
@@ -230,7 +227,7 @@ void addDigits() {
         add(name + "double-conversion", coordinates(),
             byDoubleConversion(double_conversion::DoubleToStringConverter::PRECISION, count));
 #else
-        addMissing(name + "double-conversion");
+        bench::addMissing(name + "double-conversion");
 #endif
     }
     add("digits/6 decimals, coordinates/ours", coordinates(), [](double v) { return ourDigits(v, 3, 6); });
@@ -239,7 +236,7 @@ void addDigits() {
     add("digits/6 decimals, coordinates/double-conversion", coordinates(),
         byDoubleConversion(double_conversion::DoubleToStringConverter::FIXED, 6));
 #else
-    addMissing("digits/6 decimals, coordinates/double-conversion");
+    bench::addMissing("digits/6 decimals, coordinates/double-conversion");
 #endif
 }
 
@@ -301,7 +298,7 @@ void addFromText() {
             return bits(v);
         });
 #else
-        addMissing(name + "fast_float");
+        bench::addMissing(name + "fast_float");
 #endif
         if (texts[0].size() >= 50)
             continue;
