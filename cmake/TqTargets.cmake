@@ -72,7 +72,7 @@ function(tq_add_program name)
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
   target_link_libraries(${name} PRIVATE TqWarnings)
   # Optimised, GCC 12 takes sums of its own strings for copies that overlap.
-  target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  target_compile_options(${name} PRIVATE $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict>)
   if(TQ_COVERAGE)
     target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests/reference/CoverageAtExit.cpp")
     target_link_options(${name} PRIVATE LINKER:--wrap=_exit LINKER:--wrap=_Exit)
