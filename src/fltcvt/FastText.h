@@ -3,7 +3,10 @@
 #include "fltcvt/DigitWriter.h"
 #include "fltcvt/FastDigits.h"
 
+#include <array>
 #include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace tq::detail {
@@ -39,6 +42,17 @@ inline std::uint32_t power(int k) noexcept {
 inline bool isNormal(double v) noexcept {
     return static_cast<unsigned>(exponentField(v) - 1) < static_cast<unsigned>(kExponentMask - 1);
 }
+
+// Of normal numbers, either way.
+inline constexpr int kMaxExponent = 308;
+
+// The three digits of an exponent without its sign, and the terminator.
+inline constexpr std::array<std::uint32_t, kMaxExponent + 1> kExponentTexts = [] {
+    std::array<std::uint32_t, kMaxExponent + 1> texts{};
+    for (std::uint32_t i = 0; i <= kMaxExponent; ++i)
+        texts[i] = 0x303030 + (i / 100 | i / 10 % 10 << 8 | i % 10 << 16);
+    return texts;
+}();
 
 inline char* writeSign(char* out, double d) noexcept {
     *out = '-';
@@ -90,8 +104,7 @@ inline bool tryFastE(char* out, double d, int nfrac, int expChar) noexcept {
     if (nfrac < 2 || nfrac >= kWordDigits || !isNormal(v) ||
         !tryRoundedDigits<scaling::roundedByUpperHalf>(v, nfrac + 1, digits, exponent))
         return false;
-    const auto value = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
-    const SixteenDigits words(static_cast<std::uint32_t>(digits) * power(kWordDigits - 1 - nfrac), value);
+    const SixteenDigitsInWords words(static_cast<std::uint32_t>(digits) * power(kWordDigits - 1 - nfrac), 0);
     char* p = writeSign(out, d);
     const std::uint64_t text = words.upperText();
     p[0] = static_cast<char>(text);
@@ -100,7 +113,7 @@ inline bool tryFastE(char* out, double d, int nfrac, int expChar) noexcept {
     p += 2 + nfrac;
     p[0] = static_cast<char>(expChar);
     p[1] = exponent < 0 ? '-' : '+';
-    store<std::uint32_t>(p + 2, words.lowerText() >> 40); // three digits and the terminator
+    store<std::uint32_t>(p + 2, kExponentTexts[static_cast<std::size_t>(exponent < 0 ? -exponent : exponent)]);
     return true;
 }
 
