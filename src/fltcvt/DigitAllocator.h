@@ -44,7 +44,7 @@ inline void giveBlock(Bigint* block) noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     const auto start = reinterpret_cast<std::uintptr_t>(__fcvtAlloc.m_pool);
     // The block at the very start, the first power of five, is never freed; so it counts as outside.
-    if (address <= start || address >= start + sizeof __fcvtAlloc.m_pool) [[unlikely]] {
+    if (address - (start + 1) >= sizeof __fcvtAlloc.m_pool - 1) [[unlikely]] {
         tqFree(block);
         return;
     }

@@ -9,6 +9,9 @@ using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
 
 constexpr int kPointOfNoNumber = 9999;
+// The modes that ask for the digits to a place and no shorter ones.
+constexpr int kToPlace = 3;
+constexpr int kToPlaceToo = 7;
 
 static_assert(tq::detail::kMaxFastDigits < tq::detail::kSmallStringRoom);
 
@@ -44,16 +47,8 @@ char* specialText(double d, int* decpt, char** rve) {
     return finish(text, layout.count, rve);
 }
 
-} // namespace
-
 // The block is taken when its digits are known; so what comes after a failure is the last call.
-char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve) {
-    const std::uint64_t bits = tq::detail::bitsOf(d);
-    *sign = static_cast<int>(bits >> 63);
-    if (!tq::detail::isFinite(d) || bits << 1 == 0) [[unlikely]]
-        return specialText(d, decpt, rve);
-    const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
-    const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
+[[gnu::always_inline]] inline char* fewDigits(double v, DigitRequest request, int* decpt, char** rve) {
     Bigint* const block = __fcvtAlloc.m_freeLists[0];
     if (block == nullptr) [[unlikely]]
         return manyDigits(v, request, decpt, rve);
@@ -68,4 +63,22 @@ char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, cha
     tq::detail::markString(block, 0);
     *decpt = layout.point;
     return finish(text, layout.count, rve);
+}
+
+// Apart from the others, which would make it save more registers.
+[[gnu::noinline]] char* digitsToPlace(double v, int places, int* decpt, char** rve) {
+    return fewDigits(v, DigitRequest::ofMode(kToPlace, places), decpt, rve);
+}
+
+} // namespace
+
+char* TqGdImpl::dtoa(double d, int mode, int ndigits, int* decpt, int* sign, char** rve) {
+    const std::uint64_t bits = tq::detail::bitsOf(d);
+    *sign = static_cast<int>(bits >> 63);
+    if (!tq::detail::isFinite(d) || bits << 1 == 0) [[unlikely]]
+        return specialText(d, decpt, rve);
+    const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
+    if (mode == kToPlace || mode == kToPlaceToo)
+        return digitsToPlace(v, ndigits, decpt, rve);
+    return fewDigits(v, DigitRequest::ofMode(mode, ndigits), decpt, rve);
 }
