@@ -44,12 +44,12 @@ inline bool isNormal(double v) noexcept {
 }
 
 // Of normal numbers, either way.
-inline constexpr int kMaxExponent = 308;
+inline constexpr int kLargestNormalExponent = 308;
 
 // The three digits of an exponent without its sign, and the terminator.
-inline constexpr std::array<std::uint32_t, kMaxExponent + 1> kExponentTexts = [] {
-    std::array<std::uint32_t, kMaxExponent + 1> texts{};
-    for (std::uint32_t i = 0; i <= kMaxExponent; ++i)
+inline constexpr std::array<std::uint32_t, kLargestNormalExponent + 1> kExponentTexts = [] {
+    std::array<std::uint32_t, kLargestNormalExponent + 1> texts{};
+    for (std::uint32_t i = 0; i <= kLargestNormalExponent; ++i)
         texts[i] = 0x303030 + (i / 100 | i / 10 % 10 << 8 | i % 10 << 16);
     return texts;
 }();
