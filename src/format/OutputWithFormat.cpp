@@ -4,6 +4,7 @@
 #include "format/Directive.h"
 #include "format/IntegerText.h"
 #include "format/NumberText.h"
+#include "format/TextLength.h"
 #include "format/WideOutput.h"
 
 #include <TqOsBase/format/FormatUtil.h>
@@ -21,7 +22,7 @@ namespace {
 
 unsigned shownLength(const wchar_t* text, bool isLimited, int limit) {
     return static_cast<unsigned>(isLimited ? std::find(text, text + std::max(limit, 0), L'\0') - text
-                                           : static_cast<std::ptrdiff_t>(std::wcslen(text)));
+                                           : static_cast<std::ptrdiff_t>(textLength(text)));
 }
 
 // Writes the text of one directive with its padding; false when it does not fit.

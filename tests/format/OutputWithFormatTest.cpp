@@ -165,8 +165,11 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
     for (std::size_t length = 0; length < 80; ++length) {
         std::wstring text;
         while (text.size() < length)
-            text += static_cast<wchar_t>(L'A' + random() % 50);
+            text += static_cast<wchar_t>(1 + (0xFFFF00 >> random() % 25));
+        // At the end of a page, and with more text and further ends behind.
         expectBoth(text, L"%s", source.place(text.c_str(), length + 1));
+        const std::wstring followed = text + L'\0' + text + L'\0' + std::wstring(80, L'#');
+        expectBoth(text, L"%s", followed.c_str());
         expectBoth(L"<" + text.substr(0, 33) + L">", L"<%.33s>", text.c_str());
     }
 }
