@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MemoryMarks.h"
+#include "platform/PageReads.h"
 
 #include <bit>
 #include <cstdint>
@@ -18,13 +18,10 @@ class EightCharacters {
 public:
     static constexpr int kCount = 8;
 
-    /// Whether the memory from `text` on may be read, even though the text ends before. What lies in the page of a
-    /// character that may be read, may be read too; checkers of memory have stricter rules.
+    /// Whether eight can be made of the memory from `text` on, even though the text ends before.
     template <class Char>
     static bool mayStartAt(const Char* text) noexcept {
-        constexpr std::uintptr_t kPageBytes = 4096;
-        return !platform::kMarksMemory &&
-               reinterpret_cast<std::uintptr_t>(text) % kPageBytes <= kPageBytes - kCount * sizeof(Char);
+        return platform::mayReadBehind(text, kCount * sizeof(Char));
     }
 
     explicit EightCharacters(const char* text) noexcept { std::memcpy(&m_text, text, sizeof m_text); }

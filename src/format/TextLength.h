@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MemoryMarks.h"
+#include "platform/PageReads.h"
 
 #include <bit>
 #include <cstddef>
@@ -20,13 +20,11 @@ inline constexpr std::size_t kWindow = 32;
 
 /// Which of the characters from `text` on are 0, the first one in the lowest bit. They are read behind the end of the
 /// text too.
-__attribute__((no_sanitize("thread"))) inline std::uint32_t zerosInWindow(const wchar_t* text) {
+inline std::uint32_t zerosInWindow(const wchar_t* text) {
     const auto* const vectors = reinterpret_cast<const __m128i*>(text);
     const __m128i zero = _mm_setzero_si128();
-    const auto zeros = [=](int i) __attribute__((no_sanitize("thread"))) {
-        return _mm_cmpeq_epi32(_mm_loadu_si128(vectors + i), zero);
-    };
-    const auto sixteen = [=](int i) __attribute__((no_sanitize("thread"))) {
+    const auto zeros = [=](int i) { return _mm_cmpeq_epi32(_mm_loadu_si128(vectors + i), zero); };
+    const auto sixteen = [=](int i) {
         const __m128i lower = _mm_packs_epi32(zeros(i), zeros(i + 1));
         const __m128i upper = _mm_packs_epi32(zeros(i + 2), zeros(i + 3));
         return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(lower, upper)));
@@ -39,11 +37,7 @@ __attribute__((no_sanitize("thread"))) inline std::uint32_t zerosInWindow(const 
 /// std::wcslen, the faster the likelier the text is short.
 inline std::size_t textLength(const wchar_t* text) {
 #if defined(__SSE2__)
-    // What lies in the page of a character that may be read, may be read too; checkers of memory have stricter rules.
-    constexpr std::uintptr_t kPageBytes = 4096;
-    const bool staysInPage =
-        reinterpret_cast<std::uintptr_t>(text) % kPageBytes <= kPageBytes - kWindow * sizeof(wchar_t);
-    if (!platform::kMarksMemory && staysInPage) [[likely]] {
+    if (platform::mayReadBehind(text, kWindow * sizeof(wchar_t))) [[likely]] {
         if (const std::uint32_t zeros = zerosInWindow(text); zeros != 0) [[likely]]
             return static_cast<std::size_t>(std::countr_zero(zeros));
     }
