@@ -76,14 +76,6 @@ Bigint* fromDigits(const Char* s, int nd0, int nd, unsigned y9) {
     return b.release();
 }
 
-constexpr int kLongPower = 27;
-constexpr std::array<std::uint64_t, kLongPower + 1> kLongPowersOfFive = [] {
-    std::array<std::uint64_t, kLongPower + 1> powers{1};
-    for (std::size_t i = 1; i < powers.size(); ++i)
-        powers[i] = powers[i - 1] * 5;
-    return powers;
-}();
-
 } // namespace
 
 namespace tq::detail {
@@ -100,13 +92,13 @@ void BigNumber::multiplyAddLong(std::uint64_t factor, std::uint64_t addend) {
 }
 
 void BigNumber::multiplyByPowerOfFive(int exponent) {
-    constexpr int kShortWay = 3 * kLongPower;
+    constexpr int kShortWay = 3 * kLastSmallPowerOfFive;
     if (exponent > kShortWay) {
         m_block = TqGdImpl::pow5mult(release(), exponent);
         return;
     }
-    for (; exponent > 0; exponent -= kLongPower)
-        multiplyAddLong(kLongPowersOfFive[static_cast<std::size_t>(std::min(exponent, kLongPower))], 0);
+    for (; exponent > 0; exponent -= kLastSmallPowerOfFive)
+        multiplyAddLong(kSmallPowersOfFive[static_cast<std::size_t>(std::min(exponent, kLastSmallPowerOfFive))], 0);
 }
 
 } // namespace tq::detail

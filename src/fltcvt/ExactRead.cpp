@@ -6,7 +6,6 @@
 #include "fltcvt/DoubleBits.h"
 #include "fltcvt/WideMath.h"
 
-#include <array>
 #include <bit>
 
 namespace tq::detail {
@@ -17,14 +16,6 @@ namespace {
 constexpr std::int64_t kDigitsThatDecide = 770;
 // Digits put to a number at once.
 constexpr std::int64_t kStep = 16;
-
-constexpr int kLastSmallPowerOfFive = 27;
-constexpr std::array<std::uint64_t, kLastSmallPowerOfFive + 1> kSmallPowersOfFive = [] {
-    std::array<std::uint64_t, kLastSmallPowerOfFive + 1> powers{1};
-    for (std::size_t i = 1; i < powers.size(); ++i)
-        powers[i] = powers[i - 1] * 5;
-    return powers;
-}();
 
 // An integer above 0. Decimals of 771 digits take 2562 bits; so do their middles, which are as large, unless they count
 // in powers of five: 54 bits times 5^1113, the number of places of such a decimal below the least double, take 2639.

@@ -28,6 +28,15 @@ constexpr bool isExactPower(int k) noexcept {
     return static_cast<unsigned>(k) <= unsigned{kLastExactPower};
 }
 
+/// 5^27 is the last power of five that 64 bits hold.
+inline constexpr int kLastSmallPowerOfFive = 27;
+inline constexpr std::array<std::uint64_t, kLastSmallPowerOfFive + 1> kSmallPowersOfFive = [] {
+    std::array<std::uint64_t, kLastSmallPowerOfFive + 1> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 5;
+    return powers;
+}();
+
 /// floor(log2(10^k)) for the powers of the table.
 constexpr int floorLog2OfPowerOfTen(int k) noexcept {
     return (k * 1741647) >> 19;
