@@ -1,4 +1,5 @@
 #include "faults/FailingCalls.h"
+#include "reference/CountingNew.h"
 
 #include <TqOsBase/TqOsBase.h>
 
@@ -251,6 +252,7 @@ TEST(ContainerFaults, Maps) {
             found.emplace_back(key, value);
         }
         found.emplace_back(std::to_wstring(map.GetHashTableSize()), nullptr);
+        found.emplace_back(std::to_wstring(counting_new::liveArrays()), nullptr); // of buckets and of entries
         return found;
     };
     const std::vector<Row<M>> rows = {
