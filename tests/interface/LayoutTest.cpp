@@ -1,6 +1,8 @@
 // What callers are compiled for: the order of virtual functions and of members. A change here breaks every program that
 // was built before it.
 
+#include "reference/TempFolder.h"
+
 #include <TqOsBase/TqOsBase.h>
 
 #include <cstddef>
@@ -231,9 +233,10 @@ TEST(Members, Streams) {
     EXPECT_EQ(heldAt<std::int32_t>(file, 32), ::fileno(static_cast<std::FILE*>(file.fileHandle())));
     EXPECT_EQ(heldAt<std::int32_t>(file, 36), 1) << "open exclusively";
 
-    const std::string self = __FILE__;
-    const TqFileIStreamBuf input(std::wstring(self.begin(), self.end()).c_str(), nullptr, TqIO::kAccessRead,
-                                 TqIO::kShareDenyNone, TqIO::kOpenExisting);
+    const reference::TempFolder folder;
+    folder.write("input", "abc");
+    const TqFileIStreamBuf input(folder.wide(L"input").c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone,
+                                 TqIO::kOpenExisting);
     EXPECT_EQ(heldAt<std::uintptr_t>(input, 40), ~std::uintptr_t{0});
     EXPECT_NE(heldAt<void*>(input, 48), nullptr) << "the view";
     EXPECT_EQ(heldAt<uint64_t>(input, 56), input.length());
