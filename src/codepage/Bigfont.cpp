@@ -6,11 +6,11 @@
 #include <TqOsBase/codepage/TqCharMapper.h>
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <fstream>
 #include <string_view>
-#include <wchar.h> // wcscasecmp is POSIX's
 
 using namespace tq::detail;
 
@@ -35,8 +35,15 @@ constexpr BigFont lumoBigFontMap[] = {
     {L"whtgtxt.shx", 3},   {L"whtmtxt.shx", 3}, {L"visiojp.shx", 1},  {L"visiotc.shx", 2},
 };
 
-bool isSameName(const wchar_t* a, const wchar_t* b) {
-    return ::wcscasecmp(a, b) == 0;
+// ASCII's letters alone are folded: the names must mean the same under every locale. (Under a Turkish one, wcscasecmp()
+// takes "BIGFONT" and "bigfont" for different names.)
+constexpr wchar_t folded(wchar_t c) {
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+}
+
+bool isSameName(std::wstring_view a, std::wstring_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](wchar_t x, wchar_t y) { return folded(x) == folded(y); });
 }
 
 int findBuiltIn(const wchar_t* fontFile) {
@@ -47,15 +54,15 @@ int findBuiltIn(const wchar_t* fontFile) {
     return kUndecided;
 }
 
-// Made by its first user, so that lookups work in any static initialiser.
+// Made by its first user and never destroyed, so that lookups work in any static object's constructor and destructor.
 FontMap& userDefinedFonts() {
-    static FontMap g_mapCP2Bigfont;
+    static FontMap& g_mapCP2Bigfont = *new FontMap;
     return g_mapCP2Bigfont;
 }
 
 // substr() and at() throw std::out_of_range where the line is too short for what must be there.
 bool hasFontExtension(const std::wstring& name) {
-    return isSameName(name.substr(name.size() - kFontExtension.size()).c_str(), kFontExtension.data());
+    return isSameName(name.substr(name.size() - kFontExtension.size()), kFontExtension);
 }
 
 void readLine(const std::wstring& line, FontMap& map) {
@@ -110,7 +117,7 @@ int findCodepageByBigfontInUserDefined(const std::wstring& fontFile, CReadUserDe
         }
     }
     for (const auto& [name, codePageIndex] : fonts) {
-        if (isSameName(name.c_str(), fontFile.c_str()))
+        if (isSameName(name.c_str(), fontFile.c_str())) // up to the first 0
             return codePageIndex;
     }
     const LCID lcid = LmCodePage::SysDefaultLCID();

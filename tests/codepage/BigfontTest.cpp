@@ -3,6 +3,8 @@
 #include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
 
+#include <clocale>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
@@ -56,24 +58,38 @@ TEST(BigFonts, BuiltInListInBothLookups) {
     }
 }
 
+// Older than the map, so that it goes after it: looking up must work to the very end.
+struct LateReader {
+    ~LateReader() {
+        if (expected != 0 && indexOf(L"plain.shx") != expected)
+            std::_Exit(9);
+    }
+    int expected = 0;
+} g_lateReader;
+
 TEST(BigFonts, EveryKindOfLine) {
+    std::setlocale(LC_ALL, "C.UTF-8"); // which knows the case of other letters, too; names do not
     readText("# our fonts\n\nplain.shx;5\nspa ced . shx ; 4 # Johab\nupper.SHX;3\r\ntruetype.ttf;4\nno_number.shx;abc\n"
              "zero.shx;0\nseven.shx;7\nnegative.shx;-1\nno semicolon.shx 4\n#comment.shx;4\nhash.shx;#3\n"
              "blank.shx; #3\ntwice.shx;1;2\nreplaced.shx;1\nreplaced.shx;4two\ncut.shx;12#3\n"
+             "t\tab.shx;1\nsame.shx;1\nSAME.shx;2\nSame.shx;3\n"
              "gr\xFC\xDF.shx;2 # \xB4\xE5\xC5\xD6\xD7\xCE\nlongest.shx;2#" +
              std::string(511 - 14, 'x') + "\nlast.shx;5");
     const std::pair<const wchar_t*, int> rows[] = {
-        {L"plain.shx", 5},     {L"spaced.shx", 4},       {L"SPACED.SHX", 4},         {L"upper.shx", 3},
-        {L"truetype.ttf", 0},  {L"zero.shx", 0},         {L"no_number.shx", 0},      {L"seven.shx", 7},
-        {L"negative.shx", -1}, {L"nosemicolon.shx4", 0}, {L"hash.shx", 0},           {L"comment.shx", 0},
-        {L"blank.shx", 0},     {L"twice.shx", 12},       {L"replaced.shx", 4},       {L"cut.shx", 12},
-        {L"longest.shx", 2},   {L"last.shx", 5},         {L"gr\u00FC\u00DF.shx", 2},
+        {L"plain.shx", 5},     {L"spaced.shx", 4},         {L"SPACED.SHX", 4},         {L"upper.shx", 3},
+        {L"truetype.ttf", 0},  {L"zero.shx", 0},           {L"no_number.shx", 0},      {L"seven.shx", 7},
+        {L"negative.shx", -1}, {L"nosemicolon.shx4", 0},   {L"hash.shx", 0},           {L"comment.shx", 0},
+        {L"blank.shx", 0},     {L"twice.shx", 12},         {L"replaced.shx", 4},       {L"cut.shx", 12},
+        {L"longest.shx", 2},   {L"last.shx", 5},           {L"gr\u00FC\u00DF.shx", 2}, {L"t\tab.shx", 1},
+        {L"same.shx", 2},      {L"GR\u00DC\u00DF.SHX", 0},
     };
+    g_lateReader.expected = 5;
     for (const auto& [name, index] : rows) {
         EXPECT_EQ(indexOf(name), index) << name;
         const int ids[] = {0, 38, 41, 40, 42, 39};
         EXPECT_EQ(TqCharMapper::getCpByBigFont(name, nullptr), index >= 1 && index <= 5 ? ids[index] : 0) << name;
     }
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST(BigFonts, ReadingStopsWhereItCannotGoOn) {

@@ -8,8 +8,9 @@
 /// \file
 /// Which East Asian code page the text drawn with a big font is in: a built-in list of well-known big font files, then
 /// the user's BIGFONT.INI, then the system's language. The lookups that callers use are TqCharMapper::getCpByBigFont
-/// and TqCharMapper::getCpIndexByBigFont. The user's definitions are one map for the process, kept from load to exit;
-/// what reads or fills it runs in one thread at a time.
+/// and TqCharMapper::getCpIndexByBigFont. The user's definitions are one map for the process, which lives to its
+/// very end: the destructors of static objects may look fonts up. Names are compared by folding ASCII's letters alone,
+/// whatever the locale. What reads or fills the map runs in one thread at a time.
 
 /// How the application finds and reads the user's definitions; the library only calls it. The slots are in the order
 /// that callers' objects have; the caller of a lookup owns the object.
@@ -30,8 +31,8 @@ protected:
 /// `gbcbig.shx ; 5 # Simplified Chinese`: spaces are dropped wherever they stand, a number sign begins a comment, the
 /// name must end in ".shx" in any case, and the number is the decimal integer at the start of what follows the
 /// semicolon. Numbers are not checked, but 0 and no number at all are ignored, and so are lines without a semicolon or
-/// with another extension. Of several lines for one name the last one counts. The character right behind a semicolon
-/// always belongs to the number, whatever it is. Bytes stand for the characters of the same value.
+/// with another extension. Of several lines for one name the last one counts. The character right after a semicolon
+/// always belongs to the number, whatever it is; a tab in a name belongs to the name. Bytes stand for the characters of the same value.
 ///
 /// A file that cannot be opened, or whose path takes 512 bytes or more, changes nothing. A line of more than 511 bytes
 /// ends the reading. A line that ends with its semicolon, or has fewer than four characters in front of it, throws
@@ -39,7 +40,7 @@ protected:
 TQ_API void ReadBigfontIni(const wchar_t* path);
 
 /// The code page index of `fontFile` in the user's definitions, compared without regard to case in the order of the
-/// names, else that of the system's language if that is a double-byte one, else 0 (always 0 here: the system LCID is
+/// names (ordered by their characters' codes, so AB.shx is found before ab.shx), else that of the system's language if that is a double-byte one, else 0 (always 0 here: the system LCID is
 /// 0). The number found is returned as it is, in whatever range.
 ///
 /// With a reader, "BIGFONT.INI" is first looked for and read, once per process. As long as it is not found, every call
