@@ -92,7 +92,7 @@ void TqCharCategory::build() {
 
 // The process-wide object alone can be asked before it is built: by a static initialiser that runs before ours.
 const TqCharCategory& TqCharCategory::built() const {
-    if (m_allPuncts.empty())
+    if (this == &s_instance && m_allPuncts.empty())
         s_instance.build();
     return *this;
 }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -70,6 +71,13 @@ TEST(TqCharCategory, ListsAreWrittenAnewWhateverWasInThem) {
         const_cast<Puncts&>(category.allPuncts()).assign(1, L'x');
         category.initLeftPuncts();
         EXPECT_EQ(category.allPuncts(), Puncts(1, L'x'));
+
+        auto& shared = const_cast<wchar_t&>(TqCharCategory::s_instance.allPuncts().front());
+        const wchar_t before = std::exchange(shared, L'x');
+        const TqCharCategory taken = std::move(category);
+        EXPECT_EQ(taken.rightPuncts(), sorted(kRight));
+        EXPECT_TRUE(category.allPuncts().empty()) << "what was moved from holds nothing";
+        EXPECT_EQ(std::exchange(shared, before), L'x') << "and writes nothing to the shared lists";
     }
 }
 
