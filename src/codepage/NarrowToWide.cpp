@@ -30,6 +30,7 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     if (hasText)
         end = endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
     const auto keeper = recordWith(out, src);
+    const int slots = out.physicalLength();
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;
@@ -37,13 +38,16 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
         const TextProgress start = widenWithAvx2(src, end, textEnd);
         textEnd = kWideKernels.narrowToWide(src + start.taken, end, textEnd + start.written);
     }
-    terminate(out, elements, textEnd);
+    terminate(out, elements, textEnd, slots);
 }
 
 void TqCharMapper::multiByteToWideChar(code_page_id id, unsigned int, const char* src, int length,
                                        TqVector<wchar_t>& out) {
-    if (id == kCodePageUtf8)
-        out.append(onlyUtf8Character(src));
-    else
+    if (id != kCodePageUtf8) {
         multiByteToWideChar(id, src, length, out);
+        return;
+    }
+    const wchar_t character = onlyUtf8Character(src); // which may lie in the vector
+    const auto earlier = static_cast<std::size_t>(out.logicalLength());
+    resize(out, earlier + 1)[earlier] = character;
 }

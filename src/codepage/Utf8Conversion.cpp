@@ -23,9 +23,10 @@ std::size_t utf8Extent(const char* src, int length) {
 void TqCharMapper::utf8ToUnicode(const char* src, int length, TqVector<wchar_t>& out) {
     const std::size_t extent = utf8Extent(src, length);
     const auto keeper = recordWith(out, src);
+    const int slots = out.physicalLength();
     wchar_t* elements = resize(out, extent + 1);
     wchar_t* textEnd = extent == 0 ? elements : kWideKernels.utf8ToWide(src, src + extent, elements);
-    terminate(out, elements, textEnd);
+    terminate(out, elements, textEnd, slots);
 }
 
 void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>& out) {
@@ -36,6 +37,6 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
     const TextMeasure text = measure(src, limit, wideToUtf8Size);
     const auto keeper = recordWith(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
-    char* elements = resize(out, earlier + text.size + 1);
-    terminate(out, elements, kWideKernels.wideToUtf8(src, src + text.count, elements + earlier));
+    char* textBegin = resize(out, earlier + text.size + 1) + earlier;
+    *kWideKernels.wideToUtf8(src, src + text.count, textBegin) = 0;
 }

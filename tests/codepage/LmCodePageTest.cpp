@@ -96,6 +96,7 @@ TEST(LmCodePage, LanguagesAreLookedUpWhole) {
         ASSERT_EQ(LmCodePage::LCIDToCharSet(lcid), charSet.value_or(1)) << std::hex << lcid;
         ASSERT_EQ(LmCodePage::LanguageToCharSet(static_cast<int>(lcid)), charSet.value_or(1));
         ASSERT_EQ(LmCodePage::LCIDToCharSet(lcid | 0x10000), 1) << "all 32 bits count";
+        ASSERT_EQ(LmCodePage::LanguageToCharSet(static_cast<int>(lcid | 0x10000)), 1);
         ASSERT_EQ(LmCodePage::LanguageToCodePage(shortLcid), charSet ? valueOr(kCodePageOfCharSet, *charSet, 0) : 0);
         const int index = charSet ? valueOr(kIndexOfCharSet, *charSet, 0) : 0;
         ASSERT_EQ(LmCodePage::LanguageToCodePageIndex(static_cast<short>(shortLcid)), index);

@@ -112,6 +112,17 @@ TEST(GetStringType, KnowsTheFlagsOfTypicalCharacters) {
     types.pop_back();
     EXPECT_EQ(types, expected);
 
+    // From 128 on the locale decides, but for the digits, which are ASCII's alone.
+    for (const char* name : {"C", "C.UTF-8"}) {
+        const LocaleScope locale(name);
+        const unsigned short letter = std::strcmp(name, "C") == 0 ? 0 : kC1Alpha;
+        EXPECT_TRUE(TqCharOp::GetStringType(1, L"\u00C9\u00E9\u0665\uFF21", 4, types.data()));
+        EXPECT_EQ(types[0], letter | (letter != 0 ? kC1Upper : 0)) << name;
+        EXPECT_EQ(types[1], letter | (letter != 0 ? kC1Lower : 0)) << name;
+        EXPECT_EQ(types[2] & (kC1Digit | kC1XDigit), 0) << name;
+        EXPECT_EQ(types[3] & (kC1XDigit | kC1Alpha), letter) << name;
+    }
+
     unsigned short type = 0x5555;
     EXPECT_TRUE(TqCharOp::GetStringType(0xFFFF, L"\0", 1, &type)) << "a count may reach over a terminator";
     EXPECT_EQ(type, kC1Cntrl);

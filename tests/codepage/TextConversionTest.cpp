@@ -7,6 +7,7 @@
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
+#include <array>
 #include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -364,6 +365,37 @@ TEST(ConversionOutput, LeavesSharersAlone) {
     EXPECT_EQ(contents(narrowSharer), "one\0"s);
 }
 
+// Appending many pieces moves what is there a few times only, and no text keeps many more slots than it needs.
+TEST(ConversionOutput, RoomGrowsInProportionAndIsGivenBack) {
+    TqVector<wchar_t> wide;
+    TqVector<wchar_t> characters;
+    TqVector<char> narrow;
+    TqVector<char> utf8;
+    const std::wstring piece(50, L'\u00E9');
+    const std::string escapes = reference::wideToNarrow(piece.c_str(), 50);
+    int moves = 0;
+    const auto slots = [&] {
+        return std::array{wide.physicalLength(), characters.physicalLength(), narrow.physicalLength(),
+                          utf8.physicalLength()};
+    };
+    for (int i = 0; i < 2000; ++i) {
+        const auto before = slots();
+        TqCharMapper::multiByteToWideChar(kCodePageWestern, escapes.c_str(), 350, wide);
+        TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0U, "\xC3\xA9", 2, characters);
+        TqCharMapper::wideCharToMultiByte(kCodePageWestern, piece.c_str(), 50, narrow);
+        TqCharMapper::unicodeToUtf8(piece.c_str(), 50, utf8);
+        const auto after = slots();
+        for (std::size_t k = 0; k < before.size(); ++k)
+            moves += before[k] != after[k] ? 1 : 0;
+        ASSERT_LE(wide.physicalLength(), 2 * wide.logicalLength() + 1);
+    }
+    EXPECT_EQ(wide.logicalLength(), 2000 * 51);
+    EXPECT_LE(moves, 4 * 16);
+    TqCharMapper::utf8ToUnicode("\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD", 18,
+                                characters = TqVector<wchar_t>());
+    EXPECT_LE(characters.physicalLength(), 14);
+}
+
 TEST(ConversionOutput, RefusesMoreThanItCanCount) {
     TqVector<char> full;
     full.setLogicalLength(INT_MAX);
@@ -403,6 +435,10 @@ TEST(ConversionOutput, MayHoldTheSource) {
         EXPECT_EQ(contents(wide), wideBefore + reference::narrowToWide(text.c_str(), INT_MAX) + L'\0');
         TqCharMapper::utf8ToUnicode(sourceIn<char>(wide), 0, wide);
         EXPECT_EQ(contents(wide), widened(text) + L'\0');
+
+        auto utf8 = holding<char>(wideText, slots);
+        TqCharMapper::unicodeToUtf8(sourceIn<wchar_t>(utf8), 200, utf8);
+        EXPECT_EQ(contents(utf8), before + reference::unicodeToUtf8(wideText.c_str(), 200) + '\0');
     }
 }
 
