@@ -35,7 +35,7 @@ CMapStringToString::CPair* CMapStringToString::PLookup(const wchar_t* /*key*/) {
 }
 
 CMapStringToString::String& CMapStringToString::operator[](const wchar_t* /*key*/) {
-    static String s_nothing;
+    static String& s_nothing = *new String; // never destroyed: destructors of static objects may ask too
     s_nothing.clear();
     return s_nothing;
 }

@@ -170,6 +170,10 @@ long long CStringArray::append(std::wstring_view value) {
 long long CStringArray::Append(const CStringArray& other) {
     const long long oldSize = m_nSize;
     const long long added = other.m_nSize; // taken first, for the case that the two arrays are one
+    if (oldSize == 0 && added == 0) {
+        SetSize(0); // which gives the storage back
+        return 0;
+    }
     reserve(sum(oldSize, added));
     std::uninitialized_copy_n(other.m_pData, added, m_pData + oldSize);
     m_nSize = oldSize + added;

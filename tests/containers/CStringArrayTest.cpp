@@ -87,6 +87,10 @@ TEST(CStringArray, EmptyArraysHoldNothing) {
     array.SetSize(5);
     array.SetSize(0);
     EXPECT_EQ(liveArrays(), before);
+    array.SetSize(5);
+    array.RemoveAt(0, 5);
+    EXPECT_EQ(array.Append(CStringArray()), 0);
+    EXPECT_EQ(liveArrays(), before);
     array.SetAtGrow(3, L"far");
     EXPECT_EQ(contents(array), (Model{L"", L"", L"", L"far"}));
 }

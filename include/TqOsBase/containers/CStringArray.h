@@ -53,7 +53,8 @@ public:
     /// Appends and returns the new element's index.
     long long Add(const wchar_t* value);
     long long Add(const String& value);
-    /// Appends copies of the other array's elements (this array itself is doubled) and returns the old size.
+    /// Appends copies of the other array's elements (this array itself is doubled) and returns the old size. When both
+    /// are empty, the storage is given back as by SetSize(0).
     long long Append(const CStringArray& other);
     /// Takes the other array's elements in place of its own; grow-by stays.
     void Copy(const CStringArray& other);
