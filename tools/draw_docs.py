@@ -56,8 +56,8 @@ def rooms():
     flows = [
         ("text", "narrow to wide", {"codepage": "look for escapes", "containers": "room for the result",
                                     "memory": "record of the vector"}),
-        ("length", "%q to text", {"format": "unit, feet, fraction", "fltcvt": "hard digits only"}),
-        ("file", "open, write, close", {"stream": "16 KiB behind", "containers": "names held exclusively",
+        ("length", "%q to text", {"format": "unit, feet, fraction", "fltcvt": "digits, exactly"}),
+        ("file", "open, write, close", {"stream": "writes collected", "containers": "names held exclusively",
                                         "memory": "the buffer", "diag": "status, exceptions",
                                         "platform": "name, open, lock, write"}),
     ]
