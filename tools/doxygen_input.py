@@ -3,14 +3,22 @@
 
 In the headers one comment stands for all overloads that follow it without a blank line, and that of a copy constructor
 for the assignment behind it. Doxygen wants each to have its own, so it is repeated in front of them, on the same line,
-to keep the line numbers of warnings. And Doxygen leaves out the free names of a file without a file comment, and says
-nothing: every header gets one at its end."""
+to keep the line numbers of warnings. Doxygen leaves out the free names of a file without a file comment, and says
+nothing: every header gets one at its end. It makes dead links to the members of a union without a name, whose braces are
+left out, and to types declared in a private part, which is left out as a whole.
+
+In headers and pages alike, Doxygen drops a % in front of a word that is not quoted, where it turns a link off, and
+keeps the backslash of \\| in a table's code: both are written as it wants them."""
 
 import re
 import sys
 
 # A dereferenced name in a comment, which Markdown would take for emphasis.
 STAR = re.compile(r"(?<=[\s(])\*(?=\w)")
+PERCENT = re.compile(r'("[^"]*")|%(?=[A-Za-z_])')
+CODE_WITH_BAR = re.compile(r"`([^`]*\\\|[^`]*)`")
+PRIVATE_PART = re.compile(r"^private:\n(?:(?!\};).*\n)*", re.MULTILINE)
+UNNAMED_UNION = re.compile(r"^    union \{\n((?:        .*\n)+)    \};\n", re.MULTILINE)
 NAME = re.compile(r"(operator[^(\s]*(?:\(\))?|~?\w+)\s*\(")
 
 
@@ -23,7 +31,7 @@ def repeat_for_overloads(lines):
         elif text.startswith("///"):
             if text not in ("/// @{", "/// @}"):
                 comment.append(text[3:])
-            line = STAR.sub(r"\\*", line)
+            line = with_percents(STAR.sub(r"\\*", line))
         elif not text or text.startswith(("#", "//")):
             comment, documented, name = [], [], None
         else:
@@ -47,6 +55,25 @@ def opened(text):
     return sum(text.count(c) for c in "({") - sum(text.count(c) for c in ")}")
 
 
-with open(sys.argv[1], encoding="utf-8") as header:
-    sys.stdout.writelines(repeat_for_overloads(header))
-print("/** @file\n    <!-- declarations of one header --> */")
+def with_percents(line):
+    return PERCENT.sub(lambda found: found[1] or "%%", line)
+
+
+def page(lines):
+    is_code = False
+    for line in lines:
+        is_code ^= line.startswith("```")
+        if not is_code:
+            line = CODE_WITH_BAR.sub(r"<code>\1</code>", with_percents(line))
+        yield line
+
+
+with open(sys.argv[1], encoding="utf-8") as file:
+    text = file.read()
+if sys.argv[1].endswith(".md"):
+    sys.stdout.writelines(page(text.splitlines(keepends=True)))
+else:
+    text = UNNAMED_UNION.sub(r"\n\1\n", text)
+    text = PRIVATE_PART.sub(lambda part: "\n" * part[0].count("\n"), text)
+    sys.stdout.writelines(repeat_for_overloads(text.splitlines(keepends=True)))
+    print("/** @file\n    <!-- declarations of one header --> */")

@@ -30,7 +30,7 @@ struct TqFCvtAllocator {
 
     union {
         TqLock* m_pNoLock; ///< Until the allocator is built.
-        TqLocker m_locker;
+        TqLocker m_locker; ///< From then on.
     };
     std::uint64_t m_pool[kPoolBytes / 8]; ///< Blocks are cut from it in order.
     unsigned char* m_cursor;              ///< First byte of the pool that was never used.
