@@ -1,5 +1,8 @@
 #include <TqOsBase/containers/CMapStringToString.h>
 
+#include <cstddef>
+#include <new>
+
 CMapStringToString::CMapStringToString(long long /*nBlockSize*/) {}
 CMapStringToString::~CMapStringToString() {}
 
@@ -35,7 +38,9 @@ CMapStringToString::CPair* CMapStringToString::PLookup(const wchar_t* /*key*/) {
 }
 
 CMapStringToString::String& CMapStringToString::operator[](const wchar_t* /*key*/) {
-    static String& s_nothing = *new String; // never destroyed: destructors of static objects may ask too
+    // Never destroyed: destructors of static objects may ask, too.
+    alignas(String) static std::byte storage[sizeof(String)];
+    static String& s_nothing = *::new (storage) String;
     s_nothing.clear();
     return s_nothing;
 }
