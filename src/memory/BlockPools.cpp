@@ -35,11 +35,11 @@ void unlinkSegment(Segment*& head, Segment& segment) noexcept {
         segmentWith(segment.next)->previous = segment.previous;
 }
 
-// Chains the descriptors of pages [first, last) in address order and returns the first.
-Page* chainPages(std::byte* segment, std::size_t first, std::size_t last) noexcept {
+// Chains fresh descriptors of pages [first, last) in address order and returns the first.
+Page* chainPages(std::byte* segment, std::size_t first, std::size_t last, std::uint16_t flags) noexcept {
     Page* next = nullptr;
     for (std::size_t i = last; i > first; --i) {
-        next = new (pageAt(segment, i - 1)) Page{.next = next};
+        next = new (pageAt(segment, i - 1)) Page{.next = next, .flags = flags};
     }
     return next;
 }
@@ -106,14 +106,14 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
     std::byte* const base = segments.preallocNewPage(0);
     if (base == nullptr)
         return nullptr;
-    if (!SegmentTable::commit(base, kInitialPages * kPageBytes)) {
+    if (!SegmentTable::commit(base, 0, kInitialPages)) {
         segments.release(base);
         return nullptr;
     }
     platform::markUsed(base, kHeaderPages * kPageBytes);
     platform::markFree(base + kHeaderPages * kPageBytes, kUsablePages * kPageBytes);
-    return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages),
-                              .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment),
+    return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages, 0),
+                              .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment, kUncommitted),
                               .next = 0,
                               .previous = 0,
                               .committedCount = kInitialPages - kHeaderPages,
@@ -133,8 +133,7 @@ bool BlockPools::reallocBlockFromPage(Segment& segment) noexcept {
     }
     const auto end = static_cast<std::uint32_t>(pageIndex(*last) + 1);
     if (end > segment.highWater) {
-        std::byte* const fresh = segmentStart(&segment) + segment.highWater * kPageBytes;
-        if (!SegmentTable::commit(fresh, (end - segment.highWater) * kPageBytes))
+        if (!SegmentTable::commit(segmentStart(&segment), segment.highWater, end))
             return false;
         segment.highWater = end;
     }

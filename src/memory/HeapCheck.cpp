@@ -192,6 +192,7 @@ private:
             const Page& page = *pageAt(base, index);
             require(!(committed[index] && uncommitted[index]), "page in two lists", id, index);
             require(!isFree || m_listed.count(base + index * kPageBytes) == 0, "free page in a pool", id, index);
+            require(((page.flags & kUncommitted) != 0) == uncommitted[index], "mark of an uncommitted page", id, index);
             require(page.poolNumber <= kBlockPoolCount, "pool number of a run", id, index);
             if (!isFree && m_listed.count(base + index * kPageBytes) == 0)
                 checkFull(page, &m_heap.blockPools().pool(page.poolNumber), id, index);

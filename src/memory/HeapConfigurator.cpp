@@ -18,9 +18,11 @@ constexpr bool isAcceptable(std::uintptr_t address) {
 } // namespace
 
 constinit std::uintptr_t TqHeapConfigurator::pStartAddress = kNoReservation;
+constinit std::size_t TqHeapConfigurator::pagesOfSystemPage = 1;
 
 bool TqHeapConfigurator::reserveMemory() noexcept {
     static std::uint32_t PREADDRVALUE = 1;
+    pagesOfSystemPage = platform::pageBytes() / kPageBytes;
     if (!platform::choosesOwnLayout()) {
         for (; PREADDRVALUE <= kLastDistinctCounter; ++PREADDRVALUE) {
             const std::uintptr_t hint = hintAddress(PREADDRVALUE);

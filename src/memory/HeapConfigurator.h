@@ -19,8 +19,11 @@ struct TqHeapConfigurator {
     static constexpr std::int16_t kMaxPageId = kSegmentCount - 1;
     /// Identifier whose state comes first in the segment state table.
     static constexpr std::int16_t mOffSetId = 0;
-    /// Start of the reservation. Without one it is so high that no address of a process lies in the range behind it.
+    /// Start of the reservation. Without one it is so high that no address of a process lies in the range after it.
     [[gnu::visibility("hidden")]] static constinit std::uintptr_t pStartAddress;
+
+    /// Pages that fill one page of the system: a power of two, 1 where it is no larger.
+    [[gnu::visibility("hidden")]] static constinit std::size_t pagesOfSystemPage;
 
     /// The address that try number `counter` asks for. Only every fourth counter gives one that can succeed: 64 GiB
     /// for 1, negative addresses for 2 and 3, 0 for 4, and 64 GiB again for 5.
@@ -29,7 +32,7 @@ struct TqHeapConfigurator {
         return static_cast<std::uintptr_t>(std::int64_t{shifted} * 64);
     }
 
-    /// Reserves kReservationBytes without access rights and sets pStartAddress: at one of the hints, else, once they
+    /// Reserves kReservationBytes without access rights and sets the two above: at one of the hints, else, once they
     /// begin to repeat, at an address of the system's choosing. Returns false when neither can be had.
     static bool reserveMemory() noexcept;
 

@@ -29,8 +29,12 @@
 //   pages [0, h) are accessible and no others: pages in pools and committed free pages lie below h
 //   pages [h, 256) are on the uncommitted list, at its end, in address order; those of it below h were given back, or
 //   have kPending and are to be
-//   poolNumber == 0 for each page that is in no pool
+//   poolNumber == 0 for each page that is in no pool; kUncommitted marks those on the uncommitted list, and no others
 //   in list A  <=>  c > 0;   in list B  <=>  c == 0 and n > 0
+//
+// The system's pages may be larger than the heap's. All of the above is the same there; only rights and memory come and
+// go by whole pages of the system: the one that page h - 1 lies in is accessible to its end, and one goes back when all
+// pages in it are on the uncommitted list.
 //
 // For every segment record of the page pools, at index k:
 //   state of segment k has kSegmentOfUnits  <=>  identifier == k  <=>  its page pool lists it
@@ -51,6 +55,8 @@ inline constexpr std::uint32_t kCommittedReserve = 16;
 inline constexpr std::uint16_t kFreeListMode = 1;
 /// Flag of a page on its segment's uncommitted list: its memory is yet to be given back.
 inline constexpr std::uint16_t kPending = 2;
+/// Flag of every page on its segment's uncommitted list: it holds nothing that anyone wants.
+inline constexpr std::uint16_t kUncommitted = 4;
 
 /// Descriptor of one page of a block segment.
 struct Page {
@@ -70,7 +76,7 @@ struct Segment {
     std::uint32_t previous;
     std::uint32_t committedCount;
     std::uint32_t uncommittedCount;
-    std::uint32_t highWater; ///< Number of the first page that was never made accessible.
+    std::uint32_t highWater; ///< Number of the first page that was never committed.
 };
 
 /// Record of a segment that serves a page pool. All zero while it does not, so that a table of them needs no filling.
@@ -106,6 +112,16 @@ inline std::byte* segmentStart(const void* address) noexcept {
 
 inline Segment* segmentHeader(const void* address) noexcept {
     return reinterpret_cast<Segment*>(segmentStart(address));
+}
+
+/// The first page of a segment, at or before page `index`, that begins a page of the system.
+inline std::size_t systemPageDown(std::size_t index) noexcept {
+    return index & ~(TqHeapConfigurator::pagesOfSystemPage - 1);
+}
+
+/// The first page of a segment, from page `index` on, that begins a page of the system.
+inline std::size_t systemPageUp(std::size_t index) noexcept {
+    return systemPageDown(index + TqHeapConfigurator::pagesOfSystemPage - 1);
 }
 
 /// Descriptor of page `index` of a block segment.

@@ -31,8 +31,8 @@ struct Counts {
     std::array<Count, kPagePoolCount + 1> units{};
 };
 
-State freePageState(const detail::Segment& segment, const detail::Page& page, bool isReserve) {
-    if (isReserve)
+State freePageState(const detail::Segment& segment, const detail::Page& page) {
+    if ((page.flags & detail::kUncommitted) == 0)
         return State::eReserve;
     if (detail::pageIndex(page) >= segment.highWater)
         return State::eUntouched;
@@ -42,9 +42,6 @@ State freePageState(const detail::Segment& segment, const detail::Page& page, bo
 void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
     std::byte* const base = TqHeapConfigurator::segmentAddress(report.number);
     const detail::Segment& segment = *detail::segmentHeader(base);
-    std::bitset<kPagesPerSegment> reserve;
-    for (const detail::Page* page = segment.committedFree; page != nullptr; page = page->next)
-        reserve.set(detail::pageIndex(*page));
     for (std::size_t index = 0; index < kPagesPerSegment; ++index) {
         HeapReport::Page& out = report.pages[index];
         if (index < detail::kHeaderPages) {
@@ -53,7 +50,7 @@ void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
         }
         const detail::Page& page = *detail::pageAt(base, index);
         if (page.poolNumber == 0) {
-            out = {freePageState(segment, page, reserve[index]), 0, 0, 0};
+            out = {freePageState(segment, page), 0, 0, 0};
             continue;
         }
         const detail::BlockPool& pool = g_tqGlobalHeap.blockPools().pool(page.poolNumber);
@@ -140,9 +137,7 @@ HeapReport heapReport() {
         HeapReport::Segment& segment = report.segments.emplace_back();
         segment.number = number;
         segment.servesPages = (g_tqGlobalHeap.segments().state(number) & detail::kSegmentOfUnits) != 0;
-        segment.resident =
-            platform::residentPages(TqHeapConfigurator::segmentAddress(number), kPagesPerSegment, kPageBytes) *
-            kPageBytes;
+        segment.resident = platform::residentBytes(TqHeapConfigurator::segmentAddress(number), detail::kSegmentBytes);
         if (segment.servesPages)
             fillUnitSegment(segment, counts);
         else

@@ -25,7 +25,7 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
         std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
         if (base == nullptr)
             return nullptr;
-        if (!SegmentTable::commit(base, kSegmentBytes)) {
+        if (!SegmentTable::commit(base, 0, kPagesPerSegment)) {
             segments.release(base);
             return nullptr;
         }

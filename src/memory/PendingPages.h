@@ -15,7 +15,13 @@ public:
     /// All pages are given back when this many were added.
     static constexpr std::size_t kMost = 256;
 
-    void add(Page& page) noexcept;
+    /// Adds a page that comes onto its segment's uncommitted list, and marks it so.
+    void add(Page& page) noexcept {
+        page.flags = kPending | kUncommitted;
+        m_pages[m_count++] = &page;
+        if (m_count == kMost) [[unlikely]]
+            flush();
+    }
     /// Forgets the pages of `segment`, which is given back as a whole.
     void drop(const std::byte* segment) noexcept;
 

@@ -52,9 +52,13 @@ void SegmentTable::release(std::byte* segment) noexcept {
     platform::makeInaccessible(segment, kSegmentBytes);
 }
 
-bool SegmentTable::commit(std::byte* address, std::size_t size) noexcept {
+bool SegmentTable::commit(std::byte* segment, std::size_t from, std::size_t to) noexcept {
+    const std::size_t first = systemPageUp(from) * kPageBytes;
+    const std::size_t end = systemPageUp(to) * kPageBytes;
+    if (first == end)
+        return true;
     for (int attempt = 0; attempt < kCommitAttempts; ++attempt)
-        if (platform::makeAccessible(address, size))
+        if (platform::makeAccessible(segment + first, end - first))
             return true;
     return false;
 }

@@ -37,8 +37,9 @@ public:
     /// Makes a segment inaccessible and free again.
     void release(std::byte* segment) noexcept;
 
-    /// Makes part of a segment in use readable and writable; false when the system refuses several times.
-    static bool commit(std::byte* address, std::size_t size) noexcept;
+    /// Makes pages [from, to) of a segment in use readable and writable, as those before them are already; false when
+    /// the system refuses several times.
+    static bool commit(std::byte* segment, std::size_t from, std::size_t to) noexcept;
     /// Gives the memory of a free page back, now or later, together with that of others.
     void giveBackPage(Page& page) noexcept { m_pending.add(page); }
 

@@ -20,6 +20,7 @@ namespace tq::platform {
 
 /// Whether `size` bytes from `text` on may be read although the text may end before. What lies in the page of a byte
 /// that may be read, may be read too; but checkers of memory and threads have stricter rules, so not where one watches.
+/// The system's pages may be larger than the ones counted with here; no page of 4096 bytes lies in two of them.
 inline bool mayReadBehind(const void* text, std::size_t size) noexcept {
     constexpr std::uintptr_t kPageBytes = 4096;
     constexpr bool kIsChecked = kMarksMemory || TQ_BUILT_WITH_TSAN != 0;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #if defined(__has_feature)
 #define TQ_HAS_FEATURE(feature) __has_feature(feature)
@@ -21,6 +22,10 @@ bool choosesOwnLayout() noexcept {
 #else
     return false;
 #endif
+}
+
+std::size_t pageBytes() noexcept {
+    return static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
 bool reserveAt(std::uintptr_t address, std::size_t size) noexcept {
@@ -52,19 +57,21 @@ void giveBack(void* address, std::size_t size) noexcept {
     ::madvise(address, size, giveBackAdvice());
 }
 
-std::size_t residentPages(const void* address, std::size_t count, std::size_t pageSize) noexcept {
+std::size_t residentBytes(const void* address, std::size_t size) noexcept {
     ResidenceByte states[256];
+    const std::size_t page = pageBytes();
+    const std::size_t count = size / page;
     std::size_t resident = 0;
     const auto* const first = static_cast<const char*>(address);
     for (std::size_t done = 0; done < count; done += std::size(states)) {
         const std::size_t step = std::min(count - done, std::size(states));
-        void* const start = const_cast<char*>(first + done * pageSize);
-        if (::mincore(start, step * pageSize, states) != 0)
+        void* const start = const_cast<char*>(first + done * page);
+        if (::mincore(start, step * page, states) != 0)
             return 0;
         resident += static_cast<std::size_t>(
             std::count_if(states, states + step, [](ResidenceByte state) { return (state & 1) != 0; }));
     }
-    return resident;
+    return resident * page;
 }
 
 std::uintptr_t reserveAnywhere(std::size_t size, std::size_t alignment) noexcept {

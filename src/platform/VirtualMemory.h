@@ -3,12 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 
-// Address space and its pages, as the pooled heap needs them. Addresses and sizes are multiples of the page size.
+// Address space and its pages, as the pooled heap needs them. Addresses and sizes are multiples of pageBytes().
 namespace tq::platform {
 
 /// True when the program is built with a tool that lays out the address space itself (address, thread or memory
 /// sanitizer): an address of our own choosing may then lie in the tool's tables.
 bool choosesOwnLayout() noexcept;
+
+/// Size of the system's pages: a power of two, 4096 or more (16 KiB on Apple silicon, up to 64 KiB on arm64 Linux).
+std::size_t pageBytes() noexcept;
 
 /// Reserves `size` bytes without access rights at exactly `address` (0 included, where the system allows that).
 /// Returns false, with nothing changed, when any part of the range is taken or the system refuses.
@@ -31,8 +34,7 @@ void makeInaccessible(void* address, std::size_t size) noexcept;
 /// memory again when they are next written to.
 void giveBack(void* address, std::size_t size) noexcept;
 
-/// Number of the pages that hold memory, of `count` mapped pages of `pageSize` bytes (the system's) from `address` on;
-/// 0 when the system does not tell.
-std::size_t residentPages(const void* address, std::size_t count, std::size_t pageSize) noexcept;
+/// Bytes of the pages that hold memory, of the `size` mapped bytes from `address` on; 0 when the system does not tell.
+std::size_t residentBytes(const void* address, std::size_t size) noexcept;
 
 } // namespace tq::platform

@@ -13,6 +13,7 @@
 namespace {
 
 const auto kFirstHint = std::uintptr_t{64} << 30;
+constexpr std::uintptr_t kLargestSystemPage = 65536;
 constexpr std::size_t kReservation = std::size_t{8} << 30;
 
 struct Library {
@@ -68,7 +69,7 @@ void useEverySize(const Library& library, bool pooled) {
 
 // What someone else has mapped in the middle of the first choice stays there, and the heap goes elsewhere.
 void withTheHintTaken(const char* path) {
-    void* const wanted = reinterpret_cast<void*>(kFirstHint + 12345 * std::uintptr_t{4096});
+    void* const wanted = reinterpret_cast<void*>(kFirstHint + 12345 * kLargestSystemPage);
     auto* const mine =
         static_cast<char*>(::mmap(wanted, 8192, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     require(mine == wanted, "a mapping in the way");

@@ -14,7 +14,7 @@ namespace tq {
 /// What the global heap holds at one moment: which memory it has, and what its pools made of it. Blocks of the C
 /// library, which serves the sizes between the pools', are not part of it.
 struct HeapReport {
-    static constexpr std::size_t kPageBytes = 4096;      ///< Size of a page.
+    static constexpr std::size_t kPageBytes = 4096;      ///< Size of a page, whatever the system's is.
     static constexpr std::size_t kPagesPerSegment = 256; ///< A segment is 1 MiB.
 
     /// A pool that owns memory. Block pools cut blocks from pages; page pools cut units of whole pages from segments.
@@ -33,8 +33,8 @@ struct HeapReport {
     /// What a page is there for.
     enum class PageState : std::uint8_t {
         eHeader,    ///< Holds the descriptors of the segment's pages.
-        eUntouched, ///< Was never accessible.
-        eGivenBack, ///< Free; its memory was given back to the system.
+        eUntouched, ///< Was never committed.
+        eGivenBack, ///< Free; its memory went back to the system, or does once all in the system's page are free.
         eWaiting,   ///< Free; its memory is about to be given back.
         eReserve,   ///< Free, with its memory, for the next pool that needs a page.
         eInPool,    ///< Belongs to a pool.
