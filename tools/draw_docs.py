@@ -42,6 +42,10 @@ class Picture:
     def circle(self, x, y, radius, fill="none", stroke=INK):
         self.parts.append(f'<circle cx="{x:g}" cy="{y:g}" r="{radius:g}" fill="{fill}" stroke="{stroke}"/>')
 
+    def area(self, points, fill):
+        corners = " ".join(f"{x:g},{y:g}" for x, y in points)
+        self.parts.append(f'<polygon points="{corners}" fill="{fill}"/>')
+
     def finish(self):
         return "\n".join(self.parts + ["</svg>", ""])
 
@@ -89,53 +93,69 @@ def rooms():
 
 def heap():
     """From the reservation to a unit."""
-    p = Picture(960, 470)
-    x0, width = 20, 920
-    p.text(x0, 26, "The reservation: 8 GiB of addresses, 8192 segments of 1 MiB, state[k] for each", 14, bold=True)
-    kinds = [(PAPER, "0"), (PAPER, "1"), (PAPER, "…"), (PAPER, "4092"), (BLUE, "4093"), (PAPER, "4094"),
-             (GREEN, "4095"), (BLUE, "4096"), (PAPER, "4097"), (PAPER, "…"), (PAPER, "8190"), (PAPER, "8191")]
-    cell = width / len(kinds)
-    for i, (fill, label) in enumerate(kinds):
-        p.box(x0 + i * cell, 40, cell, 34, fill)
-        p.text(x0 + (i + 0.5) * cell, 62, label, 12, "middle")
-    p.line([(x0 + 7 * cell, 74), (x0, 150)], FAINT)
-    p.line([(x0 + 8 * cell, 74), (x0 + width, 150)], FAINT)
-    for i, (fill, label) in enumerate(((BLUE, "serves blocks, page by page"), (GREEN, "serves units of whole pages"),
-                                       (PAPER, "free: addresses without memory (0 is never used)"))):
-        p.box(20 + i * 230, 88, 14, 14, fill)
-        p.text(40 + i * 230, 100, label, 12, halo=True)
+    left, width = 20, 920
+    p = Picture(960, 590)
+    panel = "#f6f8fa"
 
-    y = 150
-    p.text(x0, y - 8, "A segment of blocks: 256 pages of 4096 bytes", 14, bold=True, halo=True)
-    pages = [GREY, GREY] + [BLUE] * 9 + [AMBER, BLUE, AMBER, BLUE, AMBER] + [PAPER] * 12
-    cell = width / len(pages)
+    def legend(y, entries):
+        x = left + 12
+        for fill, label in entries:
+            p.box(x, y - 12, 14, 14, fill, dash="3 3" if fill == panel else "")
+            p.text(x + 20, y, label, 12)
+            x += 52 + 6.4 * len(label)
+
+    def zoom(start, end, y, top, bottom):
+        """A panel from `top` to `bottom`, opened by what lies from `start` to `end` above it."""
+        p.area([(start, y), (end, y), (left + width, top), (left + width, bottom), (left, bottom), (left, top)], panel)
+        p.line([(start, y), (left, top)], FAINT)
+        p.line([(end, y), (left + width, top)], FAINT)
+
+    p.text(left, 26, "The reservation: 8 GiB of addresses, 8192 segments of 1 MiB", 14, bold=True)
+    legend(50, ((BLUE, "serves blocks"), (GREEN, "serves units of whole pages"),
+                (PAPER, "not in use: addresses without memory")))
+    segments = [(PAPER, "0"), (PAPER, "1"), (PAPER, "…"), (PAPER, "4092"), (BLUE, "4093"), (PAPER, "4094"),
+                (GREEN, "4095"), (BLUE, "4096"), (PAPER, "4097"), (PAPER, "…"), (PAPER, "8190"), (PAPER, "8191")]
+    cell = width / len(segments)
+    zoom(left + 7 * cell, left + 8 * cell, 94, 124, 256)
+    for i, (fill, label) in enumerate(segments):
+        p.box(left + i * cell, 62, cell, 32, fill)
+        p.text(left + (i + 0.5) * cell, 82, label, 12, "middle")
+
+    p.text(left + 12, 148, "A segment that serves blocks: 256 pages of 4096 bytes", 14, bold=True)
+    legend(172, ((GREY, "descriptors of the pages"), (BLUE, "in a pool"), (AMBER, "free, memory kept (at most 16)"),
+                 (panel, "not accessible yet")))
+    pages = [GREY] * 2 + [BLUE] * 9 + [AMBER, BLUE, AMBER, BLUE, AMBER] + [panel] * 12
+    cell = (width - 24) / len(pages)
+    x0 = left + 12
+    p.line([(x0, 206), (x0, 200), (x0 + 16 * cell, 200), (x0 + 16 * cell, 206)], FAINT)
+    p.text(x0 + 8 * cell, 195, "accessible: 16 pages at first, then up to 16 more at a time", 12, "middle")
+    zoom(x0 + 6 * cell, x0 + 7 * cell, 246, 286, 444)
     for i, fill in enumerate(pages):
-        p.box(x0 + i * cell, y, cell, 40, fill, dash="3 3" if fill == PAPER else "")
-    p.line([(x0 + 6 * cell, 190), (x0, 320)], FAINT)
-    p.line([(x0 + 7 * cell, 190), (x0 + width, 320)], FAINT)
-    p.text(x0 + cell, y + 58, "descriptors", 12, "middle", halo=True)
-    p.text(x0 + cell, y + 73, "of all pages", 12, "middle", halo=True)
-    p.text(x0 + 6.5 * cell, y + 58, "pages in pools: units of one size each", 12, "middle", halo=True)
-    p.text(x0 + 13.6 * cell, y + 58, "free, memory kept (at most 16)", 12, "middle", halo=True)
-    p.text(x0 + 22 * cell, y + 58, "never accessible so far", 12, "middle", halo=True)
-    p.line([(x0, y + 84), (x0 + 16 * cell, y + 84)], FAINT)
-    p.text(x0 + 8 * cell, y + 100, "accessible: 16 pages at first, up to 16 more at a time", 12, "middle", halo=True)
+        label = str(i) if i < 26 else "…" if i == 26 else "255"
+        p.box(x0 + i * cell, 212, cell, 34, fill, dash="3 3" if fill == panel else "")
+        p.text(x0 + (i + 0.5) * cell, 233, label, 11, "middle")
 
-    y = 320
-    p.text(x0, y - 8, "A page of the pool of 128 bytes: 32 units", 14, bold=True, halo=True)
-    cell = width / 32
+    p.text(x0, 310, "A page of the pool for 128 bytes: 32 units", 14, bold=True)
+    legend(334, ((BLUE, "in use"), (PAPER, "free")))
+    cell = (width - 24) / 32
+    y = 368
     for i in range(32):
-        free = i in (3, 7) or i >= 24
-        p.box(x0 + i * cell, y, cell, 34, PAPER if free else BLUE)
-    p.line([(x0 + 12, y + 58), (x0 + 7.5 * cell, y + 58), (x0 + 7.5 * cell, y + 36)], tip=True)
-    p.line([(x0 + 7.2 * cell, y + 34), (x0 + 7.2 * cell, y + 46), (x0 + 3.5 * cell, y + 46), (x0 + 3.5 * cell, y + 36)],
-           tip=True)
-    p.line([(x0 + 3.2 * cell, y + 34), (x0 + 3.2 * cell, y + 52), (x0 + 24.5 * cell, y + 52),
-            (x0 + 24.5 * cell, y + 36)], tip=True)
-    p.text(x0 + 12, y + 76, "next: the unit freed last; each free unit holds the address of the next", 12)
-    p.text(x0, y + 112, "The owner of a block from its address alone, without a search:", 13, bold=True)
-    p.text(x0, y + 132, "offset = address − start;   offset ≥ 8 GiB: the C library's   ·   segment = offset >> 20   ·   "
-           "page = offset >> 12 & 255   ·   pool and unit: its descriptor", 13)
+        p.box(x0 + i * cell, y, cell, 34, PAPER if i in (3, 7) or i >= 24 else BLUE)
+        p.text(x0 + (i + 0.5) * cell, y + 21, str(i), 11, "middle")
+    p.text(x0 + 7.5 * cell + 10, y - 12, "next to be handed out: the unit freed last", 12)
+    p.line([(x0 + 7.5 * cell, y - 24), (x0 + 7.5 * cell, y - 2)], tip=True)
+    for start, end, depth in ((7.5, 3.7, 10), (3.3, 24.5, 20)):
+        p.line([(x0 + start * cell, y + 34), (x0 + start * cell, y + 34 + depth), (x0 + end * cell, y + 34 + depth),
+                (x0 + end * cell, y + 36)], tip=True)
+    p.text(x0, y + 70, "Each free unit holds the address of the next one; from 24 on they follow in order.", 12)
+
+    p.text(left, 478, "The owner of a block from its address alone, without a search", 14, bold=True)
+    for i, (formula, meaning) in enumerate((("offset = address − start", "8 GiB or more: a block of the C library"),
+                                            ("segment = offset >> 20", "its state tells blocks from units of pages"),
+                                            ("page = offset >> 12 & 255", "its descriptor names the pool"),
+                                            ("pool", "the size of the unit"))):
+        p.text(left + 12, 504 + 22 * i, formula, 13)
+        p.text(left + 230, 504 + 22 * i, meaning, 13)
     return p.finish()
 
 
