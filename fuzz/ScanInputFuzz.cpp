@@ -43,6 +43,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::check(assigned >= -1 && assigned <= fields, "as many fields at most as the format has");
     const bool blank = std::all_of(source.begin(), source.end() - 1,
                                    [](wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); });
-    fuzz::check(assigned != -1 || blank, "-1 is for sources without anything but white space");
+    fuzz::check((assigned == -1) == blank, "-1 is for sources without anything but white space");
     return 0;
 }

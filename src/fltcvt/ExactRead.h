@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fltcvt/EightCharacters.h"
+#include "fltcvt/FastRead.h"
 #include "fltcvt/PowersOfTen.h"
 
 #include <algorithm>
@@ -16,6 +17,14 @@ struct DigitSpan {
     const Char* point;         ///< The point; null when there is none between the first and the last digit.
     std::int64_t lastExponent; ///< The last digit counts 10^lastExponent.
 
+    /// From `begin` to `end` there are digits, at least one, and the point, unless that is null.
+    static DigitSpan of(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent) noexcept {
+        while (begin != end && (*begin == '0' || begin == point))
+            ++begin;
+        return {begin, end, point != nullptr && point > begin ? point : nullptr, lastExponent};
+    }
+
+    bool isZero() const noexcept { return first == end; }
     std::int64_t count() const noexcept { return end - first - (point != nullptr ? 1 : 0); }
 };
 
@@ -60,5 +69,28 @@ private:
 /// number.
 template <class Char>
 int compareWithMiddle(const DigitSpan<Char>& number, std::uint64_t bits) noexcept;
+
+/// Any number of so many digits fits 64 bits.
+inline constexpr std::int64_t kSafeDigits = 19;
+
+/// The bits of the double nearest to a number that is not zero, ties to even; infinity and 0 beyond the range.
+/// A part of its callers, which are rare themselves.
+template <class Char>
+[[gnu::always_inline]] inline std::uint64_t nearestBits(const DigitSpan<Char>& number) noexcept {
+    const std::int64_t kept = std::min(number.count(), kSafeDigits);
+    const std::int64_t cut = number.count() - kept;
+    const std::uint64_t leading = DigitsInOrder<Char>(number).take(static_cast<int>(kept));
+    const ReadResult lower = nearestDouble(leading, number.lastExponent + cut);
+    bool isDecided = lower.isCertain;
+    if (cut != 0) {
+        // What is cut off makes less than one unit of the last digit.
+        const ReadResult upper = nearestDouble(leading + 1, number.lastExponent + cut);
+        isDecided = isDecided && upper.isCertain && lower.bits == upper.bits;
+    }
+    if (isDecided)
+        return lower.bits;
+    const int order = compareWithMiddle(number, lower.bits);
+    return lower.bits + (order > 0 || (order == 0 && (lower.bits & 1) != 0) ? 1 : 0);
+}
 
 } // namespace tq::detail

@@ -15,11 +15,10 @@ namespace {
 using tq::detail::DigitSpan;
 using tq::detail::EightCharacters;
 using tq::detail::kInfinityBits;
+using tq::detail::kSafeDigits;
 using tq::detail::kSmallPowersOfTen;
 using tq::detail::ReadResult;
 
-/// Any number of so many digits fits 64 bits.
-constexpr std::int64_t kSafeDigits = 19;
 /// Far beyond any exponent that the length of a text could balance, and far from overflow.
 constexpr std::int64_t kExponentLimit = std::int64_t{1} << 60;
 
@@ -79,27 +78,6 @@ std::int64_t readExponent(const Char*& p) {
     return isNegative ? -value : value;
 }
 
-template <class Char>
-std::uint64_t decide(const DigitSpan<Char>& span, std::uint64_t lower) {
-    const int order = tq::detail::compareWithMiddle(span, lower);
-    return lower + (order > 0 || (order == 0 && (lower & 1) != 0) ? 1 : 0);
-}
-
-// Numbers of many digits, and those that may lie halfway between two doubles.
-template <class Char>
-std::uint64_t uncommonBits(const DigitSpan<Char>& span) {
-    const std::int64_t kept = std::min(span.count(), kSafeDigits);
-    const std::int64_t cut = span.count() - kept;
-    const std::uint64_t leading = tq::detail::DigitsInOrder<Char>(span).take(static_cast<int>(kept));
-    const ReadResult lower = tq::detail::nearestDouble(leading, span.lastExponent + cut);
-    if (cut == 0)
-        return lower.isCertain ? lower.bits : decide(span, lower.bits);
-    // What is cut off makes less than one unit of the last digit.
-    const ReadResult upper = tq::detail::nearestDouble(leading + 1, span.lastExponent + cut);
-    const bool isDecided = lower.isCertain && upper.isCertain && lower.bits == upper.bits;
-    return isDecided ? lower.bits : decide(span, lower.bits);
-}
-
 [[gnu::noinline]] double outOfRange(std::uint64_t bits) {
     errno = ERANGE;
     return std::bit_cast<double>(bits);
@@ -111,16 +89,11 @@ double signedDouble(std::uint64_t bits, std::uint64_t signBit) {
     return std::bit_cast<double>(bits | signBit);
 }
 
-// From `begin` to `end` there are digits, at least one, and the point, unless that is null.
 template <class Char>
 [[gnu::noinline]] double readUncommon(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent,
                                       std::uint64_t signBit) {
-    while (begin != end && (*begin == '0' || begin == point))
-        ++begin;
-    if (begin == end)
-        return std::bit_cast<double>(signBit);
-    const bool hasPoint = point != nullptr && point > begin;
-    return signedDouble(uncommonBits(DigitSpan<Char>{begin, end, hasPoint ? point : nullptr, lastExponent}), signBit);
+    const auto span = DigitSpan<Char>::of(begin, end, point, lastExponent);
+    return span.isZero() ? std::bit_cast<double>(signBit) : signedDouble(tq::detail::nearestBits(span), signBit);
 }
 
 template <class Char>

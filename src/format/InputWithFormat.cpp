@@ -141,5 +141,8 @@ int InputWithFormat(bool fromStream, const void* source, const wchar_t* format, 
             p += *p == L'%' ? 2 : 1;
         }
     }
+    // Nothing but white space so far: there may be more of it.
+    if (!buffer.seenInput)
+        buffer.skipSpace();
     return buffer.atEnd() && !buffer.seenInput ? -1 : assigned;
 }

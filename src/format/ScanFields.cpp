@@ -1,25 +1,23 @@
 #include "format/ScanFields.h"
 
 #include "codepage/Escapes.h"
-#include "platform/Exp10.h"
+#include "fltcvt/DoubleBits.h"
+#include "fltcvt/ExactRead.h"
+#include "fltcvt/FastRead.h"
 
 #include <algorithm>
-#include <array>
-#include <cfloat>
-#include <climits>
-#include <cstdlib>
+#include <bit>
 #include <limits>
 
 namespace {
 
+using tq::detail::DigitSpan;
 using tq::detail::IntegerField;
 using tq::detail::StoreSize;
 using tq::platform::ArgumentCursor;
 
-// Exponents beyond this leave no double but 0 and infinity, however many digits are in front of them.
-constexpr int kExponentLimit = 100000;
-// Digits beyond this magnitude no longer change a double; they only count.
-constexpr double kMantissaLimit = 1e300;
+// Far beyond any exponent that the length of a text could balance, and far from overflow.
+constexpr std::int64_t kExponentLimit = std::int64_t{1} << 56;
 
 // The characters of one field, as far as its width reaches.
 class FieldReader {
@@ -113,61 +111,57 @@ Unsigned saturate(const Integer& integer, const IntegerField& field) {
     return static_cast<Unsigned>(std::min(integer.magnitude, limit));
 }
 
-struct Decimal {
-    double mantissa = 0;
-    int exponent = 0;
-    bool sawDigits = false;
-};
-
-void readMantissa(FieldReader& reader, int exponentStep, Decimal& decimal) {
+// Appends the digits at the look-ahead to `value`, which tells them while they are no more than kSafeDigits.
+void readDecimals(FieldReader& reader, std::uint64_t& value) {
     for (int digit = reader.digit(10); digit >= 0; digit = reader.digit(10)) {
-        if (decimal.mantissa < kMantissaLimit) {
-            decimal.mantissa = decimal.mantissa * 10 + digit;
-            decimal.exponent -= exponentStep;
-        } else {
-            decimal.exponent += 1 - exponentStep;
-        }
-        decimal.sawDigits = true;
+        value = value * 10 + static_cast<unsigned>(digit);
         reader.take();
     }
 }
 
-int readExponent(FieldReader& reader) {
+// The double nearest to the digits; `value` is their number while they are no more than kSafeDigits.
+double nearestTo(const DigitSpan<wchar_t>& span, std::uint64_t value) {
+    if (span.isZero())
+        return 0;
+    if (span.count() <= tq::detail::kSafeDigits) {
+        const tq::detail::ReadResult result = tq::detail::nearestDouble(value, span.lastExponent);
+        if (result.isCertain)
+            return std::bit_cast<double>(result.bits);
+    }
+    return std::bit_cast<double>(tq::detail::nearestBits(span));
+}
+
+std::int64_t readExponent(FieldReader& reader) {
     const bool negative = reader.take('-');
     if (!negative)
         reader.take('+');
-    int exponent = 0;
+    std::int64_t exponent = 0;
     for (int digit = reader.digit(10); digit >= 0; digit = reader.digit(10)) {
-        exponent = std::min(exponent * 10 + digit, kExponentLimit);
+        exponent = std::min<std::int64_t>(exponent * 10 + digit, kExponentLimit);
         reader.take();
     }
     return negative ? -exponent : exponent;
 }
 
-// Powers of ten that are doubles themselves: with them, up to 15 digits give the nearest double.
-constexpr std::array<double, 23> kExactPowers = [] {
-    std::array<double, 23> powers{};
-    double power = 1;
-    for (double& slot : powers) {
-        slot = power;
-        power *= 10;
-    }
-    return powers;
-}();
-
-double timesPowerOfTen(double value, int exponent) {
-    const auto magnitude = static_cast<std::size_t>(std::abs(exponent));
-    if (magnitude < kExactPowers.size())
-        return exponent < 0 ? value / kExactPowers[magnitude] : value * kExactPowers[magnitude];
-    return value * tq::platform::exp10(exponent);
-}
-
-double scale(const Decimal& decimal) {
-    if (decimal.mantissa == 0)
+// The float nearest to a double of 0 or more, ties to even; on its bits, because the processor's own conversion follows
+// the thread's rounding mode.
+float nearestFloat(double magnitude) {
+    constexpr int kLessBits = 29;      // a float has so many less
+    constexpr int kMinExponent = -149; // a subnormal float is a multiple of 2^kMinExponent
+    constexpr int kFloatFractionBits = 23;
+    constexpr std::uint64_t kFloatInfinityBits = 0x7F800000;
+    const tq::detail::DoubleParts parts(magnitude);
+    const int exponent = std::max(parts.exponent + kLessBits, kMinExponent);
+    const int drop = exponent - parts.exponent;
+    if (drop > tq::detail::kFractionBits + 2)
         return 0;
-    // In two steps where one power would leave the range that the product stays in.
-    const int first = std::clamp(decimal.exponent, -DBL_MAX_10_EXP, DBL_MAX_10_EXP);
-    return timesPowerOfTen(timesPowerOfTen(decimal.mantissa, first), decimal.exponent - first);
+    const std::uint64_t kept = parts.significand >> drop;
+    const std::uint64_t half = std::uint64_t{1} << (drop - 1);
+    const std::uint64_t rest = parts.significand & (2 * half - 1);
+    // The hidden bit adds one to the exponent; so does a carry out of the significand.
+    const std::uint64_t bits = (static_cast<std::uint64_t>(exponent - kMinExponent) << kFloatFractionBits) + kept +
+                               (rest > half || (rest == half && kept % 2 != 0) ? 1 : 0);
+    return std::bit_cast<float>(static_cast<std::uint32_t>(std::min(bits, kFloatInfinityBits)));
 }
 
 } // namespace
@@ -201,22 +195,25 @@ bool scanfDoubleFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, boo
     const bool negative = reader.take('-');
     if (!negative)
         reader.take('+');
-    Decimal decimal;
-    readMantissa(reader, 0, decimal);
-    if (reader.take('.'))
-        readMantissa(reader, 1, decimal);
-    if (!decimal.sawDigits)
+    const wchar_t* const begin = source.here();
+    std::uint64_t value = 0;
+    readDecimals(reader, value);
+    const wchar_t* const point = reader.take('.') ? source.here() - 1 : nullptr;
+    if (point != nullptr)
+        readDecimals(reader, value);
+    const wchar_t* const end = source.here();
+    if (end - begin == (point != nullptr ? 1 : 0))
         return true;
+    std::int64_t lastExponent = point != nullptr ? point + 1 - end : 0;
     if (reader.take('e', 'E'))
-        decimal.exponent += readExponent(reader);
+        lastExponent += readExponent(reader);
     if (!assign)
         return false;
-    const double magnitude = scale(decimal);
-    const double value = negative ? -magnitude : magnitude;
+    const double magnitude = nearestTo(DigitSpan<wchar_t>::of(begin, end, point, lastExponent), value);
     if (isDouble)
-        *arguments.nextPointer<double>() = value;
+        *arguments.nextPointer<double>() = negative ? -magnitude : magnitude;
     else
-        *arguments.nextPointer<float>() = static_cast<float>(value);
+        *arguments.nextPointer<float>() = negative ? -nearestFloat(magnitude) : nearestFloat(magnitude);
     ++assigned;
     return false;
 }
@@ -239,7 +236,6 @@ bool scanfStringFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, Arg
 bool scanfCharFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, ArgumentCursor& arguments, int& assigned) {
     if (width == 0 || source.fromStream || source.atEnd())
         return true;
-    source.seenInput = true;
     wchar_t* out = assign ? arguments.nextPointer<wchar_t>() : nullptr;
     for (; width > 0 && !source.atEnd(); --width, source.advance()) {
         if (assign)

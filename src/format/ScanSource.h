@@ -20,6 +20,8 @@ struct ScanfSourceBuf {
     /// Gives back the character consumed last, and makes it the look-ahead.
     void stepBack();
     bool atEnd() const { return current == kEnd; }
+    /// Where the look-ahead stands in the text.
+    const wchar_t* here() const { return fromStream || atEnd() ? position : position - 1; }
     /// White space of ASCII, and from 128 on of the current locale.
     bool atSpace() const;
     void skipSpace();

@@ -29,6 +29,9 @@ inline std::vector<double> vectors(int random) {
                                   1.7976931348623157e308,
                                   4503599627370497.5,
                                   9007199254740993e3,
+                                  18014398509481988.0, // odd significands whose interval ends at a shorter decimal
+                                  18014398509482028.0,
+                                  36028797018963948.0,
                                   5.684341886080801e-14,
                                   9.5367431640625e-07,
                                   8.41e21,

@@ -81,11 +81,12 @@ TEST(InputWithFormat, ReadsFloatingFields) {
         {L"3.25", 3.25, 4}, {L"-.5e1x", -5, 5}, {L"7.", 7, 2},
         {L"+1e3", 1000, 4}, {L"0e400", 0, 5},   {L"1e99999999999", std::numeric_limits<double>::infinity(), 13},
         {L"5e-400", 0, 6},  {L"2e", 2, 2},      {L"5e-324", 5e-324, 6},
+        {L".", -1, -1},     {L"-e5", -1, -1},
     };
     for (const auto& row : rows) {
         double value = -1;
         int consumed = -1;
-        EXPECT_EQ(scan(row.source, L"%F%n", &value, &consumed), 1);
+        EXPECT_EQ(scan(row.source, L"%F%n", &value, &consumed), row.consumed > 0 ? 1 : 0);
         EXPECT_EQ(value, row.value);
         EXPECT_EQ(consumed, row.consumed);
     }
@@ -96,15 +97,22 @@ TEST(InputWithFormat, ReadsFloatingFields) {
                       std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 1900) - 1000));
         double value = 0;
         ASSERT_EQ(scan(probe::widen(text).c_str(), L"%lf", &value), 1);
-        ASSERT_NEAR(value / std::strtod(text, nullptr), 1, 2e-15) << text;
+        ASSERT_EQ(value, std::strtod(text, nullptr)) << text;
+        float single = 0;
+        const std::string low(text, std::strcspn(text, "e"));
+        for (const char* exponent : {"", "e-37", "e-43", "e36"}) {
+            const std::string wanted = low + exponent;
+            ASSERT_EQ(scan(probe::widen(wanted).c_str(), L"%f", &single), 1);
+            ASSERT_EQ(single, static_cast<float>(std::strtod(wanted.c_str(), nullptr))) << wanted;
+        }
     }
     // Digits without end overflow nothing.
     double value = 0;
     const std::wstring zeros(400, L'0');
     EXPECT_EQ(scan((L"1" + zeros + L"e-400").c_str(), L"%lf", &value), 1);
-    EXPECT_NEAR(value, 1, 1e-14);
+    EXPECT_EQ(value, 1);
     EXPECT_EQ(scan((L"1." + zeros + L"1").c_str(), L"%lf", &value), 1);
-    EXPECT_NEAR(value, 1, 1e-14);
+    EXPECT_EQ(value, 1);
     float pair[2] = {0, 9};
     EXPECT_EQ(scan(L"2.5", L"%g", pair), 1);
     EXPECT_TRUE(pair[0] == 2.5F && pair[1] == 9.0F);
@@ -151,10 +159,12 @@ TEST(InputWithFormat, EndsAtTheFirstMismatch) {
     EXPECT_EQ(scan(L"-", L"%d", &first), 0);
     EXPECT_EQ(scan(L"7", L"%d%", &first), 1);
 
-    for (const wchar_t* blank : {L"", L" \t\n\v"})
-        EXPECT_EQ(scan(blank, L" %d", &first), -1);
+    wchar_t text[2];
+    for (const wchar_t* blank : {L"", L" ", L" \t\n\v"})
+        for (const wchar_t* format : {L" %d", L"%c", L"%2c", L"x", L"%d", L"%0d", L"%n", L""})
+            EXPECT_EQ(scan(blank, format, text), -1);
     EXPECT_EQ(scan(nullptr, L"%d", &first), -1);
-    EXPECT_EQ(scan(L" ", L"%c", &first), 1);
+    EXPECT_EQ(scan(L" x", L"%c", &first), 1);
     EXPECT_EQ(scan(L"x", static_cast<const wchar_t*>(nullptr)), 0);
     first = 77;
     EXPECT_EQ(scan(true, L"5", L"%d", &first), 0);

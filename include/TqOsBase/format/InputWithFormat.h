@@ -5,10 +5,10 @@
 #include <cstdarg>
 
 /// Reads fields from the 0-terminated wide text `source` as `format` says and stores them through the pointers in
-/// `args`. Returns the number of fields assigned, or -1 when the source ended before any character other than white
-/// space was read. A mismatch or an empty field ends the scan; fields stored before stay. A null source counts as an
-/// empty text, a null format as an empty format. With `fromStream` nothing is read: every field fails and the result
-/// is 0 (only texts in memory are supported).
+/// `args`. Returns the number of fields assigned, or -1 when the source has nothing but white space, whatever the
+/// format (a `c` has stored such a character then). A mismatch or an empty field ends the scan; fields stored before
+/// stay. A null source counts as an empty text, a null format as an empty format. With `fromStream` nothing is read:
+/// every field fails and the result is 0 (only texts in memory are supported).
 ///
 /// White space in the format skips any run of it in the source; another character must be met as it stands; "%%" meets
 /// one "%". A directive is `%`, `*` (read but not stored), a width, `l` or `h`, and a letter. All but `c` and `n` skip
@@ -17,9 +17,8 @@
 ///   with `l` 64-bit, with `h` 16-bit. `D O X B` are 64-bit. A sign needs a width of 2 or more. A "0x" without a
 ///   hexadecimal digit after it is read as "0". A number beyond its type is stored as the type's limit; `o x b` store
 ///   negative numbers as their two's complement.
-/// - `e f g` float, with `l` double; `E F G` always double. The value is the digits times a power of ten in double
-///   arithmetic: the nearest double for up to 15 digits and powers up to 22, else it may be a few units of the last
-///   place away; it overflows to infinity.
+/// - `e f g` float, with `l` double; `E F G` always double. The value is the nearest double, ties to even, infinity
+///   beyond the range, in every mode of the processor; a float is the one nearest to that double.
 /// - `s` a run without white space, stored with a 0: give a width, the buffer needs one character more.
 /// - `c` as many characters as the width says (1 without one), stored without a 0; assigned once one was read.
 /// - `n` stores the number of characters consumed so far into an int and counts as no field.
