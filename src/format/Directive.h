@@ -44,12 +44,23 @@ inline int readPosition(const wchar_t*& p) {
     return number;
 }
 
-/// Reads digits or `*` at `p`; in a format with positions `*` may be followed by one.
-inline CountField readCount(const wchar_t*& p, bool positional) {
-    if (*p != L'*')
-        return {false, readNumber(p)};
+/// Steps past the `*` at `p` and returns the position of its argument. In a format with positions that is the number
+/// after it, with or without a `$`, or 1.
+inline int readArgumentPosition(const wchar_t*& p, bool positional) {
     ++p;
-    return {true, positional ? readPosition(p) : 1};
+    if (!positional || !isDecimalDigit(*p))
+        return 1;
+    const int number = readNumber(p);
+    if (*p == L'$')
+        ++p;
+    return number;
+}
+
+/// Reads digits or `*` at `p`.
+inline CountField readCount(const wchar_t*& p, bool positional) {
+    if (*p == L'*')
+        return {true, readArgumentPosition(p, positional)};
+    return {false, readNumber(p)};
 }
 
 /// What a letter stands for.
@@ -159,7 +170,7 @@ inline Directive parseDirective(const wchar_t*& p, bool positional) {
 /// Reads the Q mode word at `p`, behind the letter, and steps past it.
 inline QModeField readQMode(const wchar_t*& p, bool positional) {
     if (*p == L'*')
-        return {QModeField::kArgument, readCount(p, positional).value};
+        return {QModeField::kArgument, readArgumentPosition(p, positional)};
     if (isDecimalDigit(*p))
         return {QModeField::kWord, *p++ - L'0'};
     return {QModeField::kNone, 0};

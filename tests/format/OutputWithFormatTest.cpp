@@ -221,6 +221,10 @@ TEST(OutputWithFormat, TakesArgumentsByPosition) {
     EXPECT_EQ(format(L"%2$D %3$c %1$U %4$s", 18446744073709551615ULL, -5LL, L'z', L"end"),
               L"-5 z 18446744073709551615 end");
     EXPECT_EQ(format(L"%2$.20q*1$", 1, 2.5), L"2.5000");
+    // After a star the dollar sign may be missing.
+    EXPECT_EQ(format(L"%1$.20q*3|%2$d", 14.5, 7, 1), L"14.5000|7");
+    EXPECT_EQ(format(L"%3$*1.*2f|%1$d", 6, 2, 1.25), L"  1.25|6");
+    EXPECT_EQ(format(L"%1$*d|%1$*.*f|%1$d", 3), L"  3|0.000|3");
     // What is not collected counts as nothing: the last introducer decides how many there are.
     EXPECT_EQ(format(L"%1$d %d|", 7), L"0 0|");
     EXPECT_EQ(format(L"%3$d%3$s%3$f|", 1, 2, 2.5), L"02.500000|");
