@@ -19,7 +19,7 @@ inline constexpr int kMinExponent = -1074;
 
 static_assert(std::numeric_limits<double>::is_iec559 && sizeof(double) == sizeof(std::uint64_t));
 
-inline std::uint64_t bitsOf(double v) noexcept {
+constexpr std::uint64_t bitsOf(double v) noexcept {
     return std::bit_cast<std::uint64_t>(v);
 }
 
@@ -30,6 +30,11 @@ inline int exponentField(double v) noexcept {
 
 inline bool isFinite(double v) noexcept {
     return exponentField(v) != kExponentMask;
+}
+
+/// v < 0, also where the processor takes subnormals for 0.
+inline bool isBelowZero(double v) noexcept {
+    return bitsOf(v) - kSignBit - 1 < kInfinityBits;
 }
 
 /// The magnitude of a finite double as significand * 2^exponent; the significand has 53 bits, fewer for a subnormal.

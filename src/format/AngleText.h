@@ -4,10 +4,11 @@
 
 /// Appends an angle in radians in one of the angular unit modes; nothing but the minus sign in an unknown mode, and
 /// inf, -inf or nan in any known one. In surveyor's units the angle is reduced to one turn, in the others a negative
-/// one gets a minus sign. The digits are cut down as far as `maxLength`
-/// asks; the text may still be longer. `angle` is left as the magnitude that was shown.
-void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags, int maxLength,
-                          int precision);
+/// one gets a minus sign. The digits are cut down as far as `maxLength` asks; the text may still be longer. `angle` is
+/// left as the magnitude that was shown. Calculates with doubles, so that the last digits depend on the processor's
+/// mode; not inlined, so that a caller can set it.
+[[gnu::noinline]] void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags,
+                                            int maxLength, int precision);
 
 /// The letters of the bearing of an angle from 0 to below 2 pi, east being 0, north pi / 2; `angle` becomes the one
 /// from the north or south axis, 0 to pi / 2.
@@ -21,7 +22,8 @@ void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int
 
 namespace tq::detail {
 
-/// An absolute angle, counted from the settings' base in their direction, from 0 to below 2 pi.
-double absoluteAngle(double angle);
+/// An absolute angle, counted from the settings' base in their direction, from 0 to below 2 pi. Depends on the mode in
+/// the same way.
+[[gnu::noinline]] double absoluteAngle(double angle);
 
 } // namespace tq::detail

@@ -4,7 +4,6 @@
 #include "format/DigitText.h"
 #include "format/Directive.h"
 #include "format/NumberText.h"
-#include "format/UnitText.h"
 
 #include <cwchar>
 
@@ -24,10 +23,9 @@ bool allDigitsZero(const wchar_t* text) {
 
 } // namespace
 
-tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& conversion, wchar_t* text,
-                                           int textSize) {
-    unsigned length = tq::detail::formatQMode(text, textSize, conversion.value, conversion.qMode,
-                                              static_cast<unsigned>(conversion.precision));
+tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& conversion, wchar_t* text) {
+    unsigned length =
+        tq::detail::formatQMode(text, conversion.value, conversion.qMode, static_cast<unsigned>(conversion.precision));
     if (*text == L'-' && allDigitsZero(text + 1)) {
         --length;
         std::wmemmove(text, text + 1, length);
@@ -37,9 +35,9 @@ tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& c
     return {text, length, length != 0, last == L'f' || last == L'n'};
 }
 
-tq::detail::Rendered tq::detail::renderDouble(const DoubleConversion& conversion, wchar_t* out, int size) {
+tq::detail::Rendered tq::detail::renderDouble(const DoubleConversion& conversion, wchar_t* out) {
     if (isUnitLetter(conversion.letter))
-        return formatQModeDoubleUtil(conversion, out, size);
+        return formatQModeDoubleUtil(conversion, out);
     const unsigned length =
         formatScienceDoubleUtil(conversion.value, conversion.letter, conversion.precision, conversion.plus, out);
     return {out, length, true, !isFinite(conversion.value)};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "format/UnitText.h"
+
 namespace tq::detail {
 
 /// The text of a conversion before padding. It lies in the work buffer, or is the string argument itself.
@@ -19,13 +21,14 @@ struct DoubleConversion {
     bool plus;      ///< a `+` before a `f`, and the fixed form of `g`, that has no minus sign
 };
 
-/// Characters that renderDouble needs, at least.
-inline constexpr int kDoubleRoom = 250;
+/// Characters that renderDouble may write.
+inline constexpr int kDoubleRoom = kUnitRoom;
+static_assert(kUnitRoom >= kNumberRoom);
 
-/// Writes the text to `out`, which has `size` characters, at least kDoubleRoom. Throws std::bad_alloc.
-Rendered renderDouble(const DoubleConversion& conversion, wchar_t* out, int size);
+/// Writes the text to `out`, which has room for kDoubleRoom characters. Throws std::bad_alloc.
+Rendered renderDouble(const DoubleConversion& conversion, wchar_t* out);
 
 } // namespace tq::detail
 
 /// Renders a drawing-unit conversion. Drops the minus sign of a text whose digits, up to an exponent, are all 0.
-tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& conversion, wchar_t* text, int textSize);
+tq::detail::Rendered formatQModeDoubleUtil(const tq::detail::DoubleConversion& conversion, wchar_t* text);

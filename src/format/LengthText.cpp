@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kMaxDenominatorPower = 30;
 constexpr double kInchesPerFoot = 12;
+constexpr std::int64_t kWholeFoot = 12;
 // A length below this has no feet; above the next limit it is shown in scientific notation.
 constexpr double kSmallestWithFeet = 2.6700886302086417e-307;
 constexpr double kLargestInInches = 1.19999e11;
@@ -30,24 +31,23 @@ public:
 
     void write(double length) {
         std::int64_t feet = 0;
-        if (showsFeet() && length >= kSmallestWithFeet)
+        double inches = length;
+        if (showsFeet() && length >= kSmallestWithFeet) {
             feet = static_cast<std::int64_t>(length / kInchesPerFoot);
-        // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
-        double inches = length - kInchesPerFoot * static_cast<double>(feet);
-        wchar_t* const start = m_writer.here();
-        wchar_t* inchText = nullptr;
-        for (;; ++feet, inches = 0) {
-            inchText = writeOnce(feet, inches);
-            if (!showsFeet())
-                return;
-            // Rounding may have made 12 inches of less: one foot more.
-            if (m_writer.from(inchText).size() < 2 || inchText[0] != L'1' || inchText[1] != L'2')
-                break;
-            m_writer.endAt(start);
+            // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
+            inches = length - kInchesPerFoot * static_cast<double>(feet);
+            // The quotient was rounded up to a whole number, as the processor's mode may have it.
+            if (inches < 0) [[unlikely]]
+                inches = length - kInchesPerFoot * static_cast<double>(--feet);
         }
-        if (m_wroteFeet && inchText == m_writer.here()) {
-            if (inchText != start && inchText[-1] == L'-')
-                m_writer.endAt(inchText - 1);
+        wchar_t* const start = m_writer.here();
+        for (; !tryWrite(feet, inches); ++feet, inches = 0)
+            m_writer.endAt(start);
+        if (!showsFeet())
+            return;
+        if (m_wroteFeet && m_inchText == m_writer.here()) {
+            if (m_inchText != start && m_inchText[-1] == L'-')
+                m_writer.endAt(m_inchText - 1);
         } else {
             m_writer.put(kInchMark);
         }
@@ -59,8 +59,8 @@ public:
 private:
     bool showsFeet() const { return m_unitMode != kLinearFractional; }
 
-    // Returns where the text of the inches begins.
-    wchar_t* writeOnce(std::int64_t feet, double inches) {
+    // False when rounding makes 12 inches of less, which are one foot more.
+    bool tryWrite(std::int64_t feet, double inches) {
         m_wroteFeet = showsFeet() && (feet != 0 || (m_flags & kQFlagSuppressZeroFeet) == 0);
         if (m_wroteFeet) {
             m_writer.putInteger(feet);
@@ -68,31 +68,34 @@ private:
             if (!m_dash)
                 m_writer.put(L'-');
         }
-        wchar_t* const inchText = m_writer.here();
-        if (m_unitMode == kLinearEngineering)
-            writeDecimalInches(inches);
-        else
-            writeFraction(inches);
-        return inchText;
+        m_inchText = m_writer.here();
+        return m_unitMode == kLinearEngineering ? tryWriteDecimalInches(inches) : tryWriteFraction(inches);
     }
 
-    void writeDecimalInches(double inches) {
-        wchar_t* const start = m_writer.here();
+    bool tryWriteDecimalInches(double inches) {
         m_writer.putFixed(inches, m_precision);
+        const std::wstring_view text = m_writer.from(m_inchText);
+        // Inches are less than 12.
+        if (text.size() >= 2 && text[0] == L'1' && text[1] == L'2')
+            return false;
         if (m_wroteFeet && (m_flags & kQFlagSuppressZeroInches) != 0 &&
-            m_writer.from(start).find_first_not_of(L"0.") == std::wstring_view::npos)
-            m_writer.endAt(start);
+            text.find_first_not_of(L"0.") == std::wstring_view::npos)
+            m_writer.endAt(m_inchText);
+        return true;
     }
 
-    void writeFraction(double inches) {
+    bool tryWriteFraction(double inches) {
         auto wholeInches = static_cast<std::int64_t>(inches);
         const double fraction = inches - static_cast<double>(wholeInches);
         int power = std::min(m_precision, kMaxDenominatorPower);
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings): never negative.
-        auto numerator = static_cast<std::int64_t>(fraction * static_cast<double>(std::int64_t{1} << power) + 0.5);
+        // By its doubled integer part, because a sum with one half would itself be rounded.
+        const double doubled = fraction * static_cast<double>(std::int64_t{2} << power);
+        std::int64_t numerator = (static_cast<std::int64_t>(doubled) + 1) / 2;
         if (numerator == std::int64_t{1} << power) {
             numerator = 0;
             ++wholeInches;
+            if (showsFeet() && wholeInches == kWholeFoot)
+                return false;
         }
         if (numerator != 0) {
             const int halvings = std::countr_zero(static_cast<std::uint64_t>(numerator));
@@ -105,12 +108,11 @@ private:
             if (numerator != 0 && (m_flags & kQFlagDrawingText) == 0)
                 m_writer.put(m_dash ? L'-' : L' ');
         }
-        if (numerator == 0)
-            return;
-        if ((m_flags & kQFlagDrawingText) != 0)
+        if (numerator != 0 && (m_flags & kQFlagDrawingText) != 0)
             writeStacked(numerator, std::int64_t{1} << power);
-        else
+        else if (numerator != 0)
             writePlain(numerator, L'/', std::int64_t{1} << power);
+        return true;
     }
 
     void writePlain(std::int64_t numerator, wchar_t bar, std::int64_t denominator) {
@@ -137,6 +139,7 @@ private:
     int m_precision;
     bool m_dash;
     bool m_wroteFeet = false;
+    wchar_t* m_inchText = nullptr; // where the text of the inches begins
     bool m_stacked = false;
 };
 

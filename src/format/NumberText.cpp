@@ -126,7 +126,7 @@ int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int dec
 
 int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
     const double magnitude = std::fabs(value);
-    if (const int length = tryWriteFixed(out, value < 0, magnitude, decimals, plus); length > 0)
+    if (const int length = tryWriteFixed(out, isBelowZero(value), magnitude, decimals, plus); length > 0)
         return length;
     wchar_t* p = out;
     decimals = std::min(decimals, kMaxPrecision);
@@ -136,7 +136,7 @@ int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
         p += writeNotFinite(p, value);
     } else {
         const RoundedDecimal rounded = roundToDecimals(magnitude, decimals);
-        const bool negative = value < 0 && rounded.digits != 0;
+        const bool negative = isBelowZero(value) && rounded.digits != 0;
         if (plus && !negative)
             *p++ = L'+';
         p += writeFixed(p, negative, rounded, decimals);
@@ -153,7 +153,7 @@ int writeScientific(wchar_t* out, double value, int decimals) {
     if (!tryRoundEveryday(magnitude, decimals + 1, rounded))
         rounded = roundToSignificant(magnitude, decimals + 1);
     *out = L'-';
-    wchar_t* p = out + (value < 0 ? 1 : 0);
+    wchar_t* p = out + (isBelowZero(value) ? 1 : 0);
     // Of the digits, the first one moves in front of the point.
     writeDigits(p + 1, rounded.digits, rounded.count);
     p[0] = rounded.count > 0 ? p[1] : L'0';
@@ -180,10 +180,13 @@ int writeNotFinite(wchar_t* out, double value) {
 
 unsigned formatScienceDoubleUtil(double value, wchar_t conversion, int precision, bool plus, wchar_t* text) {
     const int decimals = std::min(precision, tq::detail::kMaxPrecision);
-    const double magnitude = std::fabs(value);
-    // No double lies between 10^-4 and its nearest one, so that the comparison is exact.
+    // Bits compare as magnitudes do, and tell subnormals from 0 where the processor does not. No double lies between
+    // 10^-4 and its nearest one, so that the comparison is exact.
+    const std::uint64_t magnitude = tq::detail::bitsOf(value) & ~tq::detail::kSignBit;
+    constexpr std::uint64_t kSmallest = tq::detail::bitsOf(1e-4);
+    constexpr std::uint64_t kLimit = tq::detail::bitsOf(1e5);
     const bool fixedForm =
-        conversion == L'f' || (conversion != L'e' && ((magnitude >= 1e-4 && magnitude < 1e5) || magnitude == 0));
+        conversion == L'f' || (conversion != L'e' && (magnitude - kSmallest < kLimit - kSmallest || magnitude == 0));
     return static_cast<unsigned>(fixedForm ? tq::detail::writeFixed(text, value, decimals, plus)
                                            : tq::detail::writeScientific(text, value, decimals));
 }

@@ -50,7 +50,7 @@ public:
     bool takesDoubleInPlace() const { return (m_width == 0 || isLeftJustified()) && m_output.room() >= kDoubleRoom; }
 
     bool putDoubleAside(const DoubleConversion& conversion) {
-        return putAside(*this, [&conversion](wchar_t* out) { return renderDouble(conversion, out, kWorkBufferSize); });
+        return putAside(*this, [&conversion](wchar_t* out) { return renderDouble(conversion, out); });
     }
 
     // Zeros go behind a sign, blanks before it.
@@ -131,8 +131,7 @@ bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*
         }
         if (!writer.takesDoubleInPlace())
             return writer.putDoubleAside(shown);
-        const std::size_t size = std::min<std::size_t>(output.room() + 1, kWorkBufferSize);
-        text = renderDouble(shown, output.cursor(), static_cast<int>(size));
+        text = renderDouble(shown, output.cursor());
         break;
     }
     case kParameterString:
@@ -193,10 +192,10 @@ int FormatUtil::outputStringWithFormat(wchar_t* buffer, int capacity, const wcha
 }
 
 int FormatUtil::StringCopy(wchar_t** out, int capacity, const wchar_t* src, unsigned count) {
-    if (out == nullptr || *out == nullptr || src == nullptr || capacity < 1)
+    if (out == nullptr || *out == nullptr || capacity < 1 || (src == nullptr && count != 0))
         return -1;
     const bool fits = count < static_cast<unsigned>(capacity);
-    if (fits) {
+    if (fits && count != 0) {
         std::wmemmove(*out, src, count);
         *out += count;
     }

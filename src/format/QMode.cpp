@@ -1,8 +1,10 @@
 // Drawing units: from a Q mode word and the settings to a length or an angle.
 
+#include "fltcvt/DoubleBits.h"
 #include "format/AngleText.h"
 #include "format/LengthText.h"
 #include "format/UnitText.h"
+#include "platform/FloatMode.h"
 
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/QMode.h>
@@ -32,7 +34,7 @@ UnitPair decimalPair() {
     return pair;
 }
 
-UnitPair unitPair(int qType, int flags) {
+UnitPair chosenPair(int qType, int flags) {
     const bool linear = (flags & kQFlagLinearPair) != 0;
     switch (qType) {
     case kQTypeAlternateLength:
@@ -49,14 +51,20 @@ UnitPair unitPair(int qType, int flags) {
     }
 }
 
+UnitPair unitPair(int qType, int flags) {
+    UnitPair pair = chosenPair(qType, flags);
+    pair.precision = std::max(pair.precision, 0);
+    if (qType == kQTypeRelativeAngle && pair.mode == kAngularSurveyor)
+        pair.mode = kAngularDegreesMinutesSeconds;
+    return pair;
+}
+
 } // namespace
 
 void FormatUtil::convertQTypeToAppType(int& precision, int& unitMode, int qType, int flags) {
     const UnitPair pair = unitPair(qType, flags);
-    precision = std::max(pair.precision, 0);
+    precision = pair.precision;
     unitMode = pair.mode;
-    if (qType == kQTypeRelativeAngle && unitMode == kAngularSurveyor)
-        unitMode = kAngularDegreesMinutesSeconds;
 }
 
 namespace {
@@ -64,28 +72,28 @@ namespace {
 void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned maxLength) {
     const int qType = mode & 0xFF;
     const int flags = mode >> 8 & 0xFF;
-    int precision = 0;
-    int unitMode = 0;
-    FormatUtil::convertQTypeToAppType(precision, unitMode, qType, flags);
+    const UnitPair units = unitPair(qType, flags);
     if (qType == kQTypeAngle || qType == kQTypeRelativeAngle) {
+        // For the two functions called here, which are not inlined.
+        const tq::platform::DefaultFloatMode floatMode;
         double angle = qType == kQTypeAngle ? tq::detail::absoluteAngle(value) : value;
         const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
-        formatQModeAngleUnit(writer, unitMode, angle, flags, length, precision);
+        formatQModeAngleUnit(writer, units.mode, angle, flags, length, units.precision);
         return;
     }
-    if (value < 0) {
+    if (tq::detail::isBelowZero(value)) {
         writer.put(L'-');
         value = -value;
         maxLength -= maxLength != 0 ? 1 : 0;
     }
     if (qType == kQTypeAlternateLength || qType == kQTypeLength)
-        tq::detail::formatLength(writer, unitMode, precision, value, flags, maxLength);
+        tq::detail::formatLength(writer, units.mode, units.precision, value, flags, maxLength);
 }
 
 } // namespace
 
-unsigned tq::detail::formatQMode(wchar_t* out, int size, double value, int mode, unsigned maxLength) {
-    UnitWriter writer(out, size);
+unsigned tq::detail::formatQMode(wchar_t* out, double value, int mode, unsigned maxLength) {
+    UnitWriter writer(out);
     writeQMode(writer, value, mode, maxLength);
     writer.terminate();
     return writer.length();
@@ -95,7 +103,14 @@ void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mod
     if (out == nullptr || size < 1)
         return;
     try {
-        tq::detail::formatQMode(out, size, value, mode, maxLength);
+        if (size >= tq::detail::kUnitRoom) {
+            tq::detail::formatQMode(out, value, mode, maxLength);
+            return;
+        }
+        // What a text has to be shortened for is its whole length; only then is it cut.
+        wchar_t whole[tq::detail::kUnitRoom];
+        const unsigned length = tq::detail::formatQMode(whole, value, mode, maxLength);
+        *std::copy_n(whole, std::min(length, static_cast<unsigned>(size) - 1), out) = L'\0';
     } catch (const std::bad_alloc&) {
         *out = L'\0';
     }

@@ -92,7 +92,7 @@ bool tryCutInteger(double value, RoundedDecimal& rounded) {
 } // namespace
 
 RoundedDecimal roundToDecimals(double value, int decimals) {
-    if (value == 0)
+    if (bitsOf(value) == 0)
         return {0, 0, 0};
     const DoubleParts binary(value);
     if (binary.exponent >= 0 && binary.exponent <= kMaxExponent)
@@ -104,7 +104,7 @@ RoundedDecimal roundToDecimals(double value, int decimals) {
 }
 
 RoundedDecimal roundToSignificant(double value, int digits) {
-    if (value == 0)
+    if (bitsOf(value) == 0)
         return {0, 0, 0};
     const DoubleParts binary(value);
     int place = digits - 1 - estimateExponent(binary);

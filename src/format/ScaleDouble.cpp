@@ -1,10 +1,12 @@
 #include "format/DigitText.h"
 #include "format/NumberText.h"
 #include "format/ScaleTables.h"
+#include "platform/FloatMode.h"
 
 #include <TqOsBase/format/FormatUtil.h>
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 
 namespace {
@@ -37,19 +39,8 @@ int scaleUp(long double& magnitude) {
     return exponent;
 }
 
-// The digit in front of the point of a mantissa, which is then ready for the next one.
-int takeDigit(long double& mantissa) {
-    const int digit = mantissa < 10 ? static_cast<int>(mantissa) : 9;
-    mantissa = (mantissa - static_cast<long double>(digit)) * 10;
-    return digit;
-}
-
-} // namespace
-
-void FormatUtil::initializeConstVar() {}
-
-int FormatUtil::scaleDoubleToScience(long double* value) {
-    if (value == nullptr || *value == 0 || !std::isfinite(*value))
+[[gnu::noinline]] int scaleToScience(long double* value) {
+    if (*value == 0 || !std::isfinite(*value))
         return 0;
     long double magnitude = std::fabs(*value);
     int exponent = 0;
@@ -71,8 +62,8 @@ int FormatUtil::scaleDoubleToScience(long double* value) {
     return exponent;
 }
 
-int FormatUtil::roundScienceDouble(long double* mantissa, int precision, int exponent) {
-    if (mantissa == nullptr || !std::isfinite(*mantissa))
+[[gnu::noinline]] int roundMantissa(long double* mantissa, int precision, int exponent) {
+    if (!std::isfinite(*mantissa))
         return 0;
     const std::int64_t place = std::int64_t{precision} + exponent + 1;
     if (place < 0 || (exponent <= 0 && place >= g_lenRndArray))
@@ -89,6 +80,44 @@ int FormatUtil::roundScienceDouble(long double* mantissa, int precision, int exp
     return carry;
 }
 
+// The first 16 digits of a mantissa of 0 or more, zeros before them included, the first one before the point; nines
+// from 10 on.
+[[gnu::noinline]] std::uint64_t leadingDigits(long double mantissa) {
+    std::uint64_t digits = 0;
+    for (int i = 0; i < tq::detail::kMaxSignificantDigits; ++i) {
+        const int digit = mantissa < 10 ? static_cast<int>(mantissa) : 9;
+        digits = digits * 10 + static_cast<unsigned>(digit);
+        mantissa = (mantissa - static_cast<long double>(digit)) * 10;
+    }
+    return digits;
+}
+
+// Calls a function of extended precision, which must not be inlined, with rounding to nearest. On x86-64 that precision
+// has a mode apart from that of doubles.
+template <class Result, class... Parameters>
+Result roundedToNearest(Result (*function)(Parameters...), Parameters... arguments) {
+    const tq::platform::DefaultFloatMode floatMode;
+    const int mode = std::fegetround();
+    if (mode == FE_TONEAREST)
+        return function(arguments...);
+    std::fesetround(FE_TONEAREST);
+    const Result result = function(arguments...);
+    std::fesetround(mode);
+    return result;
+}
+
+} // namespace
+
+void FormatUtil::initializeConstVar() {}
+
+int FormatUtil::scaleDoubleToScience(long double* value) {
+    return value != nullptr ? roundedToNearest(scaleToScience, value) : 0;
+}
+
+int FormatUtil::roundScienceDouble(long double* mantissa, int precision, int exponent) {
+    return mantissa != nullptr ? roundedToNearest(roundMantissa, mantissa, precision, exponent) : 0;
+}
+
 int FormatUtil::formatScienceDouble(wchar_t* out, long double mantissa, int integerDigits, int precision, int size) {
     using namespace tq::detail;
     if (out == nullptr)
@@ -99,13 +128,8 @@ int FormatUtil::formatScienceDouble(wchar_t* out, long double mantissa, int inte
     if (!std::isfinite(mantissa)) {
         length = writeNotFinite(text, static_cast<double>(mantissa));
     } else {
-        RoundedDecimal value{0, 0, integerDigits - 1};
-        long double rest = std::fabs(mantissa);
-        // Leading zeros are the layout's business; a mantissa with more of them than digits is as good as 0.
-        for (int zeros = 0; rest < 1 && zeros < kMaxSignificantDigits; ++zeros, --value.exponent)
-            rest *= 10;
-        for (; value.count < kMaxSignificantDigits && rest >= (value.count == 0 ? 1 : 0); ++value.count)
-            value.digits = value.digits * 10 + static_cast<unsigned>(takeDigit(rest));
+        const RoundedDecimal value{roundedToNearest(leadingDigits, std::fabs(mantissa)), kMaxSignificantDigits,
+                                   integerDigits - 1};
         length = writeFixed(text, mantissa < 0, value, std::max(precision, 0));
     }
     length = std::min(length, limit);

@@ -35,6 +35,9 @@ TEST(FormatUtil, CopiesAndFillsOnlyWhatFits) {
     EXPECT_EQ(FormatUtil::StringCopy(&out, 0, L"abcdef", 0), -1);
     EXPECT_EQ(FormatUtil::StringCopy(&out, 4, nullptr, 1), -1);
     EXPECT_TRUE(out == buffer + 3 && *out == L'\0');
+    *out = L'#';
+    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, nullptr, 0), 0);
+    EXPECT_TRUE(out == buffer + 3 && *out == L'\0');
 
     EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'-', 37), 0);
     EXPECT_EQ(std::wstring(buffer), L"abc" + std::wstring(37, L'-'));
@@ -150,6 +153,11 @@ TEST(FormatUtil, WritesFixedTextFromAMantissa) {
         {5.0L, 0, 3, 0, L"0.500"},
         {0.0L, 1, 3, 0, L"0.000"},
         {0.5L, 1, 2, 0, L"0.50"},
+        {0.0L, 3, 2, 0, L"000.00"},
+        {0.5L, 3, 2, 0, L"050.00"},
+        {-0.25L, 0, 4, 0, L"-0.0250"},
+        {0.0625L, -1, 6, 0, L"0.000625"},
+        {10.0L, 2, 1, 0, L"99.9"},
         {1.0L, 20, 2, 0, L"10000000000000000000"},
         {1.5L, 1, 2, 3, L"1."},
         {1.5L, 1, -2, 0, L"1"},

@@ -129,6 +129,9 @@ TEST_F(UnitText, ShowsLengthsInEveryModeAndFlag) {
         {kLinearArchitectural, -0.001, 0, 4, LR"(0'-0")", LR"(0'0")"},
         {kLinearArchitectural, 1.0 / 3, 0, 30, LR"(0'-357913941/1073741824")", LR"(0'357913941/1073741824")"},
         {kLinearArchitectural, 0.5, 0, 99, LR"(0'-1/2")", LR"(0'1/2")"},
+        {kLinearArchitectural, 0.9921875, 0, 7, LR"(0'-127/128")", LR"(0'127/128")"},
+        {kLinearArchitectural, 12.48828125, kQFlagSuppressZeroInches, 8, LR"(1'-125/256")", LR"(1'125/256")"},
+        {kLinearArchitectural, std::nextafter(0.5, 0.0), 0, 0, LR"(0'-0")", LR"(0'0")"},
         {kLinearArchitectural, 1.5, 0, -3, LR"(0'-2")", LR"(0'2")"},
         {kLinearArchitectural, 2e11, 0, 4, L"2.0000E+11", nullptr},
         {kLinearEngineering, 1.19999e11, 0, 0, LR"(9999916666'-8")", LR"(9999916666'8")"},
@@ -204,8 +207,10 @@ TEST_F(UnitText, ChoosesThePairOfModeAndPrecision) {
         EXPECT_EQ(mode, row.mode) << row.type << "/" << row.flags;
         EXPECT_EQ(precision, row.precision) << row.type << "/" << row.flags;
     }
+    units.linearPrecision = 4;
+    EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.25");
     units.linearUnitMode = kLinearEngineering;
-    EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.25000");
+    EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.2500");
     // As digits behind the letter; from 4 on only the sign is written.
     EXPECT_EQ(probe::format(L"%.9q0|%.9Q1|%q4|%q9|%q", 2.5, -6.0, -3.0, 3.0), L"2.5E+00|-6.00E+00|-||");
 }
@@ -344,24 +349,28 @@ TEST_F(UnitText, AnglesReadBackWithinTheirCarry) {
     }
 }
 
+// A text is cut, not made differently.
 TEST_F(UnitText, StaysInsideABufferOfAnySize) {
     reference::GuardedBuffer<wchar_t> guarded(200);
     units.fractionHeight = 3;
-    for (const double value : {14.3, -1e10, 1e300, kInfinity, std::nan(""), 0.3, 5e-324, -11.9999}) {
+    for (const double value : {14.3, -1e10, 1e300, kInfinity, std::nan(""), 0.3, 5e-324, -11.9999, 900.0}) {
         for (std::int16_t mode = 0; mode <= 6; ++mode) {
             units.linearUnitMode = units.angularUnitMode = units.alternateUnitMode = mode;
             units.linearPrecision = units.angularPrecision = 20;
             initOsBaseUnits(units);
             for (int type = 0; type < 5; ++type) {
                 for (const int flags : {0, 3, 12, kQFlagDrawingText}) {
-                    wchar_t whole[200];
-                    FormatUtil::formatQModeDouble(whole, 200, value, qModeWord(type, flags), 140);
-                    for (int size = 1; size < 40; ++size) {
-                        wchar_t* buffer = guarded.last(static_cast<std::size_t>(size));
-                        FormatUtil::formatQModeDouble(buffer, size, value, qModeWord(type, flags), 140);
-                        ASSERT_LT(std::wcslen(buffer), static_cast<std::size_t>(size));
+                    for (const unsigned maxLength : {140U, 10U, 5U}) {
+                        wchar_t whole[300];
+                        FormatUtil::formatQModeDouble(whole, 300, value, qModeWord(type, flags), maxLength);
+                        ASSERT_LT(std::wcslen(whole), 140U);
+                        for (std::size_t size = 1; size < 40; ++size) {
+                            wchar_t* buffer = guarded.last(size);
+                            FormatUtil::formatQModeDouble(buffer, static_cast<int>(size), value, qModeWord(type, flags),
+                                                          maxLength);
+                            ASSERT_EQ(buffer, std::wstring(whole).substr(0, size - 1));
+                        }
                     }
-                    ASSERT_LT(std::wcslen(whole), 140U);
                 }
             }
         }

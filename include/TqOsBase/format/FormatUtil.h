@@ -38,7 +38,8 @@ public:
 
     /// Moves `count` characters of `src` to *out, advances *out by count and writes a 0 there, when 0 < count <
     /// capacity; otherwise writes only a 0 at *out. Returns 0 when count < capacity, else -1. With a null pointer or a
-    /// capacity below 1 nothing is written and the result is -1. `src` may overlap the destination.
+    /// capacity below 1 nothing is written and the result is -1; `src` may be null when count is 0, and it may overlap
+    /// the destination.
     static int StringCopy(wchar_t** out, int capacity, const wchar_t* src, unsigned count);
 
     /// Writes `count` copies of `ch` at *out in runs of at most 30, each of which needs to be shorter than the room
@@ -76,16 +77,17 @@ public:
     /// smaller than the constant loses its sign.
     static int roundScienceDouble(long double* mantissa, int precision, int exponent);
 
-    /// Writes mantissa * 10^(integerDigits - 1) in fixed notation, cut after `precision` decimals and after 16
-    /// significant digits, and returns the length: at most 125, and below `size` when that is above 0. Digits past the
-    /// 16th are 0; a point with nothing after it is left out. A negative precision counts as 0; infinity and NaN give
-    /// `inf`, `-inf`, `nan`; a mantissa outside (-10, 10) is shown as nines.
+    /// Writes mantissa * 10^(integerDigits - 1) in fixed notation, cut after `precision` decimals and after 16 digits
+    /// of the mantissa, and returns the length. A mantissa below 1 has zeros for its first digits, which are written as
+    /// the others are ("000.0" for 0 with 3 integer digits). The length is at most 125, and below `size` when that is
+    /// above 0. Digits past the 16th are 0; a point with nothing after it is left out. A negative precision counts as
+    /// 0; infinity and NaN give `inf`, `-inf`, `nan`; a mantissa outside (-10, 10) is shown as nines.
     static int formatScienceDouble(wchar_t* out, long double mantissa, int integerDigits, int precision, int size);
 
     /// Writes `value` as the Q mode word `mode` (QMode.h) and the unit settings say, in at most `size` characters, the
-    /// 0 included; what does not fit is cut. A length longer than `maxLength` falls back to scientific notation (which
-    /// may still be longer); an angle loses digits instead. Keeps the minus sign of a text whose digits are all 0; the
-    /// directive drops it.
+    /// 0 included; what does not fit is cut off the whole text. A length longer than `maxLength` falls back to
+    /// scientific notation (which may still be longer); an angle loses digits instead. Keeps the minus sign of a text
+    /// whose digits are all 0; the directive drops it.
     static void formatQModeDouble(wchar_t* out, int size, double value, int mode, unsigned maxLength);
 
     /// The unit mode and precision that the settings give for a Q type and its flags (QMode.h). A negative precision

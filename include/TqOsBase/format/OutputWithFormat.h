@@ -10,8 +10,9 @@
 /// Failures: -1 and nothing written when `out` or *out is null or capacity is below 1; 0 when literal text does not
 /// fit; -1 when converted text, its sign or its padding does not fit, an integer outgrows 2047 characters, or `format`
 /// is null. What was written before stays, terminated. Characters behind the terminating 0 may change as far as the
-/// capacity reaches. No locale is used. The heap is, for positional arguments (`%n$`) and for very large, very small or
-/// very long numbers; -1 when it gives none.
+/// capacity reaches. No locale is used, and the processor's modes of rounding and of subnormals change no text. The
+/// heap is, for positional arguments (`%n$`) and for very large, very small or very long numbers; -1 when it gives
+/// none.
 ///
 /// A directive is `%`, position, flags, width, precision, length, letter:
 /// - position: `n$`, the argument counted from 1. One directive with a position switches the whole format over: those
@@ -19,8 +20,9 @@
 ///   collected as the last `%` or `*` of the format allows: none when that one has no position.
 /// - flags: `+` (a sign on non-negative `f`, and on `g` in its fixed form; ignored by all others), `-` (left-justify),
 ///   in the forms `+`, `-`, `+-`, `-+`; then `0` (pads on the left with zeros, also `s` and `c`). No blank, no `#`.
-/// - width: digits, or `*` for an `int` argument (`*m$` with positions). A negative argument counts as enormous: the
-///   call fails with -1 when the buffer is full.
+/// - width: digits, or `*` for an `int` argument (`*m$` or `*m` with positions). A negative argument counts as
+/// enormous:
+///   the call fails with -1 when the buffer is full.
 /// - precision: `.` with digits, with `*`, or alone for 0; a negative argument counts as 0. Without it 6, or absent.
 /// - length: one `L`, `h` or `l` is skipped. The letter alone decides the size of the argument.
 ///
