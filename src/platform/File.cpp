@@ -86,6 +86,12 @@ std::size_t readStream(std::FILE* stream, void* buffer, std::size_t n) noexcept 
             break;
         done += std::fread(static_cast<char*>(buffer) + done, 1, n - done, stream);
     }
+    if (done < n) {
+        if (hadFailed)
+            ::fseeko(stream, 0, SEEK_CUR); // takes the mark of the end alone
+        else
+            std::clearerr(stream);
+    }
     return done;
 }
 

@@ -36,7 +36,7 @@ bool flushStream(std::FILE* stream) noexcept;
 bool hasFailed(std::FILE* stream) noexcept;
 
 /// Reads up to `n` bytes and returns how many there were. A failing read leaves no error mark on the stream, so that it
-/// is not held against a later write.
+/// is not held against a later write, and the end of the file no mark of the end, so that what is appended is read.
 std::size_t readStream(std::FILE* stream, void* buffer, std::size_t n) noexcept;
 /// True when all `n` bytes went into the stream, and no write before had failed.
 bool writeStream(std::FILE* stream, const void* buffer, std::size_t n) noexcept;

@@ -1,3 +1,4 @@
+#include "platform/File.h"
 #include "stream/StreamBytes.h"
 #include "stream/StreamErrors.h"
 #include "stream/StreamPosition.h"
@@ -18,6 +19,22 @@ constexpr std::uint64_t kNoPosition = ~std::uint64_t{0};
 
 } // namespace
 
+// After a loss nothing more is appended: the next write takes the slow way and is refused there.
+class TqFileOStreamBuf::AppendGuard {
+public:
+    explicit AppendGuard(TqFileOStreamBuf& owner) : m_owner(owner) {}
+    AppendGuard(const AppendGuard&) = delete;
+    AppendGuard& operator=(const AppendGuard&) = delete;
+    ~AppendGuard() {
+        TqFlatMemBuf& pending = m_owner.m_pending;
+        if (m_owner.hasLost() && pending.length() != pending.tell())
+            pending.truncate();
+    }
+
+private:
+    TqFileOStreamBuf& m_owner;
+};
+
 TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                    TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize)
     : TqFileStreamBufImpl(name, status, access, share, creation) {
@@ -34,7 +51,12 @@ void TqFileOStreamBuf::flushPending() {
     const auto count = static_cast<std::uint32_t>(m_pending.tell());
     if (count == 0)
         return;
-    TqFileStreamBufImpl::writeBytes(m_pending.buffer(), count);
+    try {
+        TqFileStreamBufImpl::writeBytes(m_pending.buffer(), count);
+    } catch (const wchar_t*) {
+        reportLoss();
+        throw;
+    }
     m_pending.rewind();
 }
 
@@ -71,11 +93,13 @@ std::uint64_t TqFileOStreamBuf::length() const {
 }
 
 std::uint64_t TqFileOStreamBuf::seek(std::uint64_t offset, TqIO::SeekType type) {
+    const AppendGuard guard(*this);
     flushPending();
     return TqFileStreamBufImpl::seek(offset, type);
 }
 
 void TqFileOStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
+    const AppendGuard guard(*this);
     flushPending();
     TqFileStreamBufImpl::readBytes(buf, n);
 }
@@ -95,9 +119,13 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
 // Apart from the append, which would otherwise save the registers that only this needs.
 [[gnu::noinline]] void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
     requireFile(detail::kWriteFileError);
+    if (hasLost() || platform::hasFailed(static_cast<std::FILE*>(fileHandle())))
+        detail::throwFileError(detail::kWriteFileError);
+    const AppendGuard guard(*this);
     if (n > kWriteBehind - m_pending.tell())
         flushPending();
     if (n > kWriteBehind) {
+        dropPending(); // nothing: should this write be refused, so are the next ones
         TqFileStreamBufImpl::writeBytes(buf, n);
         return;
     }
@@ -108,11 +136,13 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
 }
 
 void TqFileOStreamBuf::getBytes(unsigned char* buf, std::uint32_t n) {
+    const AppendGuard guard(*this);
     flushPending();
     TqFileStreamBufImpl::getBytes(buf, n);
 }
 
 void TqFileOStreamBuf::getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) {
+    const AppendGuard guard(*this);
     flushPending();
     TqFileStreamBufImpl::getBytes(pos, buf, n);
 }
@@ -127,11 +157,12 @@ void TqFileOStreamBuf::setBytes(std::uint64_t pos, const unsigned char* buf, std
     requireFile(detail::kWriteFileError);
     const std::uint64_t pending = m_pending.tell();
     const std::uint64_t pendingStart = TqFileStreamBufImpl::tell();
-    if (pendingStart != kNoPosition && pos >= pendingStart && pos - pendingStart <= pending &&
-        n <= pending - (pos - pendingStart)) {
+    if (!hasLost() && pending != 0 && pendingStart != kNoPosition && pos >= pendingStart &&
+        pos - pendingStart <= pending && n <= pending - (pos - pendingStart)) {
         m_pending.setBytes(pos - pendingStart, buf, n);
         return;
     }
+    const AppendGuard guard(*this);
     flushPending();
     if (pos > TqFileStreamBufImpl::length())
         detail::throwOutOfStreamBuffer();

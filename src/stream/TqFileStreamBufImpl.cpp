@@ -78,8 +78,10 @@ TqFileStreamBufImpl::TqFileStreamBufImpl(void* handle) {
     m_stream = static_cast<std::FILE*>(handle);
     if (!hasFile())
         return;
-    // What the caller did with the stream is unknown: its bytes go to the file now, and the first write moves first.
-    platform::flushStream(m_stream);
+    // What the caller did with the stream is unknown: its bytes go to the file now, and the first write moves first. A
+    // stream that cannot be flushed because it only reads gets no error mark.
+    if (!platform::flushStream(m_stream) && platform::hasFailed(m_stream))
+        m_accepted = Accepted::kLost;
     m_lastOperation = LastOperation::kRead;
     m_descriptor = platform::descriptorOf(m_stream);
 }
@@ -89,13 +91,30 @@ TqFileStreamBufImpl::~TqFileStreamBufImpl() {
 }
 
 void TqFileStreamBufImpl::closeForGood() noexcept {
-    const bool wasThrown = hasFile() && platform::hasFailed(m_stream);
+    const bool wasReported = m_accepted == Accepted::kReported;
     try {
         close(); // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall): that of the class whose destructor runs is meant
     } catch (const wchar_t*) {
-        if (!wasThrown)
+        if (!wasReported)
             std::terminate();
     }
+}
+
+// Brings what the C stream holds to the file. False when that fails. Bytes are accepted by a stream without an error
+// mark only; one that is there now tells that they are lost already.
+bool TqFileStreamBufImpl::settle() noexcept {
+    const bool isFlushed = platform::flushStream(m_stream);
+    if (m_accepted == Accepted::kPending)
+        m_accepted = isFlushed && !platform::hasFailed(m_stream) ? Accepted::kStored : Accepted::kLost;
+    return isFlushed;
+}
+
+// Throws `text` for a call that failed, and with it any loss that the failure meant. Of a write that fails nobody knows
+// whether it was its own bytes that did not fit or those that waited before them.
+void TqFileStreamBufImpl::refuse(const wchar_t* text) {
+    if (m_accepted == Accepted::kPending || m_accepted == Accepted::kLost)
+        reportLoss();
+    throwFileError(text);
 }
 
 bool TqFileStreamBufImpl::hasFile() const noexcept {
@@ -162,12 +181,11 @@ void* TqFileStreamBufImpl::fileHandle() const {
 void TqFileStreamBufImpl::close() {
     bool isLost = false;
     if (hasFile()) {
-        isLost = platform::hasFailed(m_stream);
-        if (m_isDirty && !platform::flushStream(m_stream))
-            isLost = true;
+        if (m_isDirty)
+            settle();
         platform::releaseLock(m_descriptor);
-        if (!platform::closeStream(m_stream) && m_isDirty)
-            isLost = true;
+        const bool isClosed = platform::closeStream(m_stream);
+        isLost = hasLost() || (m_accepted == Accepted::kStored && !isClosed);
     }
     forget();
     if (isLost)
@@ -185,6 +203,7 @@ void TqFileStreamBufImpl::forget() noexcept {
     m_shareMode = TqIO::ShareMode{};
     m_isDirty = false;
     m_lastOperation = LastOperation::kMove;
+    m_accepted = Accepted::kNone;
     m_descriptor = -1;
     m_isRegistered = 0;
 }
@@ -197,8 +216,8 @@ std::uint64_t TqFileStreamBufImpl::length() const {
     if (!hasFile())
         return 0;
     const std::uint64_t size = platform::fileSize(m_descriptor);
-    if (m_lastOperation != LastOperation::kWrite)
-        return size; // moving and reading have emptied the C stream
+    if (m_accepted != Accepted::kPending)
+        return size;
     const std::int64_t position = platform::tellStream(m_stream);
     return position > 0 && static_cast<std::uint64_t>(position) > size ? static_cast<std::uint64_t>(position) : size;
 }
@@ -217,19 +236,24 @@ std::uint64_t TqFileStreamBufImpl::seek(std::uint64_t offset, TqIO::SeekType typ
         distance = static_cast<std::int64_t>(TqFileStreamBufImpl::tell() - offset);
     else if (type == TqIO::kSeekForward)
         whence = SEEK_CUR;
+    const bool isPending = m_accepted == Accepted::kPending;
     if (platform::seekStream(m_stream, distance, whence)) {
         m_lastOperation = LastOperation::kMove;
+        if (isPending)
+            m_accepted = Accepted::kStored; // moving has emptied the C stream
         return 0;
     }
+    if (isPending)
+        settle();
     if ((offset & kQuietOffset) != kQuietOffset)
-        throwFileError(kFileInternalError);
+        refuse(kFileInternalError);
     return ~std::uint64_t{0};
 }
 
 void TqFileStreamBufImpl::readBytes(unsigned char* buf, std::uint32_t n) {
     requireFile(kEndOfFile);
-    if (m_lastOperation == LastOperation::kWrite && !platform::flushStream(m_stream))
-        throwFileError(kWriteFileError);
+    if (m_lastOperation == LastOperation::kWrite && !settle())
+        refuse(kWriteFileError);
     m_lastOperation = LastOperation::kRead;
     platform::readStream(m_stream, buf, n);
 }
@@ -239,9 +263,11 @@ void TqFileStreamBufImpl::writeBytes(const unsigned char* buf, std::uint32_t n) 
     if (m_lastOperation == LastOperation::kRead)
         platform::seekStream(m_stream, 0, SEEK_CUR); // refused by pipes, which need no move
     m_lastOperation = LastOperation::kWrite;
-    if (!platform::writeStream(m_stream, buf, n))
-        throwFileError(kWriteFileError);
+    if (hasLost() || !platform::writeStream(m_stream, buf, n))
+        refuse(kWriteFileError);
     m_isDirty = true;
+    if (n != 0)
+        m_accepted = Accepted::kPending;
 }
 
 void TqFileStreamBufImpl::readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) {
@@ -271,8 +297,8 @@ void TqFileStreamBufImpl::setBytes(const unsigned char* buf, std::uint32_t n) {
     const PositionKeeper keeper(*this);
     TqFileStreamBufImpl::writeBytes(buf, n);
     // Moving back writes the bytes out anyway. Done here, a full disk is an error that can be reported.
-    if (!platform::flushStream(m_stream))
-        throwFileError(kWriteFileError);
+    if (!settle())
+        refuse(kWriteFileError);
 }
 
 void TqFileStreamBufImpl::setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) {

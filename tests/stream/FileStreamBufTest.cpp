@@ -34,8 +34,9 @@ public:
         : m_kind(kind), m_random(seed), m_path(folder.path("run")), m_buf(openForUpdate(kind, folder.wide("run"))) {}
 
     void step() {
-        // Around the write-behind threshold now and then, small otherwise.
-        const auto n = static_cast<uint32_t>(m_random() % 16 == 0 ? 16380 + m_random() % 10 : m_random() % 3000);
+        // Around the write-behind threshold or nothing now and then, small otherwise.
+        const auto size = m_random() % 16;
+        const auto n = static_cast<uint32_t>(size == 0 ? 16380 + m_random() % 10 : size == 1 ? 0 : m_random() % 3000);
         const uint64_t pos = somePosition(n);
         const bool isPositioned = m_random() % 2 == 0;
         const bool isWriting = m_random() % 2 == 0;
@@ -368,14 +369,21 @@ BufPtr openFull(Kind kind) {
     return openForUpdate(kind, L"/dev/full", TqIO::kOpenExisting);
 }
 
+// A stream in which bytes of the caller's wait.
+BufPtr takeOverFull() {
+    std::FILE* const full = std::fopen("/dev/full", "w");
+    std::fputs("bytes", full);
+    return BufPtr(createFileIOStreamBuf(full));
+}
+
 TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
     const Bytes large(100000, 'x');
     for (const Kind kind : {kPlain, kOutput}) {
         const BufPtr buf = openFull(kind);
         ASSERT_NE(buf->fileName(), nullptr);
         EXPECT_EQ(thrownBy([&] { buf->writeBytes(large.data(), 100000); }), kWriteError);
-        const uint32_t more = kind == kPlain ? 1 : 20000; // what is not pending
-        EXPECT_EQ(thrownBy([&] { buf->writeBytes(large.data(), more); }), kWriteError) << "the stream stays in error";
+        EXPECT_EQ(thrownBy([&] { buf->writeBytes(large.data(), 1); }), kWriteError) << "the stream stays in error";
+        EXPECT_EQ(thrownBy([&] { buf->close(); }), L"") << "nothing was accepted";
 
         // Lost where the C stream is emptied, and, of the output buffer, before that.
         for (const uint32_t pendingBytes : {100U, kind == kPlain ? 200U : 10000U}) {
@@ -396,6 +404,8 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
                 const BufPtr lost = openFull(kind);
                 lost->writeBytes(large.data(), 10);
                 EXPECT_NE(thrownBy([&] { lose(*lost); }), L"");
+                EXPECT_EQ(thrownBy([&] { lost->writeBytes(large.data(), 10); }), kWriteError);
+                EXPECT_EQ(thrownBy([&] { lost->setBytes(0, large.data(), 1); }), kWriteError);
                 if (closes) {
                     EXPECT_EQ(thrownBy([&] { lost->close(); }), kWriteError);
                 }
@@ -411,18 +421,57 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
     }
     const BufPtr plain = openFull(kPlain);
     EXPECT_EQ(thrownBy([&] { plain->setBytes(large.data(), 10); }), kWriteError);
+
+    const TempFolder folder;
+    writeFile(folder.path("f"), bytesOf("read only"));
+    for (const bool closes : {true, false}) { // no accepted byte is lost
+        const BufPtr readOnly = openForUpdate(kPlain, folder.wide("f"), TqIO::kOpenExisting, TqIO::kAccessRead);
+        EXPECT_EQ(thrownBy([&] { readOnly->writeBytes(large.data(), 10); }), kWriteError);
+        std::FILE* const directory = std::fopen("/", "r");
+        EXPECT_EQ(std::fgetc(directory), EOF);
+        EXPECT_NE(std::ferror(directory), 0);
+        const BufPtr marked(createFileIOStreamBuf(directory));
+        if (closes) {
+            EXPECT_EQ(thrownBy([&] { readOnly->close(); }), L"");
+            EXPECT_EQ(thrownBy([&] { marked->close(); }), L"");
+        }
+    }
+    EXPECT_EQ(thrownBy([] { takeOverFull()->close(); }), kWriteError) << "the caller's bytes";
 }
 
-TEST(FileStreamBufDeathTest, PendingBytesLostInTheDestructorEndTheProcess) {
+TEST(FileStreamBufDeathTest, BytesLostUnsaidEndTheProcessInTheDestructor) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const Kind kind : {kPlain, kOutput})
-        EXPECT_DEATH(
-            {
-                BufPtr buf = openFull(kind);
-                buf->writeByte('x');
-                destoryFileIOStreamBuf(buf.release());
-            },
-            "");
+        for (const bool seeks : {false, true})
+            EXPECT_DEATH(
+                {
+                    BufPtr buf = openFull(kind);
+                    buf->writeByte('x');
+                    if (seeks && buf->seek(0xFFFFFFFF, TqIO::kSeekStart) == UINT64_MAX) // quietly
+                        buf.reset();
+                    if (!seeks)
+                        destoryFileIOStreamBuf(buf.release());
+                },
+                "");
+    EXPECT_DEATH(takeOverFull(), "");
+}
+
+TEST(FileStreamBuf, WhatIsAppendedAfterTheEndWasReadIsReadOn) {
+    const TempFolder folder;
+    for (const Kind kind : {kPlain, kOutput}) {
+        writeFile(folder.path("f"), bytesOf("ab"));
+        const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
+        unsigned char got[6] = {};
+        buf->readBytes(got, 3);
+        std::ofstream(folder.path("f"), std::ios::app) << "cdef";
+        EXPECT_FALSE(buf->isEOS());
+        buf->readBytes(got + 2, 1);
+        EXPECT_EQ(buf->readByte(), 'd');
+        TqFlatMemBuf copy;
+        copy.copyFrom(buf.get(), 0, 0);
+        EXPECT_EQ(Bytes(copy.buffer(), copy.buffer() + copy.length()), bytesOf("ef"));
+        EXPECT_EQ(Bytes(got, got + 3), bytesOf("abc"));
+    }
 }
 
 TEST(FileStreamBuf, ReadingWhereReadingIsNotAllowedSpoilsNoLaterWrite) {

@@ -25,9 +25,10 @@ public:
     /// The C stream (a FILE*). No file: all bits set; after an open that was refused with 72 or 433 because the file is
     /// in use: null. Who reads or writes through it positions it before using the buffer again.
     virtual void* fileHandle() const = 0;
-    /// Gives the file up. Throws "Write file error!", with the file closed nevertheless, when bytes that had been
-    /// accepted cannot be written or any write before had failed. Destroying a buffer closes it too; there a failure
-    /// that no call has thrown yet ends the process: call close() first where the disk may be full.
+    /// Gives the file up. Throws "Write file error!", with the file closed nevertheless, when bytes that a call had
+    /// accepted could not be written, now or before; a write that was refused as a whole is no such loss. Destroying a
+    /// buffer closes it too; there a loss that no call has thrown yet ends the process: call close() first where the
+    /// disk may be full.
     virtual void close() = 0;
 
 protected:
@@ -50,11 +51,13 @@ public:
     TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
                         TqIO::CreationDisposition creation);
     /// Takes over `handle`, an open FILE* of the caller's, which close() will close: no name, share mode 0, no lock.
-    /// Null and the all-ones value mean no file.
+    /// What the caller has written to it goes to the file now; where that fails, close() throws. A mark of an earlier
+    /// error stays, and refuses writes. Null and the all-ones value mean no file.
     explicit TqFileStreamBufImpl(void* handle);
     ~TqFileStreamBufImpl() override;
 
-    /// Closes what is open (close() may throw) and opens `name`, in the encoding of the current locale or else UTF-8.
+    /// Closes what is open (close() may throw) and opens `name`, in the encoding of the current locale where that holds
+    /// it exactly, else and in the locale "C" as UTF-8.
     /// Returned: eOk; eFileOpenFailed, the system refuses the file, or an existing one may not be read and written as
     /// kCreateNew or kOpenAlways needs, or the name has no encoding; eFileNotAccessible, kOpenExisting and the file is
     /// missing or refused, or already open exclusively here; eFileLockedByProcess. Thrown by value as
@@ -77,7 +80,8 @@ public:
 
     /// All bits set where the stream has no position (a pipe).
     std::uint64_t tell() const override;
-    /// Size of the file, the bytes that are still in the C stream included.
+    /// Size of the file, the bytes that are still in the C stream included. A move past the end and an empty write
+    /// there add nothing.
     std::uint64_t length() const override;
     /// Deliberately does not shorten the file: moves to its end.
     void truncate() override;
@@ -88,12 +92,13 @@ public:
     std::uint64_t seek(std::uint64_t offset, TqIO::SeekType type) override;
 
     /// Reading less than `n` bytes, at the end of the file or because it was opened for writing only, is not reported;
-    /// the rest of `buf` is left as it was.
+    /// the rest of `buf` is left as it was. What is appended to the file later is read by the next call.
     void readBytes(unsigned char* buf, std::uint32_t n) override;
     /// As TqStreamBuf's, with a file; so is the positioned write.
     void readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
     /// Throws "Write file error!" when the stream does not take all bytes (a signal that interrupts the system's write
-    /// counts), and always after it has once failed.
+    /// counts), and always after it has once failed. Bytes accepted before that were still in the C stream then count
+    /// as lost.
     void writeBytes(const unsigned char* buf, std::uint32_t n) override;
     void writeBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
     /// Reads and puts the position back. Failing to put it back ends the process.
@@ -112,6 +117,10 @@ public:
 protected:
     /// For destructors: close(), whose failure ends the process unless a call before has thrown it.
     void closeForGood() noexcept;
+    /// True when accepted bytes could not be written: no more are accepted.
+    bool hasLost() const noexcept { return m_accepted >= Accepted::kLost; }
+    /// A call is about to throw that accepted bytes are lost.
+    void reportLoss() noexcept { m_accepted = Accepted::kReported; }
     /// True between an open that succeeded and close().
     bool hasFile() const noexcept;
     /// Throws `text` when there is no file.
@@ -121,16 +130,22 @@ protected:
 
 private:
     enum class LastOperation : unsigned char { kMove, kRead, kWrite };
+    // What became of the bytes that calls have accepted. kPending: some may still be in the C stream. kReported: lost,
+    // and a call has thrown it.
+    enum class Accepted : unsigned char { kNone, kStored, kPending, kLost, kReported };
     class PositionKeeper;
 
     static std::FILE* noFile() noexcept { return reinterpret_cast<std::FILE*>(~std::uintptr_t{0}); }
     void forget() noexcept;
+    [[gnu::visibility("hidden")]] bool settle() noexcept;
+    [[gnu::visibility("hidden"), noreturn]] void refuse(const wchar_t* text);
 
     std::FILE* m_stream = noFile();
     wchar_t* m_name = nullptr;
     TqIO::ShareMode m_shareMode = TqIO::ShareMode{};
     bool m_isDirty = false;
     LastOperation m_lastOperation = LastOperation::kMove; // C streams want a move between reading and writing
+    Accepted m_accepted = Accepted::kNone;
     std::int32_t m_descriptor = -1;
     std::int32_t m_isRegistered = 0;
 };
@@ -177,7 +192,7 @@ private:
 /// Writes a file behind a buffer of 16,384 bytes in memory. What is written goes on to the C stream when the buffer is
 /// full and before every read, and to the file on every move and at close(); other processes see what is in the file.
 /// tell() and length() count what is pending. A write that fails may take along what was pending before it: close()
-/// throws then.
+/// throws then, and no write is accepted any more.
 class TQ_API TqFileOStreamBuf : public TqFileStreamBufImpl {
 public:
     /// As the base's; in addition `bufferSize` bytes, at most those 16,384, are reserved at once, and a status other
@@ -200,17 +215,19 @@ public:
     void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
     /// Both store the bytes at the stated place, extending the data where they pass its end, and leave the position.
     /// A start beyond the end of the data (which a move does not extend) throws a TqException, "Out of stream buffer!",
-    /// and writes nothing.
+    /// and writes nothing, with n = 0 as well.
     void setBytes(const unsigned char* buf, std::uint32_t n) override;
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
 
 private:
+    class AppendGuard;
+
     void writeSlowly(const unsigned char* buf, std::uint32_t n);
     void flushPending();
     void dropPending();
 
-    // Its position is the number of pending bytes. Its length is 0 without a file and until the first write, then the
-    // write-behind limit: so one comparison decides whether bytes can be appended.
+    // Its position is the number of pending bytes. Its length is the write-behind limit where more can be appended, so
+    // that one comparison decides; else its position: without a file, until the first write, and after a failure.
     TqFlatMemBuf m_pending;
 };
 
