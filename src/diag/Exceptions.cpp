@@ -96,6 +96,8 @@ const wchar_t* TqErrorStatus::description() const {
         const wchar_t* message = m_pszMessage ? m_pszMessage : kEmptyWide;
         wchar_t text[kDescriptionCapacity];
         const int prefix = std::swprintf(text, kDescriptionCapacity, L"error type: %d\tmessage:", int{m_errorType});
+        if (prefix < 0)
+            return nullptr; // a C library may need memory for it
         const auto start = static_cast<std::size_t>(prefix);
         const std::size_t count = std::min(std::wcslen(message), kDescriptionCapacity - 1 - start);
         std::wmemcpy(text + start, message, count);

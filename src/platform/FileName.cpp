@@ -1,72 +1,67 @@
 #include "platform/FileName.h"
 
+#include "platform/CharacterClass.h"
+#include "platform/CharacterLocale.h"
+#include "platform/LocaleText.h"
 #include "platform/Utf8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
+#include <cstdint>
 #include <new>
+#include <string_view>
+#include <utility>
 
 namespace tq::platform {
 
 namespace {
 
 // Asked first, because a C library may encode more than Unicode has: longer forms of UTF-8 that name no character.
-bool isUnicode(const wchar_t* name) {
-    constexpr char32_t kLastCharacter = 0x10FFFF;
-    while (*name != L'\0' && static_cast<char32_t>(*name) <= kLastCharacter)
-        ++name;
-    return *name == L'\0';
+bool isUnicode(std::wstring_view name) {
+    constexpr std::uint32_t kLastCharacter = 0x10FFFF;
+    return std::all_of(name.begin(), name.end(), [](wchar_t c) { return codeOf(c) <= kLastCharacter; });
 }
 
-constexpr auto kNotExpressible = static_cast<std::size_t>(-1);
-
-bool toLocaleEncoding(const wchar_t* name, std::string& out) {
-    const std::size_t length = std::wcstombs(nullptr, name, 0);
-    if (length == kNotExpressible)
-        return false;
-    out.resize(length); // the terminator has a place of its own behind these
-    return std::wcstombs(out.data(), name, length + 1) == length;
-}
-
-bool fromLocaleEncoding(const char* text, std::wstring& out) {
-    const std::size_t length = std::mbstowcs(nullptr, text, 0);
-    if (length == kNotExpressible)
-        return false;
-    out.resize(length);
-    return std::mbstowcs(out.data(), text, length + 1) == length;
-}
-
-void fromUtf8(const char* text, std::wstring& out) {
+// False when a byte fits no character; U+FFFD stands for it then.
+bool fromUtf8(const char* text, std::wstring& out) {
+    bool isValid = true;
     out.clear();
     while (*text != '\0') {
         char32_t character = kReplacementCharacter;
         const std::size_t length = decodeUtf8(text, character);
+        isValid = isValid && length != 0;
         out += static_cast<wchar_t>(character);
-        text += length != 0 ? length : 1;
+        text += std::max<std::size_t>(length, 1);
+    }
+    return isValid;
+}
+
+template <class Convert>
+int errorOf(Convert convert, const wchar_t* name, std::string& out) noexcept {
+    if (name == nullptr)
+        return EINVAL;
+    try {
+        return convert(name, out) ? 0 : EILSEQ;
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
     }
 }
 
 } // namespace
 
 bool toFileName(const wchar_t* name, std::string& out) {
-    if (!isUnicode(name))
+    const std::wstring_view characters = name;
+    if (!isUnicode(characters))
         return false;
-    const int before = errno;
-    if (!toLocaleEncoding(name, out))
+    const bool isPlain = std::all_of(characters.begin(), characters.end(), isAscii);
+    if (isPlain || isPlainLocale() || !toLocaleText(name, out))
         out = utf8Of(name);
-    errno = before;
     return true;
 }
 
 int fileNameError(const wchar_t* name, std::string& out) noexcept {
-    if (name == nullptr)
-        return EINVAL;
-    try {
-        return toFileName(name, out) ? 0 : EILSEQ;
-    } catch (const std::bad_alloc&) {
-        return ENOMEM;
-    }
+    return errorOf(toFileName, name, out);
 }
 
 bool toUtf8FileName(const wchar_t* name, std::string& out) {
@@ -76,11 +71,16 @@ bool toUtf8FileName(const wchar_t* name, std::string& out) {
     return true;
 }
 
+int utf8FileNameError(const wchar_t* name, std::string& out) noexcept {
+    return errorOf(toUtf8FileName, name, out);
+}
+
 void fromSystemText(const char* text, std::wstring& out) {
-    const int before = errno;
-    if (!fromLocaleEncoding(text, out))
-        fromUtf8(text, out);
-    errno = before;
+    if (!fromUtf8(text, out)) {
+        std::wstring inLocale;
+        if (fromLocaleText(text, inLocale))
+            out = std::move(inLocale);
+    }
 }
 
 } // namespace tq::platform

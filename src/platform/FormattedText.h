@@ -19,7 +19,8 @@ public:
     /// Characters without the terminator; -1 when there is no text: the C library refused, the text and its terminator
     /// need more than 524,288 characters, or there is no memory.
     int length() const noexcept { return m_length; }
-    /// length() characters, which may include zeros, and a terminator.
+    /// length() characters and a terminator. After a character 0 among them the C library of macOS leaves zeros for the
+    /// rest.
     const wchar_t* text() const noexcept { return m_large != nullptr ? m_large.get() : m_small; }
 
 private:

@@ -24,7 +24,7 @@ bool isEmpty(const wchar_t* path) {
 // False, with errno set, when the path has no such form.
 bool toMultibyte(const wchar_t* path, std::string& out) {
     platform::useUtf8Characters();
-    const int error = platform::fileNameError(path, out);
+    const int error = platform::utf8FileNameError(path, out);
     if (error != 0)
         errno = error;
     return error == 0;

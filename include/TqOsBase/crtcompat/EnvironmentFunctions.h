@@ -3,13 +3,14 @@
 #include <TqOsBase/Export.h>
 
 /// \file
-/// The environment of the process in wide text. Texts are converted as file names are: in the encoding of the current
-/// locale, or as UTF-8 when that cannot express them. Names, and texts to be put, are bounded to 1,024 bytes with their
-/// terminator; longer ones are refused with `errno` ENAMETOOLONG, null with EINVAL, a character outside Unicode with
-/// EILSEQ. Nobody else may use the environment at the same time.
+/// The environment of the process in wide text. Texts are converted as file names are: to the encoding of the current
+/// locale where that holds them exactly, else, and in the locale "C", to UTF-8. Names, and texts to be put, are bounded
+/// to 1,024 bytes with their terminator; longer ones are refused with `errno` ENAMETOOLONG, null with EINVAL, a
+/// character outside Unicode with EILSEQ. Nobody else may use the environment at the same time.
 
 /// The value of an environment variable, of any length, in memory that the caller releases with free(); its namesake
-/// hands out memory of its own. A byte that fits no character becomes U+FFFD. Null when the variable is not set, when
+/// hands out memory of its own. It is read as UTF-8 when it is valid there, else in the encoding of the locale, else as
+/// UTF-8 in which a byte that fits no character becomes U+FFFD. Null when the variable is not set, when
 /// the name is refused, and without memory (ENOMEM).
 TQ_API wchar_t* _wgetenv(const wchar_t* name);
 

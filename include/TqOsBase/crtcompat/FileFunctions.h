@@ -5,9 +5,10 @@
 #include <cstdio>
 
 /// \file
-/// Files by wide name. A name is converted to the encoding of the current locale, or to UTF-8 when that cannot express
-/// it. Unless said otherwise, one that does not fit in 1,024 bytes with its terminator is refused with `errno`
-/// ENAMETOOLONG, never cut; null is refused with EINVAL, a character outside Unicode with EILSEQ.
+/// Files by wide name. A name that is not ASCII alone is converted to the encoding of the current locale where that
+/// holds it exactly, else, and in the locale "C", to UTF-8. Unless said otherwise, one that does not fit in 1,024 bytes
+/// with its terminator is refused with `errno` ENAMETOOLONG, never cut; null is refused with EINVAL, a character
+/// outside Unicode with EILSEQ.
 
 /// fopen(): the modes are its own, without the encodings that its namesake knows ("ccs="), and text is not translated.
 /// The caller closes the stream. Null, with `errno`, on failure.

@@ -9,7 +9,8 @@
 /// Formatted text under the Microsoft C runtime's names and signatures, over the C library's vsnprintf and vswprintf.
 /// The formats are theirs: in a wide format `%s` takes narrow text, and wide text needs `%ls`. An argument list that is
 /// passed in stays unread, so that it can be used again. There is no invalid-parameter handler: what fails returns -1.
-/// All are reentrant; text that changes its encoding follows the current C locale.
+/// All are reentrant; text that changes its encoding follows the current C locale. macOS writes zeros for what follows
+/// a character 0 in a wide text, and counts all of it.
 
 /// Length of the text, without its terminator. -1 when the C library refuses.
 TQ_API int _vscprintf(const char* format, std::va_list arguments);
