@@ -1,5 +1,7 @@
 #include "platform/StandardStreams.h"
 
+#include "platform/LocaleText.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
@@ -38,8 +40,9 @@ std::string formatted(const char* format, std::va_list arguments) {
 
 } // namespace
 
-bool canPrintWide(const wchar_t* text) noexcept {
-    return std::fwide(stdout, 0) >= 0 && std::wcstombs(nullptr, text, 0) != static_cast<std::size_t>(-1);
+bool canPrintWide(const wchar_t* text) {
+    std::string ignored;
+    return std::fwide(stdout, 0) > 0 && toLocaleText(text, ignored);
 }
 
 void printNarrow(const char* format, ...) {

@@ -7,9 +7,10 @@ namespace tq::platform {
 // A C stream takes either narrow or wide text, whichever came first, and drops the other kind. These calls arrive
 // whatever was written before.
 
-/// True when wide text can go to standard output as it is: the stream has not become a narrow one, and the current
-/// locale can express `text`.
-bool canPrintWide(const wchar_t* text) noexcept;
+/// True when wide text can go to standard output as it is: the stream is a wide one already (one that has taken no text
+/// yet stays free for the narrow text of the program), and the current locale can express `text`. Throws
+/// std::bad_alloc.
+bool canPrintWide(const wchar_t* text);
 
 /// printf() to standard output. Once that has become a wide stream the bytes bypass it, in order.
 void printNarrow(const char* format, ...);

@@ -61,6 +61,7 @@ TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
          "a1b\xC3\xA9"
          "c\nTqAsserter failed-- d.cpp:12 "},
         {[] {
+             std::fwide(stdout, 1);
              TqTracer(L"a%d", 1);
              TqTracer("b%s", "\xC3\xA9");
              TqTracer(L"c");
@@ -69,6 +70,20 @@ TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
          },
          "a1b\xC3\xA9"
          "cd\nTqAsserter failed-- e.cpp:12 "},
+        {[] { // the program's own output goes on
+             TqTracer(L"a");
+             assertFailed(L"b");
+             std::printf("c");
+             std::wprintf(L"lost: the stream is a narrow one");
+         },
+         "a\nTqAsserter failed-- b:12 c"},
+        {[] {
+             std::fwide(stdout, 1);
+             TqTracer(L"a\u00E9");
+             std::wprintf(L"b");
+         },
+         "a\xC3\xA9"
+         "b"},
         {[] { assertFailed(L"a.cpp"); }, "\nTqAsserter failed-- a.cpp:12 "},
         {[] { assertFailed(L"\u00E9.cpp"); }, "\nTqAsserter failed-- \xC3\xA9.cpp:12 "},
         {[] { assertFailed(nullptr); }, "\nTqAsserter failed-- (null):12 "},

@@ -7,7 +7,7 @@ class TQ_API TqAsserter {
 public:
     /// The hook, a plain pointer read without a lock: set it once at start-up, and not to null. At the start it prints
     /// "\nTqAsserter failed-- <file>:<line> " to standard output, without a line feed at the end and without the
-    /// message, and returns: the program goes on. Where standard output is a stream of narrow text, or the current
-    /// locale cannot express the file name, it prints UTF-8.
+    /// message, and returns: the program goes on. It prints UTF-8, unless standard output is a stream of wide text
+    /// already.
     static void (*sm_pfnAssert)(const wchar_t* message, const wchar_t* file, int line);
 };

@@ -20,8 +20,8 @@ public:
 
     /// @{
     /// The hooks at the start: print to standard output with `text` as the format of printf() and no arguments, so a
-    /// percent sign in it is deliberately taken as a directive. The wide one prints UTF-8 where standard output has
-    /// become a stream of narrow text or the current locale cannot express the text.
+    /// percent sign in it is deliberately taken as a directive. The wide one prints UTF-8, so that the program's own
+    /// printf() and std::cout go on working, unless standard output is a stream of wide text already.
     static void defaultTraceA(const char* text);
     static void defaultTraceW(const wchar_t* text);
     /// @}
