@@ -3,6 +3,7 @@
 
 #include <TqOsBase/crtcompat/MultibyteFunctions.h>
 
+#include <climits>
 #include <cstring>
 #include <strings.h>
 
@@ -37,19 +38,21 @@ unsigned char* _mbsninc(const unsigned char* p, std::size_t n) {
 }
 
 int _mbscmp(const unsigned char* a, const unsigned char* b) {
-    return std::strcmp(chars(a), chars(b));
+    return a != nullptr && b != nullptr ? std::strcmp(chars(a), chars(b)) : INT_MAX;
 }
 
 int _mbsicmp(const unsigned char* a, const unsigned char* b) {
-    return ::strcasecmp(chars(a), chars(b));
+    return a != nullptr && b != nullptr ? ::strcasecmp(chars(a), chars(b)) : INT_MAX;
 }
 
 unsigned char* _mbsstr(const unsigned char* a, const unsigned char* b) {
+    if (a == nullptr || b == nullptr)
+        return nullptr;
     return reinterpret_cast<unsigned char*>(const_cast<char*>(std::strstr(chars(a), chars(b))));
 }
 
 std::size_t _mbslen(const unsigned char* s) {
-    return std::strlen(chars(s));
+    return s != nullptr ? std::strlen(chars(s)) : 0;
 }
 
 unsigned char* _mbsdec(const unsigned char*, const unsigned char*) {

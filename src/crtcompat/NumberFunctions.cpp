@@ -30,7 +30,7 @@ public:
     }
     template <class Char>
     Char* write(Char* buf) const {
-        return write(buf, length());
+        return buf != nullptr ? write(buf, length()) : nullptr;
     }
 
 private:
@@ -80,7 +80,7 @@ wchar_t* _ui64tow(long long value, wchar_t* buf, int) {
 }
 
 int _itow_s(int value, wchar_t* buf, std::size_t size, int) {
-    if (size == 0)
+    if (buf == nullptr || size == 0)
         return -1;
     const Digits digits(value);
     const bool fits = digits.length() < size;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <climits>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
@@ -20,41 +21,45 @@ wchar_t lower(wchar_t c) {
     return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
 }
 
+std::size_t lengthOf(const wchar_t* s) {
+    return s != nullptr ? std::wcslen(s) : 0;
+}
+
 wchar_t* g_plast4wcstok = nullptr;
 
 } // namespace
 
 char* _strlwr(char* s) {
     const auto lowerByte = [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); };
-    std::transform(s, s + std::strlen(s), s, lowerByte);
+    std::transform(s, s + (s != nullptr ? std::strlen(s) : 0), s, lowerByte);
     return s;
 }
 
 wchar_t* _wcsupr(wchar_t* s) {
-    return _wcsupr_s(s, std::wcslen(s));
+    return _wcsupr_s(s, lengthOf(s));
 }
 
 wchar_t* _wcslwr(wchar_t* s) {
-    std::transform(s, s + std::wcslen(s), s, lower);
+    std::transform(s, s + lengthOf(s), s, lower);
     return s;
 }
 
 wchar_t* _wcsupr_s(wchar_t* s, std::size_t size) {
-    std::transform(s, s + size, s, upper);
+    std::transform(s, s + (s != nullptr ? size : 0), s, upper);
     return s;
 }
 
 wchar_t* _wcsrev(wchar_t* s) {
-    std::reverse(s, s + std::wcslen(s));
+    std::reverse(s, s + lengthOf(s));
     return s;
 }
 
 int _wcsicoll(const wchar_t* a, const wchar_t* b) {
-    return std::wcscoll(a, b);
+    return a != nullptr && b != nullptr ? std::wcscoll(a, b) : INT_MAX;
 }
 
 std::size_t _wcscspn(const wchar_t* s, const wchar_t* set) {
-    return std::wcscspn(s, set);
+    return s != nullptr && set != nullptr ? std::wcscspn(s, set) : 0;
 }
 
 wchar_t* _wcsinc(const wchar_t* p) {
@@ -66,13 +71,15 @@ wchar_t* _wcsninc(const wchar_t* p, std::size_t n) {
 }
 
 unsigned int _wcsnextc(const wchar_t* p) {
-    return static_cast<unsigned int>(p[1]);
+    return p != nullptr ? static_cast<unsigned int>(p[1]) : 0;
 }
 
 wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters) {
     if (s != nullptr)
         g_plast4wcstok = nullptr;
     else if (g_plast4wcstok == nullptr)
+        return nullptr;
+    if (delimiters == nullptr)
         return nullptr;
     return std::wcstok(s, delimiters, &g_plast4wcstok);
 }
@@ -82,7 +89,7 @@ int lstrlenA(const char* s) {
 }
 
 int lstrlenW(const wchar_t* s) {
-    return s != nullptr ? static_cast<int>(std::wcslen(s)) : 0;
+    return static_cast<int>(lengthOf(s));
 }
 
 wchar_t* lstrcpy(wchar_t* dst, const wchar_t* src) {

@@ -36,6 +36,8 @@ TEST(NumberFunctions, IntegersAreDecimalWhateverTheRadix) {
     for (const int value : {7, INT_MIN}) {
         const std::wstring text = std::to_wstring(value);
         EXPECT_EQ(_itow_s(value, room.last(0), 0, 2), -1);
+        EXPECT_EQ(_itow_s(value, nullptr, 10, 2), -1);
+        EXPECT_EQ(_itow(value, nullptr, 2), nullptr);
         for (std::size_t size = 1; size <= text.size() + 2; ++size) {
             EXPECT_EQ(_itow_s(value, room.last(size), size, 2),
                       size > text.size() ? static_cast<int>(text.size()) : -1);

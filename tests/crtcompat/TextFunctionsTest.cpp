@@ -1,6 +1,7 @@
 #include <TqOsBase/crtcompat/MultibyteFunctions.h>
 #include <TqOsBase/crtcompat/StringFunctions.h>
 
+#include <climits>
 #include <clocale>
 #include <csignal>
 #include <cwctype>
@@ -33,6 +34,13 @@ TEST(MultibyteFunctions, EveryByteIsACharacter) {
         EXPECT_EQ(sign(_mbscmp(bytes(a), bytes(b))), exact) << a << " " << b;
         EXPECT_EQ(sign(_mbsicmp(bytes(a), bytes(b))), folded) << a << " " << b;
     }
+    for (const auto compare : {_mbscmp, _mbsicmp}) {
+        EXPECT_EQ(compare(nullptr, text), INT_MAX);
+        EXPECT_EQ(compare(text, nullptr), INT_MAX);
+    }
+    EXPECT_EQ(_mbsstr(nullptr, text), nullptr);
+    EXPECT_EQ(_mbsstr(text, nullptr), nullptr);
+    EXPECT_EQ(_mbslen(nullptr), 0U);
     for (const char* locale : {"C", "C.UTF-8"}) {
         std::setlocale(LC_ALL, locale);
         for (unsigned c = 0; c < 0x3100; ++c) {
@@ -59,10 +67,13 @@ TEST(StringFunctions, ChangeTheTextInPlace) {
         {CharUpper, text, text},
         {CharLower, text, text},
     };
+    EXPECT_EQ(_wcsupr_s(nullptr, 3), nullptr);
+    EXPECT_EQ(_strlwr(nullptr), nullptr);
     for (const auto& [function, before, after] : rows) {
         std::wstring changed = before;
         EXPECT_EQ(function(changed.data()), changed.data());
         EXPECT_EQ(changed, after);
+        EXPECT_EQ(function(nullptr), nullptr);
     }
     std::setlocale(LC_ALL, "C");
 
@@ -84,6 +95,8 @@ TEST(StringFunctions, LookAtTheText) {
     EXPECT_EQ(_wcsninc(text, 2), text + 2);
     EXPECT_EQ(_wcscspn(L"abc,d", L",;"), 3U);
     EXPECT_NE(_wcsicoll(L"a", L"A"), 0) << "case counts";
+    EXPECT_EQ(_wcsicoll(nullptr, text) & _wcsicoll(text, nullptr), INT_MAX);
+    EXPECT_EQ(_wcscspn(nullptr, text) + _wcscspn(text, nullptr) + _wcsnextc(nullptr), 0U);
     wchar_t copy[3] = L"##";
     EXPECT_EQ(lstrcpy(copy, text), copy);
     EXPECT_EQ(lstrcpy(copy, nullptr), nullptr);
@@ -95,6 +108,7 @@ TEST(StringFunctions, OneTokenizerForTheProcess) {
     wchar_t first[] = L",a,,bc;d";
     wchar_t second[] = L"x ";
     EXPECT_STREQ(_wcstok(first, L","), L"a");
+    EXPECT_EQ(_wcstok(nullptr, nullptr), nullptr);
     EXPECT_STREQ(_wcstok(nullptr, L",;"), L"bc");
     EXPECT_STREQ(_wcstok(second, L" "), L"x") << "another text takes its place";
     EXPECT_EQ(_wcstok(nullptr, L" "), nullptr);

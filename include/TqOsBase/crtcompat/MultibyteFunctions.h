@@ -20,13 +20,13 @@ TQ_API int _ismbcspace(unsigned int c);
 TQ_API unsigned char* _mbsinc(const unsigned char* p);
 /// p + n: unlike its namesake it does not stop at the terminator.
 TQ_API unsigned char* _mbsninc(const unsigned char* p, std::size_t n);
-/// strcmp(): its namesake too compares without a locale.
+/// strcmp(): its namesake too compares without a locale. INT_MAX when either is null.
 TQ_API int _mbscmp(const unsigned char* a, const unsigned char* b);
-/// strcasecmp(): without regard to the case of single bytes.
+/// strcasecmp(): without regard to the case of single bytes. INT_MAX when either is null.
 TQ_API int _mbsicmp(const unsigned char* a, const unsigned char* b);
-/// strstr(); null when `b` does not occur.
+/// strstr(); null when `b` does not occur or either is null.
 TQ_API unsigned char* _mbsstr(const unsigned char* a, const unsigned char* b);
-/// strlen(): bytes, not characters.
+/// strlen(): bytes, not characters; 0 for null.
 TQ_API std::size_t _mbslen(const unsigned char* s);
 
 /// @{

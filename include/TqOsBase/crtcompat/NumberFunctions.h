@@ -10,7 +10,7 @@
 
 /// @{
 /// Writes an integer and returns `buf`. The radix is ignored: the text is always decimal, with a minus sign for a
-/// negative number. The buffer must have room for the text and its terminator, 21 characters at most.
+/// negative number. The buffer must have room for the text and its terminator, 21 characters at most; null gives null.
 TQ_API char* _itoa(int value, char* buf, int radix);
 TQ_API char* _ltoa(long value, char* buf, int radix);
 TQ_API char* _i64toa(long long value, char* buf, int radix);
@@ -25,7 +25,7 @@ TQ_API wchar_t* _ui64tow(long long value, wchar_t* buf, int radix);
 
 /// The bounded form; the radix is ignored here too. Returns the length of the text, not an error code. A text that does
 /// not fit in `size` characters with its terminator is cut to size - 1 characters, terminated, and -1 is returned; with
-/// size 0 nothing is written.
+/// size 0 nothing is written, and null gives -1.
 TQ_API int _itow_s(int value, wchar_t* buf, std::size_t size, int radix);
 
 /// The decimal integer at the start of `s`, behind ASCII white space and an optional sign, whatever follows it; 0 when

@@ -6,8 +6,8 @@
 
 /// \file
 /// Text functions under their Windows names. wchar_t is 32 bits wide, and what depends on a locale follows the current
-/// C locale, in which nothing but ASCII has case or order until the program calls setlocale(). All are reentrant but
-/// _wcstok.
+/// C locale, in which nothing but ASCII has case or order until the program calls setlocale(). What gives its text back
+/// gives null for null. All are reentrant but _wcstok.
 
 /// Lower-cases each byte in place as tolower() does, and returns `s`.
 TQ_API char* _strlwr(char* s);
@@ -21,21 +21,22 @@ TQ_API wchar_t* _wcsupr_s(wchar_t* s, std::size_t size);
 /// Reverses the characters in front of the terminator in place, and returns `s`.
 TQ_API wchar_t* _wcsrev(wchar_t* s);
 
-/// wcscoll(): the order of the locale, with regard to case despite the name.
+/// wcscoll(): the order of the locale, with regard to case despite the name. INT_MAX when either is null.
 TQ_API int _wcsicoll(const wchar_t* a, const wchar_t* b);
-/// wcscspn(): characters at the start of `s` that are not in `set`.
+/// wcscspn(): characters at the start of `s` that are not in `set`; 0 when either is null.
 TQ_API std::size_t _wcscspn(const wchar_t* s, const wchar_t* set);
 
 /// p + 1, at the terminator too.
 TQ_API wchar_t* _wcsinc(const wchar_t* p);
 /// p + n: unlike its namesake it does not stop at the terminator.
 TQ_API wchar_t* _wcsninc(const wchar_t* p, std::size_t n);
-/// p[1], the second character, deliberately: its namesake gives p[0]. `p` must not be at its terminator.
+/// p[1], the second character, deliberately: its namesake gives p[0]. `p` must not be at its terminator; null
+/// gives 0.
 TQ_API unsigned int _wcsnextc(const wchar_t* p);
 
 /// The next piece of `s` between characters of `delimiters`, which is cut off in place; null when there is none. A null
 /// `s` goes on with the text of the last call; there is one such position for the process, not one per thread as in its
-/// namesake, so only one thread may use it.
+/// namesake, so only one thread may use it. Null `delimiters` give null.
 TQ_API wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters);
 
 /// Bytes in front of the terminator; 0 for null.
