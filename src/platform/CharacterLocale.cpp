@@ -5,7 +5,11 @@
 #include <algorithm>
 #include <clocale>
 #include <initializer_list>
+#include <locale.h>
 #include <string_view>
+#if defined(__APPLE__)
+#include <xlocale.h>
+#endif
 
 namespace tq::platform {
 
@@ -28,6 +32,23 @@ void useUtf8Characters() noexcept {
         if (std::setlocale(LC_CTYPE, name) != nullptr)
             return;
     }
+}
+
+Utf8Thread::Utf8Thread() noexcept {
+    const ErrnoKeeper keeper;
+    for (const char* name : {"UTF-8", "C.UTF-8"}) {
+        if (m_locale == nullptr)
+            m_locale = ::newlocale(LC_CTYPE_MASK, name, nullptr);
+    }
+    if (m_locale != nullptr)
+        m_before = ::uselocale(static_cast<locale_t>(m_locale));
+}
+
+Utf8Thread::~Utf8Thread() {
+    if (m_locale == nullptr)
+        return;
+    ::uselocale(static_cast<locale_t>(m_before));
+    ::freelocale(static_cast<locale_t>(m_locale));
 }
 
 bool isPlainLocale() noexcept {

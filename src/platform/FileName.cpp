@@ -1,7 +1,6 @@
 #include "platform/FileName.h"
 
 #include "platform/CharacterClass.h"
-#include "platform/CharacterLocale.h"
 #include "platform/LocaleText.h"
 #include "platform/Utf8.h"
 
@@ -54,8 +53,7 @@ bool toFileName(const wchar_t* name, std::string& out) {
     const std::wstring_view characters = name;
     if (!isUnicode(characters))
         return false;
-    const bool isPlain = std::all_of(characters.begin(), characters.end(), isAscii);
-    if (isPlain || isPlainLocale() || !toLocaleText(name, out))
+    if (std::all_of(characters.begin(), characters.end(), isAscii) || !toLocaleText(name, out))
         out = utf8Of(name);
     return true;
 }

@@ -1,6 +1,10 @@
 #include "platform/FormattedText.h"
 
+#include "platform/CharacterLocale.h"
+
+#include <cerrno>
 #include <cwchar>
+#include <optional>
 
 namespace tq::platform {
 
@@ -33,6 +37,12 @@ FormattedText::FormattedText(const wchar_t* format, std::va_list arguments) noex
     if (format == nullptr)
         return;
     m_length = formatInto(m_small, kFirstSize, format, arguments);
+    // The C libraries of macOS and musl form wide text by way of the locale's encoding, which may not have all of it.
+    std::optional<Utf8Thread> utf8;
+    if (m_length < 0 && errno == EILSEQ) {
+        utf8.emplace();
+        m_length = formatInto(m_small, kFirstSize, format, arguments);
+    }
     for (std::size_t size = 2 * kFirstSize; m_length < 0 && size < kSizeLimit; size *= 2) {
         m_large.reset(static_cast<wchar_t*>(std::malloc(size * sizeof(wchar_t))));
         if (m_large == nullptr)

@@ -1,9 +1,13 @@
 #include "platform/LocaleText.h"
 
+#include "platform/CharacterClass.h"
+#include "platform/CharacterLocale.h"
 #include "platform/ErrnoKeeper.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <string_view>
 
 namespace tq::platform {
 
@@ -11,10 +15,16 @@ namespace {
 
 constexpr auto kNotExpressible = static_cast<std::size_t>(-1);
 
+bool isAsciiText(std::wstring_view text) {
+    return std::all_of(text.begin(), text.end(), isAscii);
+}
+
 } // namespace
 
 bool toLocaleText(const wchar_t* text, std::string& out) {
     const ErrnoKeeper keeper;
+    if (isPlainLocale() && !isAsciiText(text))
+        return false;
     const std::size_t length = std::wcstombs(nullptr, text, 0);
     if (length == kNotExpressible)
         return false;
@@ -29,7 +39,7 @@ bool fromLocaleText(const char* text, std::wstring& out) {
     if (length == kNotExpressible)
         return false;
     out.resize(length);
-    return std::mbstowcs(out.data(), text, length + 1) == length;
+    return std::mbstowcs(out.data(), text, length + 1) == length && (!isPlainLocale() || isAsciiText(out));
 }
 
 } // namespace tq::platform
