@@ -1,3 +1,4 @@
+#include "reference/Locales.h"
 #include "reference/TempFolder.h"
 
 #include <TqOsBase/codepage/Bigfont.h>
@@ -68,7 +69,7 @@ struct LateReader {
 } g_lateReader;
 
 TEST(BigFonts, EveryKindOfLine) {
-    std::setlocale(LC_ALL, "C.UTF-8"); // which knows the case of other letters, too; names do not
+    std::setlocale(LC_ALL, reference::kUtf8Locale); // which knows the case of other letters, too; names do not
     readText("# our fonts\n\nplain.shx;5\nspa ced . shx ; 4 # Johab\nupper.SHX;3\r\ntruetype.ttf;4\nno_number.shx;abc\n"
              "zero.shx;0\nseven.shx;7\nnegative.shx;-1\nno semicolon.shx 4\n#comment.shx;4\nhash.shx;#3\n"
              "blank.shx; #3\ntwice.shx;1;2\nreplaced.shx;1\nreplaced.shx;4two\ncut.shx;12#3\n"

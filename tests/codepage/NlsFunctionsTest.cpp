@@ -1,3 +1,5 @@
+#include "reference/Locales.h"
+
 #include <TqOsBase/codepage/NlsFunctions.h>
 #include <TqOsBase/codepage/TqCharOp.h>
 
@@ -44,7 +46,7 @@ TEST(NlsFunctions, AnswerAsASystemWithoutWindowsLocales) {
 }
 
 TEST(NlsConversions, AreTheCLibrarysInItsLocaleBoundedByTheSourceCount) {
-    const LocaleScope locale("C.UTF-8");
+    const LocaleScope locale(reference::kUtf8Locale);
     for (const auto convert : {MultiByteToWideChar, TqCharOp::tqMultiByteToWideChar}) {
         wchar_t wide[8];
         std::wmemset(wide, L'#', 8);
@@ -90,10 +92,10 @@ TEST(NlsConversions, CifFormIsBoundedByTheDestinationAndFillsItWithZeros) {
         {"C", L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},
         {"C", nullptr, 3, 0, "\0\0\0"s},
         {"C", L"AB", -1, 0, ""s},
-        {"C.UTF-8", L"\u00E9A", 5, 4,
+        {reference::kUtf8Locale, L"\u00E9A", 5, 4,
          "\xC3\xA9"
          "A\0\0"s},
-        {"C.UTF-8", L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s},
+        {reference::kUtf8Locale, L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s},
     };
     for (const Row& row : rows) {
         const LocaleScope locale(row.locale);
@@ -113,7 +115,7 @@ TEST(GetStringType, KnowsTheFlagsOfTypicalCharacters) {
     EXPECT_EQ(types, expected);
 
     // From 128 on the locale decides, but for the digits, which are ASCII's alone.
-    for (const char* name : {"C", "C.UTF-8"}) {
+    for (const char* name : {"C", reference::kUtf8Locale}) {
         const LocaleScope locale(name);
         const unsigned short letter = std::strcmp(name, "C") == 0 ? 0 : kC1Alpha;
         EXPECT_TRUE(TqCharOp::GetStringType(1, L"\u00C9\u00E9\u0665\uFF21", 4, types.data()));

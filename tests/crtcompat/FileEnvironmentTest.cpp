@@ -1,3 +1,4 @@
+#include "reference/Locales.h"
 #include "reference/TempFolder.h"
 
 #include <TqOsBase/crtcompat/EnvironmentFunctions.h>
@@ -15,7 +16,7 @@ namespace {
 
 const std::wstring kOutsideUnicode = {L'a', static_cast<wchar_t>(0x110000)};
 
-// Each test in the locale "C" and in "C.UTF-8".
+// Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override { std::setlocale(LC_ALL, GetParam()); }
@@ -26,7 +27,7 @@ protected:
 
     const reference::TempFolder m_folder;
 };
-INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", "C.UTF-8"),
+INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale),
                          [](const auto& row) { return std::string(row.index == 0 ? "plain" : "utf8"); });
 
 TEST_P(InLocale, FilesAreOpenedByAnyName) {

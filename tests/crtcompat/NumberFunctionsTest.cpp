@@ -1,4 +1,5 @@
 #include "reference/GuardedBuffer.h"
+#include "reference/Locales.h"
 
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 
@@ -64,7 +65,7 @@ TEST(NumberFunctions, LeadingDecimalIntegers) {
         {L"-2147483648", INT_MIN},
         {L"99999999999999999999", -1},
     };
-    std::setlocale(LC_ALL, "C.UTF-8"); // where U+2003 is white space
+    std::setlocale(LC_ALL, reference::kUtf8Locale); // where U+2003 is white space
     for (const auto& [text, value] : rows)
         EXPECT_EQ(_wtoi(text), value) << text;
     std::setlocale(LC_ALL, "C");

@@ -1,3 +1,5 @@
+#include "reference/Locales.h"
+
 #include <TqOsBase/crtcompat/MultibyteFunctions.h>
 #include <TqOsBase/crtcompat/StringFunctions.h>
 
@@ -41,7 +43,7 @@ TEST(MultibyteFunctions, EveryByteIsACharacter) {
     EXPECT_EQ(_mbsstr(nullptr, text), nullptr);
     EXPECT_EQ(_mbsstr(text, nullptr), nullptr);
     EXPECT_EQ(_mbslen(nullptr), 0U);
-    for (const char* locale : {"C", "C.UTF-8"}) {
+    for (const char* locale : {"C", reference::kUtf8Locale}) {
         std::setlocale(LC_ALL, locale);
         for (unsigned c = 0; c < 0x3100; ++c) {
             const bool expected =
@@ -55,7 +57,7 @@ TEST(MultibyteFunctions, EveryByteIsACharacter) {
 }
 
 TEST(StringFunctions, ChangeTheTextInPlace) {
-    std::setlocale(LC_ALL, "C.UTF-8");
+    std::setlocale(LC_ALL, reference::kUtf8Locale);
     const std::wstring text = L"aB\u00E9\u0416-1";
     const std::tuple<wchar_t* (*)(wchar_t*), std::wstring, std::wstring> rows[] = {
         {_wcsupr, text, L"AB\u00C9\u0416-1"},

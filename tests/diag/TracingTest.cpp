@@ -1,3 +1,5 @@
+#include "reference/Locales.h"
+
 #include <TqOsBase/diag/TqAsserter.h>
 #include <TqOsBase/diag/TqTracer.h>
 
@@ -92,7 +94,7 @@ TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
         {[] { TqTracer::defaultTraceA("50%%"); }, "50%"},
     };
     for (const Row& row : rows)
-        for (const char* locale : {"C", "C.UTF-8"})
+        for (const char* locale : {"C", reference::kUtf8Locale})
             EXPECT_EQ(printedBy(locale, row.print), row.text) << locale << " row " << &row - rows;
 }
 

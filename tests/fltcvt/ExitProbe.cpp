@@ -55,11 +55,11 @@ private:
 // This file comes before the library in the link, so among objects of the first priority its own is the first to be
 // constructed and the last to be destroyed.
 TQ_INIT_FIRST Converter g_outer(true);
-Converter g_inner(false);
 
 } // namespace
 
 int main() {
+    static const Converter inner(false);
     require(G_Pow5Data != nullptr && G_Pow5Data->words[0] == 625, "the cache in main");
     convert();
 }

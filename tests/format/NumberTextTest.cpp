@@ -57,10 +57,13 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
 
 TEST(NumberText, FastAndExactPathsAgree) {
     std::mt19937_64 random(11);
-    const auto same = [](const tq::detail::RoundedDecimal& a, const tq::detail::RoundedDecimal& b) {
+    const auto same = [](tq::detail::RoundedDecimal a, tq::detail::RoundedDecimal b) {
         // Trailing zeros may be there or not.
-        return a.exponent == b.exponent && static_cast<double>(a.digits) * std::pow(10, 16 - a.count) ==
-                                               static_cast<double>(b.digits) * std::pow(10, 16 - b.count);
+        for (; a.count < b.count; ++a.count)
+            a.digits *= 10;
+        for (; b.count < a.count; ++b.count)
+            b.digits *= 10;
+        return a.exponent == b.exponent && a.digits == b.digits;
     };
     for (int i = 0; i < 20000; ++i) {
         // The numbers of drawings, and every fourth time any.

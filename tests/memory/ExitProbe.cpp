@@ -69,11 +69,11 @@ private:
 // This file comes before the library in the link, so among objects of the first priority its own is the first to be
 // constructed and the last to be destroyed.
 TQ_INIT_FIRST Holder g_outer(true);
-Holder g_inner(false);
 
 } // namespace
 
 int main() {
+    static const Holder inner(false);
     void* const block = tqMalloc(9);
     require(tqMsize(block) == 16, "the heap serves main");
     tqFree(block);

@@ -2,6 +2,7 @@
 #include "platform/FileName.h"
 #include "platform/Utf8.h"
 #include "reference/GuardedBuffer.h"
+#include "reference/Locales.h"
 
 #include <cerrno>
 #include <climits>
@@ -30,13 +31,13 @@ const ClassRow kRows[] = {
     {isAlpha, std::iswalpha, kAlpha, false},
 };
 
-// Each test in the locale "C" and in "C.UTF-8".
+// Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override { ASSERT_NE(std::setlocale(LC_ALL, GetParam()), nullptr); }
     void TearDown() override { std::setlocale(LC_ALL, "C"); }
 };
-INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", "C.UTF-8"),
+INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale),
                          [](const auto& row) { return std::string(row.index == 0 ? "plain" : "utf8"); });
 
 TEST_P(InLocale, CharacterClassesAgreeWithTheCLibrary) {

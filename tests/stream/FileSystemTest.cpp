@@ -1,3 +1,4 @@
+#include "reference/Locales.h"
 #include "stream/StreamTest.h"
 
 #include <TqOsBase/stream/TqFileSystem.h>
@@ -50,7 +51,7 @@ TEST(FileSystem, EveryKindOfPath) {
         {folder.wide(L"file") + static_cast<wchar_t>(0x110000), false, false, false},
         {L"", false, false, false},
     };
-    for (const char* locale : {"C", "C.UTF-8"}) {
+    for (const char* locale : {"C", reference::kUtf8Locale}) {
         for (const Row& row : rows) {
             SCOPED_TRACE(std::string(locale) + " row " + std::to_string(&row - rows));
             const wchar_t* path = row.path.c_str();
@@ -60,7 +61,7 @@ TEST(FileSystem, EveryKindOfPath) {
             EXPECT_EQ(TqFileSystem::accessFile(path, TqIO::kAccessNone), row.isAccessible);
             EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
             EXPECT_EQ(TqFileSystem::waccess(path, F_OK), row.isThere ? 0 : -1);
-            EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C.UTF-8");
+            EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), reference::kUtf8Characters);
             EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), locale);
             std::setlocale(LC_ALL, locale);
             EXPECT_EQ(TqFileSystem::wstat(path, &info), row.isThere ? 0 : -1);
