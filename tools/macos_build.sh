@@ -51,7 +51,7 @@ build() {
     chmod +x "$zig_dir/macos-c++-$arch"
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib \
         -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_DIR="$zig_dir" -DTQ_MACOS_ARCH="$arch" \
-        -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/macos" \
+        -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/cross" \
         -DTQ_GTEST_SOURCE="$googletest" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" \
         -DTQ_BUILD_TESTS=ON -DTQ_BUILD_FUZZ=ON -DTQ_BUILD_BENCH=OFF >/dev/null
     cmake --build "$build" -j "$jobs" >"$build/build.log" || { grep -v '^\[' "$build/build.log" >&2; exit 1; }

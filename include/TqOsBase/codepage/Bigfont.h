@@ -32,7 +32,8 @@ protected:
 /// name must end in ".shx" in any case, and the number is the decimal integer at the start of what follows the
 /// semicolon. Numbers are not checked, but 0 and no number at all are ignored, and so are lines without a semicolon or
 /// with another extension. Of several lines for one name the last one counts. The character right after a semicolon
-/// always belongs to the number, whatever it is; a tab in a name belongs to the name. Bytes stand for the characters of the same value.
+/// always belongs to the number, whatever it is; a tab in a name belongs to the name. Bytes stand for the characters of
+/// the same value.
 ///
 /// A file that cannot be opened, or whose path takes 512 bytes or more, changes nothing. A line of more than 511 bytes
 /// ends the reading. A line that ends with its semicolon, or has fewer than four characters in front of it, throws
@@ -40,8 +41,9 @@ protected:
 TQ_API void ReadBigfontIni(const wchar_t* path);
 
 /// The code page index of `fontFile` in the user's definitions, compared without regard to case in the order of the
-/// names (ordered by their characters' codes, so AB.shx is found before ab.shx), else that of the system's language if that is a double-byte one, else 0 (always 0 here: the system LCID is
-/// 0). The number found is returned as it is, in whatever range.
+/// names (ordered by their characters' codes, so AB.shx is found before ab.shx), else that of the system's language if
+/// that is a double-byte one, else 0 (always 0 here: the system LCID is 0). The number found is returned as it is, in
+/// whatever range.
 ///
 /// With a reader, "BIGFONT.INI" is first looked for and read, once per process. As long as it is not found, every call
 /// looks again; what reading it throws (see ReadBigfontIni) leaves this and every later lookup too, until the file is
