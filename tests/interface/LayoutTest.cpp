@@ -26,7 +26,10 @@ template <class Class, class Function>
 long slotOf(Function Class::*function) {
     std::ptrdiff_t value = 0;
     std::memcpy(&value, &function, sizeof value);
-    return (value - 1) / static_cast<long>(sizeof(void*));
+#if !defined(__aarch64__)
+    value -= 1; // the mark of a virtual function, which on arm64 stands in the second half
+#endif
+    return value / static_cast<long>(sizeof(void*));
 }
 
 // Where a member lies in its object.
