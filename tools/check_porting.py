@@ -19,7 +19,7 @@ OWN = {
 # Classes whose members go by Windows names.
 CLASSES = ("TqCharOp",)
 STATUSES = {"complete", "partial", "fixed answer", "no effect", "ends the process"}
-ROW = re.compile(r"^\| `([\w:]+)` \| ([^|]*?) \|([^|]*)\|$")
+ROW = re.compile(r"^\| `([\w:]+)` \| ([^|]*?) \|([^|]*)\|[^|]*\|$")
 
 
 def exported(library: str) -> set:
