@@ -8,7 +8,8 @@ nothing: every header gets one at its end. It makes dead links to the members of
 left out, and to types declared in a private part, which is left out as a whole.
 
 In headers and pages alike, Doxygen drops a % in front of a word that is not quoted, where it turns a link off, and
-keeps the backslash of \\| in a table's code: both are written as it wants them."""
+keeps the backslash of \\| in a table's code: both are written as it wants them. It knows no headings of other pages: a
+link to one leads to the page."""
 
 import re
 import sys
@@ -17,6 +18,7 @@ import sys
 STAR = re.compile(r"(?<=[\s(])\*(?=\w)")
 PERCENT = re.compile(r'("[^"]*")|%(?=[A-Za-z_])')
 CODE_WITH_BAR = re.compile(r"`([^`]*\\\|[^`]*)`")
+PLACE_IN_PAGE = re.compile(r"(\]\([\w/]+\.md)#[\w-]+\)")
 PRIVATE_PART = re.compile(r"^private:\n(?:(?!\};).*\n)*", re.MULTILINE)
 UNNAMED_UNION = re.compile(r"^    union \{\n((?:        .*\n)+)    \};\n", re.MULTILINE)
 NAME = re.compile(r"(operator[^(\s]*(?:\(\))?|~?\w+)\s*\(")
@@ -64,6 +66,7 @@ def page(lines):
     for line in lines:
         is_code ^= line.startswith("```")
         if not is_code:
+            line = PLACE_IN_PAGE.sub(r"\1)", line)
             line = CODE_WITH_BAR.sub(r"<code>\1</code>", with_percents(line))
         yield line
 
