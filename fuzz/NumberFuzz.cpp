@@ -2,7 +2,7 @@
 // in 17, reads back; the fast digits are the exact ones.
 
 #include "Check.h"
-#include "fltcvt/ExactDigits.h"
+#include "fltcvt/RoundedDecimal.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>
@@ -46,6 +46,19 @@ void checkText(const std::string& text) {
     fuzz::check(libraryEnd == end, "and ends it");
 }
 
+// One number, with ties away from zero.
+void checkNumber(double v, tq::detail::DigitRequest request, char* exact) {
+    if (request.kind == tq::detail::DigitRequest::kShortest)
+        return;
+    request.rule = tq::detail::Rule::kAwayFromZero;
+    const tq::detail::DigitLayout layout = tq::detail::exactDigits(v, request, exact);
+    const tq::detail::RoundedDecimal number = tq::detail::roundedDecimal(v, request);
+    std::uint64_t digits = 0;
+    for (int i = 0; i < number.count; ++i)
+        digits = digits * 10 + (i < layout.count ? static_cast<unsigned>(exact[i] - '0') : 0);
+    fuzz::check(number.digits == digits && number.point == layout.point, "the exact number");
+}
+
 void checkDigits(double v, int mode, int ndigits) {
     int point = 0;
     int sign = 0;
@@ -57,6 +70,7 @@ void checkDigits(double v, int mode, int ndigits) {
         const tq::detail::DigitLayout layout = tq::detail::exactDigits(std::fabs(v), request, exact);
         fuzz::check(std::string(exact, static_cast<std::size_t>(layout.count)) == digits, "the exact digits");
         fuzz::check(layout.point == point, "the exact point");
+        checkNumber(std::fabs(v), request, exact);
         if (mode == 0) {
             const std::string text = (sign != 0 ? "-0." : "0.") + std::string(digits) + "e" + std::to_string(point);
             fuzz::check(bitsOf(tqStrToD(text.c_str(), nullptr)) == bitsOf(v), "shortest digits read back");

@@ -1,7 +1,7 @@
 #include "fltcvt/DigitAllocator.h"
-#include "fltcvt/Digits.h"
-#include "fltcvt/DoubleBits.h"
-#include "fltcvt/FewDigits.h"
+#include "fltcvt/DigitRequest.h"
+#include "fltcvt/FastDigits.h"
+#include "fltcvt/Ieee754.h"
 
 namespace {
 
@@ -55,7 +55,7 @@ char* specialText(double d, int* decpt, char** rve) {
     Bigint* const next = block->next;
     char* const text = tq::detail::stringIn(block);
     DigitLayout layout;
-    if (!tq::detail::tryFewDigits(v, request, text, layout)) [[unlikely]] {
+    if (!tq::detail::tryFastDigits(v, request, text, layout)) [[unlikely]] {
         block->next = next;
         return manyDigits(v, request, decpt, rve);
     }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "fltcvt/DigitWriter.h"
-#include "fltcvt/FastDigits.h"
+#include "fltcvt/NarrowDigits.h"
+#include "fltcvt/Schubfach.h"
 
 #include <array>
 #include <bit>
@@ -10,8 +10,6 @@
 #include <cstring>
 
 namespace tq::detail {
-
-namespace fast_text {
 
 inline constexpr int kWordDigits = 8;
 
@@ -35,7 +33,7 @@ inline void storeSome(char* out, std::uint64_t text, int count) noexcept {
 }
 
 inline std::uint32_t power(int k) noexcept {
-    return static_cast<std::uint32_t>(kSmallPowersOfTen[static_cast<std::size_t>(k)]);
+    return static_cast<std::uint32_t>(smallPowerOfTen(k));
 }
 
 // True for the numbers that all these notations treat alike.
@@ -63,19 +61,16 @@ inline double magnitude(double d) noexcept {
     return std::bit_cast<double>(bitsOf(d) & ~kSignBit);
 }
 
-} // namespace fast_text
-
 /// Narrow text of everyday numbers straight from their value: the text of FloatText.h, or false with nothing written
 /// where another way has to be taken. Counts are 0 or more.
 
 /// Numbers below 10^8 with 1 to 8 places.
 inline bool tryFastF(char* out, double d, int nfrac) noexcept {
-    using namespace fast_text;
     constexpr double kLimit = 1e7; // not rounded up to a number of nine digits
     const double v = magnitude(d);
     std::uint64_t scaled = 0;
     if (nfrac < 1 || nfrac > kWordDigits || !(v < kLimit) || !isNormal(v) ||
-        !tryRoundedAt<scaling::roundedByUpperHalf>(v, nfrac, scaled))
+        !tryRoundedAt<roundedByUpperHalf>(v, nfrac, Rule::kToEven, scaled))
         return false;
     // The integer part without a division; rounding may have carried into it.
     auto integer = static_cast<std::uint32_t>(v);
@@ -97,12 +92,11 @@ inline bool tryFastF(char* out, double d, int nfrac) noexcept {
 
 /// With 2 to 7 places.
 inline bool tryFastE(char* out, double d, int nfrac, int expChar) noexcept {
-    using namespace fast_text;
     const double v = magnitude(d);
     std::uint64_t digits = 0;
     int exponent = 0;
     if (nfrac < 2 || nfrac >= kWordDigits || !isNormal(v) ||
-        !tryRoundedDigits<scaling::roundedByUpperHalf>(v, nfrac + 1, digits, exponent))
+        !tryRoundedDigits<roundedByUpperHalf>(v, nfrac + 1, Rule::kToEven, digits, exponent))
         return false;
     const SixteenDigitsInWords words(static_cast<std::uint32_t>(digits) * power(kWordDigits - 1 - nfrac), 0);
     char* p = writeSign(out, d);
@@ -119,12 +113,11 @@ inline bool tryFastE(char* out, double d, int nfrac, int expChar) noexcept {
 
 /// With 1 to 8 digits and `style` 0 or less, numbers of 1 or more that are not written with an exponent.
 inline bool tryFastG(char* out, double d, int nsig, int style) noexcept {
-    using namespace fast_text;
     const double v = magnitude(d);
     std::uint64_t digits = 0;
     int exponent = 0;
     if (style > 0 || nsig < 1 || nsig > kWordDigits || !(v >= 1) || !isNormal(v) ||
-        !tryRoundedDigits<scaling::roundedByUpperHalf>(v, nsig, digits, exponent) || exponent >= nsig)
+        !tryRoundedDigits<roundedByUpperHalf>(v, nsig, Rule::kToEven, digits, exponent) || exponent >= nsig)
         return false;
     const SixteenDigits words(static_cast<std::uint32_t>(digits) * power(kWordDigits - nsig), 0);
     const int whole = exponent + 1;

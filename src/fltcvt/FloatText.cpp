@@ -1,8 +1,8 @@
 #include "fltcvt/CvtFormatter.h"
-#include "fltcvt/Digits.h"
-#include "fltcvt/DoubleBits.h"
+#include "fltcvt/DigitRequest.h"
+#include "fltcvt/FastDigits.h"
 #include "fltcvt/FastText.h"
-#include "fltcvt/FewDigits.h"
+#include "fltcvt/Ieee754.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/memory/Allocation.h>
@@ -16,6 +16,7 @@ namespace {
 using tq::detail::CvtFormatter;
 using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
+using tq::detail::Rule;
 
 constexpr int kPointOfNoNumber = 9999;
 
@@ -36,7 +37,7 @@ struct Digits {
         } else {
             const double v = std::bit_cast<double>(bits & ~tq::detail::kSignBit);
             DigitLayout layout;
-            if (!tq::detail::tryFewDigits(v, request, text, layout))
+            if (!tq::detail::tryFastDigits(v, request, text, layout))
                 layout = tq::detail::writeManyDigits(v, request, text);
             count = layout.count;
             point = layout.point;
@@ -56,11 +57,11 @@ wchar_t* newText(std::int64_t characters) {
 }
 
 DigitRequest placesOrShorter(int nfrac) {
-    return {DigitRequest::ePlaces, true, nfrac};
+    return {DigitRequest::kPlaces, Rule::kOrShorter, nfrac};
 }
 
 DigitRequest significant(int count) {
-    return {DigitRequest::eSignificant, false, std::max(count, 1)};
+    return {DigitRequest::kSignificant, Rule::kToEven, std::max(count, 1)};
 }
 
 // More digits than any number has are zeros; asking for fewer keeps the sum within range.

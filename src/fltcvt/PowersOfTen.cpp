@@ -1,45 +1,18 @@
 #include "fltcvt/PowersOfTen.h"
 
-#include "fltcvt/WideMath.h"
-
-#include <bit>
+#include "fltcvt/BigInteger.h"
 
 namespace tq::detail {
 
 namespace {
 
-// A non-negative integer of fixed size, least significant word first; 5^342 takes 795 bits.
-constexpr std::size_t kWords = 16;
-using Words = std::array<std::uint64_t, kWords>;
-
-constexpr void multiplyByFive(Words& words) {
-    std::uint64_t carry = 0;
-    for (std::uint64_t& word : words) {
-        const UInt128 product = UInt128{word} * 5 + carry;
-        word = static_cast<std::uint64_t>(product);
-        carry = static_cast<std::uint64_t>(product >> 64);
-    }
-}
-
-constexpr void divideByFive(Words& words) {
-    std::uint64_t rest = 0;
-    for (std::size_t i = kWords; i-- > 0;) {
-        const UInt128 dividend = UInt128{rest} << 64 | words[i];
-        words[i] = static_cast<std::uint64_t>(dividend / 5);
-        rest = static_cast<std::uint64_t>(dividend % 5);
-    }
-}
-
 // The leading 128 bits; what is cut off is not looked at.
-constexpr PowerOfTen leadingBits(const Words& words) {
-    std::size_t top = kWords - 1;
-    while (words[top] == 0)
-        --top;
-    const int shift = std::countl_zero(words[top]);
-    const auto below = [&](std::size_t distance) { return top >= distance ? words[top - distance] : 0; };
+constexpr PowerOfTen leadingBits(const BigInteger& number) {
+    const int shift = (64 - number.bitCount() % 64) % 64;
+    const auto word = [&](int distance) { return number.wordBelowTop(distance); };
     if (shift == 0)
-        return {below(0), below(1)};
-    return {below(0) << shift | below(1) >> (64 - shift), below(1) << shift | below(2) >> (64 - shift)};
+        return {word(0), word(1)};
+    return {word(0) << shift | word(1) >> (64 - shift), word(1) << shift | word(2) >> (64 - shift)};
 }
 
 constexpr PowerOfTen roundedUp(PowerOfTen power) {
@@ -52,16 +25,16 @@ constexpr PowerOfTen roundedUp(PowerOfTen power) {
 constexpr auto computePowers() {
     std::array<PowerOfTen, std::size_t{kLastPower - kFirstPower + 1}> powers{};
     const auto at = [&powers](int k) -> PowerOfTen& { return powers[static_cast<std::size_t>(k - kFirstPower)]; };
-    Words words{1};
+    BigInteger number(1);
     for (int k = 0; k <= kLastPower; ++k) {
-        at(k) = isExactPower(k) ? leadingBits(words) : roundedUp(leadingBits(words));
-        multiplyByFive(words);
+        at(k) = isExactPower(k) ? leadingBits(number) : roundedUp(leadingBits(number));
+        number.multiplyAdd(5, 0);
     }
-    words = {};
-    words[kWords - 1] = std::uint64_t{1} << 63;
+    number = BigInteger(1);
+    number.shiftLeft(1023);
     for (int k = -1; k >= kFirstPower; --k) {
-        divideByFive(words);
-        at(k) = roundedUp(leadingBits(words));
+        number.divide(5);
+        at(k) = roundedUp(leadingBits(number));
     }
     return powers;
 }

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "fltcvt/Digits.h"
+#include "fltcvt/DigitRequest.h"
 
+#include <cassert>
 #include <cstdint>
 
 namespace tq::detail {
 
-/// How many digits the request takes from a number whose decimal point is behind digit `point`; negative where the last
+/// How many digits the request takes from a number whose decimal point is after digit `point`; negative where the last
 /// place wanted lies before the first digit.
 constexpr std::int64_t wantedDigits(DigitRequest request, int point) noexcept {
-    return request.kind == DigitRequest::ePlaces ? std::int64_t{request.count} + point : request.count;
+    return request.kind == DigitRequest::kPlaces ? std::int64_t{request.count} + point : request.count;
 }
 
 /// Adds one in the last place. Nines at the end disappear; where there is no digit left, a 1 comes before them.
@@ -24,17 +25,20 @@ inline void addOneInLastPlace(char* digits, DigitLayout& layout) noexcept {
     }
 }
 
-/// Rounds the exact digits of `layout`, in place, to `wanted`, and drops the zeros at the end. `isMore` says that
-/// digits other than 0 follow; there are more than `wanted` digits then. For a number that rounds to nothing `point` is
+/// Rounds the exact digits of `layout`, in place, as requested, and drops the zeros at the end. `isMore` says that
+/// digits other than 0 follow; there are more digits than wanted then. For a number that rounds to nothing `point` is
 /// moved to the last place wanted.
-inline void roundDigits(char* digits, bool isMore, std::int64_t wanted, DigitLayout& layout) noexcept {
+inline void roundDigits(char* digits, bool isMore, DigitRequest request, DigitLayout& layout) noexcept {
+    const std::int64_t wanted = wantedDigits(request, layout.point);
+    assert(!isMore || wanted < layout.count);
     if (wanted < layout.count) {
         const int kept = static_cast<int>(wanted < 0 ? 0 : wanted);
         const char next = digits[kept];
         for (int i = kept + 1; next == '5' && i < layout.count && !isMore; ++i)
             isMore = digits[i] != '0';
-        const bool isOdd = kept > 0 && (digits[kept - 1] & 1) != 0;
-        const bool isUp = wanted >= 0 && (next > '5' || (next == '5' && (isMore || isOdd)));
+        const bool isTieUp =
+            request.rule == Rule::kAwayFromZero || (kept > 0 && (digits[kept - 1] & 1) != 0); // the digit is odd
+        const bool isUp = wanted >= 0 && (next > '5' || (next == '5' && (isMore || isTieUp)));
         layout.count = kept;
         if (isUp)
             addOneInLastPlace(digits, layout);

@@ -1,7 +1,7 @@
-#include "fltcvt/DoubleBits.h"
-#include "fltcvt/EightCharacters.h"
-#include "fltcvt/ExactRead.h"
-#include "fltcvt/FastRead.h"
+#include "fltcvt/EiselLemire.h"
+#include "fltcvt/HalfwayComparison.h"
+#include "fltcvt/Ieee754.h"
+#include "fltcvt/SwarDigits.h"
 
 #include <TqOsBase/fltcvt/StrToD.h>
 

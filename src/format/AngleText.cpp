@@ -1,6 +1,7 @@
 #include "format/AngleText.h"
 
 #include "fltcvt/PowersOfTen.h"
+#include "format/UnitSettings.h"
 
 #include <TqOsBase/format/QMode.h>
 

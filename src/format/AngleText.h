@@ -1,6 +1,6 @@
 #pragma once
 
-#include "format/UnitText.h"
+#include "format/UnitWriter.h"
 
 /// Appends an angle in radians in one of the angular unit modes; nothing but the minus sign in an unknown mode, and
 /// inf, -inf or nan in any known one. In surveyor's units the angle is reduced to one turn, in the others a negative

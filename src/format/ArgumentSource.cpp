@@ -1,7 +1,5 @@
 #include "format/ArgumentSource.h"
 
-#include "format/Directive.h"
-
 #include <TqOsBase/memory/Allocation.h>
 
 #include <algorithm>
@@ -134,7 +132,7 @@ bool FormatUtil::isDefineSelfParaIndex(int* count, const wchar_t* format) {
         const bool hasPosition = hasDigits && *p == L'$';
         fromLast = hasPosition ? highest : 0;
         positional = positional || hasPosition;
-        // The character behind the digits introduces nothing.
+        // The character after the digits introduces nothing.
         if (*p != L'\0')
             ++p;
     }
@@ -163,7 +161,7 @@ bool FormatUtil::valist2FormatParameters(va_list args, FormatParameters* params,
             if (mode.kind == QModeField::kNone)
                 continue;
         }
-        types.set(directive.position, directive.conversion->parameter);
+        types.set(directive.position, directive.kind->parameter);
     }
     tq::platform::ArgumentCursor cursor(args);
     std::for_each(params, params + count, [&cursor](FormatParameters& parameter) { fetch(parameter, cursor); });

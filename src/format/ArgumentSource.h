@@ -1,5 +1,6 @@
 #pragma once
 
+#include "format/Directive.h"
 #include "platform/ArgumentCursor.h"
 
 #include <TqOsBase/format/FormatUtil.h>
@@ -71,3 +72,8 @@ private:
 };
 
 } // namespace tq::detail
+
+/// A width or precision, taken from its argument where it is not in the format.
+inline int getIntFromFormatStrOrValist(const tq::detail::CountField& field, tq::detail::ArgumentSource& arguments) {
+    return field.isArgument ? arguments.asInt(field.value) : field.value;
+}

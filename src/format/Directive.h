@@ -1,10 +1,10 @@
 #pragma once
 
-#include "format/DigitText.h"
+// The grammar of the output engine's directives. All of it is constexpr and needs no other internal header, so that
+// formats can be read at compile time too.
 
 #include <TqOsBase/format/FormatUtil.h>
 
-#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstddef>
@@ -12,6 +12,11 @@
 #include <string_view>
 
 namespace tq::detail {
+
+/// True for '0' to '9'.
+constexpr bool isDecimalDigit(wchar_t c) noexcept {
+    return c >= L'0' && c <= L'9';
+}
 
 /// A width or precision: its number, or the argument that holds it.
 struct CountField {
@@ -27,15 +32,17 @@ struct QModeField {
 };
 
 /// Reads decimal digits at `p`, none being 0, and steps past them; a number beyond the range of int becomes its limit.
-inline int readNumber(const wchar_t*& p) {
+constexpr int readNumber(const wchar_t*& p) noexcept {
     std::int64_t number = 0;
-    for (; isDecimalDigit(*p); ++p)
-        number = std::min<std::int64_t>(number * 10 + (*p - L'0'), INT_MAX);
+    for (; isDecimalDigit(*p); ++p) {
+        number = number * 10 + (*p - L'0');
+        number = number < INT_MAX ? number : INT_MAX;
+    }
     return static_cast<int>(number);
 }
 
 /// Reads "n$" at `p` and steps past it; without that nothing is read, and the position is 1.
-inline int readPosition(const wchar_t*& p) {
+constexpr int readPosition(const wchar_t*& p) noexcept {
     const wchar_t* end = p;
     const int number = readNumber(end);
     if (end == p || *end != L'$')
@@ -46,7 +53,7 @@ inline int readPosition(const wchar_t*& p) {
 
 /// Steps past the `*` at `p` and returns the position of its argument. In a format with positions that is the number
 /// after it, with or without a `$`, or 1.
-inline int readArgumentPosition(const wchar_t*& p, bool positional) {
+constexpr int readArgumentPosition(const wchar_t*& p, bool positional) noexcept {
     ++p;
     if (!positional || !isDecimalDigit(*p))
         return 1;
@@ -57,21 +64,21 @@ inline int readArgumentPosition(const wchar_t*& p, bool positional) {
 }
 
 /// Reads digits or `*` at `p`.
-inline CountField readCount(const wchar_t*& p, bool positional) {
+constexpr CountField readCount(const wchar_t*& p, bool positional) noexcept {
     if (*p == L'*')
         return {true, readArgumentPosition(p, positional)};
     return {false, readNumber(p)};
 }
 
 /// What a letter stands for.
-struct Conversion {
-    std::int8_t parameter; ///< the FormatParameters type of its argument, kParameterUnused when it takes none
-    std::uint8_t base;     ///< of an integer
+struct LetterKind {
+    std::int8_t parameter; ///< the FormatParameters type of its argument, kParameterUnused for one that writes itself
+    std::uint8_t base;     ///< of an integer, else 0
     bool isSigned;
 };
 
-inline constexpr std::array<Conversion, 128> kConversions = [] {
-    std::array<Conversion, 128> table{};
+inline constexpr std::array<LetterKind, 128> kLetterKinds = [] {
+    std::array<LetterKind, 128> table{};
     const auto set = [&table](std::string_view letters, std::int32_t parameter, int base = 0, bool isSigned = false) {
         for (const char letter : letters)
             table[static_cast<unsigned char>(letter)] = {static_cast<std::int8_t>(parameter),
@@ -94,13 +101,17 @@ inline constexpr std::array<Conversion, 128> kConversions = [] {
     return table;
 }();
 
-constexpr const Conversion& conversionOf(wchar_t letter) {
+constexpr const LetterKind* kindOf(wchar_t letter) noexcept {
     // NOLINTNEXTLINE(bugprone-signed-char-misuse): no char; a negative one is meant to be beyond the table.
     const auto index = static_cast<std::size_t>(letter);
-    return kConversions[index < kConversions.size() ? index : 0];
+    return &kLetterKinds[index < kLetterKinds.size() ? index : 0];
 }
 
-/// One word for all, because single bytes that are stored one by one and read together make the processor wait.
+constexpr bool isUnitLetter(wchar_t letter) noexcept {
+    return letter == L'q' || letter == L'Q';
+}
+
+/// Bits of one word, because single bytes that are stored one by one and read together make the processor wait.
 enum DirectiveFlag : unsigned { kPlus = 1, kLeftJustify = 2, kZeroPad = 4, kHasPrecision = 8 };
 
 /// What stands between `%` and the text that follows, the letter 0 when the format ends before it.
@@ -110,40 +121,43 @@ struct Directive {
     CountField width;
     CountField precision;
     wchar_t letter;
-    const Conversion* conversion; ///< what the letter stands for
+    const LetterKind* kind; ///< what the letter stands for
 };
 
-constexpr bool isLengthLetter(wchar_t c) {
+constexpr bool isLengthLetter(wchar_t c) noexcept {
     return c == L'L' || c == L'h' || c == L'l';
 }
 
-/// Reads the flags at `p` into the directive and steps past them.
-inline void readFlags(const wchar_t*& p, Directive& directive) {
+/// Reads the flags at `p` and steps past them.
+constexpr unsigned readFlags(const wchar_t*& p) noexcept {
+    unsigned flags = 0;
     const wchar_t first = *p;
     if (first == L'+' || first == L'-') {
         ++p;
-        directive.flags = first == L'+' ? kPlus : kLeftJustify;
+        flags = first == L'+' ? kPlus : kLeftJustify;
         const wchar_t second = first == L'+' ? L'-' : L'+';
         if (*p == second) {
             ++p;
-            directive.flags = kPlus | kLeftJustify;
+            flags = kPlus | kLeftJustify;
             // After "+-", and only then, a 0 belongs to the width.
             if (first == L'+')
-                return;
+                return flags;
         }
     }
     if (*p == L'0') {
         ++p;
-        directive.flags |= kZeroPad;
+        flags |= kZeroPad;
     }
+    return flags;
 }
 
-/// Reads the directive whose `%` stands before `p` and steps past its letter.
-inline Directive parseDirective(const wchar_t*& p, bool positional) {
+/// Reads the directive whose `%` stands before `p` and steps past its letter. `positional` says that some directive of
+/// the format has a position.
+constexpr Directive parseDirective(const wchar_t*& p, bool positional) noexcept {
     constexpr int kDefaultPrecision = 6;
-    Directive directive{1, 0, {false, 0}, {false, kDefaultPrecision}, *p, &conversionOf(*p)};
+    Directive directive{1, 0, {false, 0}, {false, kDefaultPrecision}, *p, kindOf(*p)};
     // Most directives are a letter alone.
-    if (directive.conversion->parameter != kParameterUnused) {
+    if (directive.kind->parameter != kParameterUnused) {
         ++p;
         return directive;
     }
@@ -151,7 +165,7 @@ inline Directive parseDirective(const wchar_t*& p, bool positional) {
         directive.position = readPosition(p);
     if (*p == L'$')
         ++p;
-    readFlags(p, directive);
+    directive.flags = readFlags(p);
     directive.width = readCount(p, positional);
     if (*p == L'.') {
         ++p;
@@ -161,23 +175,19 @@ inline Directive parseDirective(const wchar_t*& p, bool positional) {
     if (isLengthLetter(*p))
         ++p;
     directive.letter = *p;
-    directive.conversion = &conversionOf(directive.letter);
+    directive.kind = kindOf(directive.letter);
     if (directive.letter != L'\0')
         ++p;
     return directive;
 }
 
-/// Reads the Q mode word at `p`, behind the letter, and steps past it.
-inline QModeField readQMode(const wchar_t*& p, bool positional) {
+/// Reads the Q mode word at `p`, after a unit letter, and steps past it.
+constexpr QModeField readQMode(const wchar_t*& p, bool positional) noexcept {
     if (*p == L'*')
         return {QModeField::kArgument, readArgumentPosition(p, positional)};
     if (isDecimalDigit(*p))
         return {QModeField::kWord, *p++ - L'0'};
     return {QModeField::kNone, 0};
-}
-
-constexpr bool isUnitLetter(wchar_t letter) {
-    return letter == L'q' || letter == L'Q';
 }
 
 } // namespace tq::detail

@@ -1,6 +1,6 @@
 #include "format/LengthText.h"
 
-#include "format/DigitText.h"
+#include "format/UnitSettings.h"
 
 #include <TqOsBase/format/QMode.h>
 
@@ -143,25 +143,9 @@ private:
     bool m_stacked = false;
 };
 
-// The exponent's third digit goes: E+005 becomes E+05, and any exponent that needs it E+99. Infinity and NaN have none.
-void shortenExponent(UnitWriter& writer, const wchar_t* text) {
-    constexpr std::size_t kExponentLength = 5;
-    if (writer.from(text).size() <= kExponentLength)
-        return;
-    wchar_t* const letter = writer.here() - kExponentLength;
-    if (*letter != L'E')
-        return;
-    const bool isShort = letter[2] == L'0';
-    letter[2] = isShort ? letter[3] : L'9';
-    letter[3] = isShort ? letter[4] : L'9';
-    writer.endAt(letter + 4);
-}
-
 void writeScientificLength(UnitWriter& writer, double value, int precision, unsigned maxLength) {
-    wchar_t* const start = writer.here();
     const unsigned room = maxLength > kScientificFrame ? maxLength - kScientificFrame : 0;
     writer.putScientific(value, static_cast<int>(std::min<unsigned>(room, static_cast<unsigned>(precision))));
-    shortenExponent(writer, start);
 }
 
 bool isFeetAndInches(int unitMode) {

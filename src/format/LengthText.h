@@ -1,6 +1,6 @@
 #pragma once
 
-#include "format/UnitText.h"
+#include "format/UnitWriter.h"
 
 /// Length result of a text that holds a stacked fraction: no fall-back to scientific notation by length.
 inline constexpr unsigned kStackedFractionLength = 9999;

@@ -1,15 +1,13 @@
 #include "format/NumberText.h"
 
-#include "fltcvt/DoubleBits.h"
-#include "format/DecimalPowers.h"
-#include "format/DigitText.h"
+#include "fltcvt/Ieee754.h"
+#include "fltcvt/WideDigits.h"
 
 #include <TqOsBase/format/OutputWithFormat.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <new>
 #include <string_view>
 
 namespace tq::detail {
@@ -19,47 +17,17 @@ namespace {
 // A precision beyond this many digits changes no text.
 constexpr int kMaxPrecision = 2000;
 
-// Between these, a number has bits on both sides of the point, and they fit a word.
-constexpr double kSmallestEveryday = 0x1p-10;
-constexpr double kLargestEveryday = 0x1p52;
-
-// Everyday numbers: the integer part of the significand stands before the point, and the bits behind it, times a power
-// of ten, are the decimals, exact to the last bit.
-struct EverydayNumber {
-    std::uint64_t significand;
-    int shift;
-
-    explicit EverydayNumber(const DoubleParts& parts) : significand(parts.significand), shift(-parts.exponent) {}
-
-    static bool holds(double magnitude) { return magnitude >= kSmallestEveryday && magnitude < kLargestEveryday; }
-
-    std::uint64_t integer() const { return significand >> shift; }
-    // That many decimals, up to 16, as an integer; exact halves away from zero. May be all of 10^decimals.
-    std::uint64_t fraction(int decimals) const {
-        // With the point before the highest bit, the product has it between its two words.
-        const UInt128 product =
-            UInt128{significand << (64 - shift)} * kSmallPowersOfTen[static_cast<std::size_t>(decimals)];
-        return static_cast<std::uint64_t>(product >> 64) + (static_cast<std::uint64_t>(product) >> 63);
-    }
-};
-
-// Returns 0 for other numbers.
+// Everyday numbers at once; returns 0 for others.
 int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, bool plus) {
-    if (!EverydayNumber::holds(magnitude) || decimals > kMaxSignificantDigits)
+    if (!isEverydayNumber(magnitude) || decimals > RoundedDecimal::kMaxCount)
         return 0;
-    const EverydayNumber number{DoubleParts(magnitude)};
-    std::uint64_t integer = number.integer();
-    std::uint64_t fraction = number.fraction(decimals);
-    if (fraction == kSmallPowersOfTen[static_cast<std::size_t>(decimals)]) {
-        fraction = 0;
-        ++integer;
-    }
-    const bool hasSign = (negative && (integer | fraction) != 0) || plus;
-    *out = negative && (integer | fraction) != 0 ? L'-' : L'+';
-    wchar_t* p = out + (hasSign ? 1 : 0);
-    const int integerDigits = decimalDigits(integer | 1);
-    // Digits that are too many are cut, not rounded again.
-    if (integer != 0 && integerDigits + decimals > kMaxSignificantDigits)
+    const auto [integer, fraction] = roundedFixedPoint(magnitude, decimals);
+    const bool hasMinus = negative && (integer | fraction) != 0;
+    *out = hasMinus ? L'-' : L'+';
+    wchar_t* p = out + (hasMinus || plus ? 1 : 0);
+    const int integerDigits = digitCount(integer | 1);
+    // Digits that are too many are cut, not rounded again: 123456.5 to 12 decimals.
+    if (integer != 0 && integerDigits + decimals > RoundedDecimal::kMaxCount)
         return 0;
     writeDigits(p, integer, integerDigits);
     p += integerDigits;
@@ -71,30 +39,10 @@ int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, b
     return static_cast<int>(p - out);
 }
 
-// A number with an integer part that has `digits` digits or fewer, to that many; false for other numbers.
-bool tryRoundEveryday(double magnitude, int digits, RoundedDecimal& rounded) {
-    if (!EverydayNumber::holds(magnitude) || magnitude < 1 || digits > kMaxSignificantDigits)
-        return false;
-    const EverydayNumber number{DoubleParts(magnitude)};
-    const std::uint64_t integer = number.integer();
-    const int integerDigits = decimalDigits(integer);
-    const int decimals = digits - integerDigits;
-    if (decimals < 0)
-        return false;
-    rounded.digits = integer * kSmallPowersOfTen[static_cast<std::size_t>(decimals)] + number.fraction(decimals);
-    rounded.count = digits;
-    rounded.exponent = integerDigits - 1;
-    if (rounded.digits == kSmallPowersOfTen[static_cast<std::size_t>(digits)]) {
-        rounded.digits /= 10;
-        ++rounded.exponent;
-    }
-    return true;
-}
-
 } // namespace
 
 int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals) {
-    wchar_t digits[kMaxSignificantDigits];
+    wchar_t digits[RoundedDecimal::kMaxCount];
     writeDigits(digits, value.digits, value.count);
     wchar_t* p = out;
     if (negative)
@@ -107,17 +55,16 @@ int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int dec
         shown += there;
     };
     const auto room = [&] { return kMaxNumberText - static_cast<int>(p - out); };
-    const int integerDigits = value.exponent + 1;
-    decimals = std::clamp(kMaxSignificantDigits - integerDigits, 0, decimals);
-    if (integerDigits >= 1)
-        putDigits(std::min(integerDigits, room()));
+    decimals = std::clamp(RoundedDecimal::kMaxCount - value.point, 0, decimals);
+    if (value.point >= 1)
+        putDigits(std::min(value.point, room()));
     else
         *p++ = L'0';
     // A point at the limit would be the last character.
     decimals = std::min(decimals, room() - 1);
     if (decimals > 0) {
         *p++ = L'.';
-        const int zeros = std::clamp(-integerDigits, 0, decimals);
+        const int zeros = std::clamp(-value.point, 0, decimals);
         p = std::fill_n(p, zeros, L'0');
         putDigits(decimals - zeros);
     }
@@ -135,7 +82,8 @@ int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
             *p++ = L'+';
         p += writeNotFinite(p, value);
     } else {
-        const RoundedDecimal rounded = roundToDecimals(magnitude, decimals);
+        const RoundedDecimal rounded =
+            roundedDecimal(magnitude, {DigitRequest::kPlaces, Rule::kAwayFromZero, decimals});
         const bool negative = isBelowZero(value) && rounded.digits != 0;
         if (plus && !negative)
             *p++ = L'+';
@@ -150,24 +98,35 @@ int writeScientific(wchar_t* out, double value, int decimals) {
     decimals = std::min(decimals, kMaxPrecision);
     const double magnitude = std::fabs(value);
     RoundedDecimal rounded{};
-    if (!tryRoundEveryday(magnitude, decimals + 1, rounded))
-        rounded = roundToSignificant(magnitude, decimals + 1);
+    if (!tryRoundedFixedPoint(magnitude, decimals + 1, rounded))
+        rounded = roundedDecimal(magnitude, {DigitRequest::kSignificant, Rule::kAwayFromZero, decimals + 1});
     *out = L'-';
     wchar_t* p = out + (isBelowZero(value) ? 1 : 0);
     // Of the digits, the first one moves in front of the point.
     writeDigits(p + 1, rounded.digits, rounded.count);
     p[0] = rounded.count > 0 ? p[1] : L'0';
     p[1] = L'.';
-    const int shown = std::min(decimals, kMaxSignificantDigits - 1);
+    const int shown = std::min(decimals, RoundedDecimal::kMaxCount - 1);
     if (shown >= rounded.count)
         std::fill_n(p + 1 + std::max(rounded.count, 1), shown + 1 - std::max(rounded.count, 1), L'0');
     p += shown > 0 ? 2 + shown : 1;
     *p++ = L'E';
-    *p++ = rounded.exponent < 0 ? L'-' : L'+';
-    const auto exponent = static_cast<unsigned>(std::abs(rounded.exponent));
+    *p++ = rounded.point < 1 ? L'-' : L'+';
+    const auto exponent = static_cast<unsigned>(std::abs(rounded.point - 1));
     *p++ = static_cast<wchar_t>(L'0' + exponent / 100);
     writeDigitPair(p, exponent % 100);
     return static_cast<int>(p + 2 - out);
+}
+
+int shortenExponent(wchar_t* text, int length) {
+    constexpr int kExponentLength = 5;
+    wchar_t* const letter = text + length - kExponentLength;
+    if (length <= kExponentLength || *letter != L'E')
+        return length;
+    const bool isShort = letter[2] == L'0';
+    letter[2] = isShort ? letter[3] : L'9';
+    letter[3] = isShort ? letter[4] : L'9';
+    return length - 1;
 }
 
 int writeNotFinite(wchar_t* out, double value) {
@@ -178,7 +137,7 @@ int writeNotFinite(wchar_t* out, double value) {
 
 } // namespace tq::detail
 
-unsigned formatScienceDoubleUtil(double value, wchar_t conversion, int precision, bool plus, wchar_t* text) {
+unsigned formatScienceDoubleUtil(double value, wchar_t letter, int precision, bool plus, wchar_t* text) {
     const int decimals = std::min(precision, tq::detail::kMaxPrecision);
     // Bits compare as magnitudes do, and tell subnormals from 0 where the processor does not. No double lies between
     // 10^-4 and its nearest one, so that the comparison is exact.
@@ -186,7 +145,7 @@ unsigned formatScienceDoubleUtil(double value, wchar_t conversion, int precision
     constexpr std::uint64_t kSmallest = tq::detail::bitsOf(1e-4);
     constexpr std::uint64_t kLimit = tq::detail::bitsOf(1e5);
     const bool fixedForm =
-        conversion == L'f' || (conversion != L'e' && (magnitude - kSmallest < kLimit - kSmallest || magnitude == 0));
+        letter == L'f' || (letter != L'e' && (magnitude - kSmallest < kLimit - kSmallest || magnitude == 0));
     return static_cast<unsigned>(fixedForm ? tq::detail::writeFixed(text, value, decimals, plus)
                                            : tq::detail::writeScientific(text, value, decimals));
 }
@@ -195,12 +154,7 @@ int FormatScienceDoubleAndOutputString(wchar_t* out, int size, const double& val
     if (out == nullptr || size < 1)
         return -1;
     wchar_t text[tq::detail::kNumberRoom];
-    int length = size;
-    try {
-        length = tq::detail::writeFixed(text, value, std::max(precision, 0), false);
-    } catch (const std::bad_alloc&) {
-        // Answered as a text that does not fit.
-    }
+    const int length = tq::detail::writeFixed(text, value, std::max(precision, 0), false);
     const bool fits = length < size;
     std::copy_n(text, fits ? length : 0, out);
     out[fits ? length : 0] = L'\0';

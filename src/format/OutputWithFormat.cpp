@@ -1,9 +1,9 @@
+#include "fltcvt/Ieee754.h"
 #include "format/ArgumentSource.h"
-#include "format/Conversions.h"
-#include "format/DigitText.h"
 #include "format/Directive.h"
 #include "format/IntegerText.h"
 #include "format/NumberText.h"
+#include "format/QModeText.h"
 #include "format/TextLength.h"
 #include "format/WideOutput.h"
 
@@ -14,11 +14,44 @@
 #include <cstddef>
 #include <cstdint>
 #include <cwchar>
-#include <new>
 
 namespace tq::detail {
 
 namespace {
+
+/// The text of a directive before padding. It lies in the work buffer, or is the string argument itself.
+struct Rendered {
+    const wchar_t* start;
+    unsigned length;
+    bool numeric;     ///< zero padding goes after a sign
+    bool blankPadded; ///< zero padding is done with blanks
+};
+
+/// A double with all that decides on its text.
+struct ShownDouble {
+    double value;
+    wchar_t letter; ///< one of those for doubles
+    int qMode;      ///< for drawing units, the Q mode word
+    int precision;  ///< 0 or more; for drawing units the greatest length
+    bool plus;      ///< a `+` before an `f`, and before the fixed form of `g`, that has no minus sign
+};
+
+/// Characters that renderDouble may write.
+constexpr int kDoubleRoom = kUnitRoom;
+static_assert(kUnitRoom >= kNumberRoom);
+
+/// Writes the text to `out`, which has room for kDoubleRoom characters.
+Rendered renderDouble(const ShownDouble& shown, wchar_t* out) {
+    if (isUnitLetter(shown.letter)) {
+        const unsigned length =
+            formatQModeDoubleUtil(out, shown.value, shown.qMode, static_cast<unsigned>(shown.precision));
+        // inf and nan, which a large angle becomes too, are the only texts that end so.
+        const wchar_t last = length != 0 ? out[length - 1] : L'\0';
+        return {out, length, length != 0, last == L'f' || last == L'n'};
+    }
+    const unsigned length = formatScienceDoubleUtil(shown.value, shown.letter, shown.precision, shown.plus, out);
+    return {out, length, true, !isFinite(shown.value)};
+}
 
 unsigned shownLength(const wchar_t* text, bool isLimited, int limit) {
     return static_cast<unsigned>(isLimited ? std::find(text, text + std::max(limit, 0), L'\0') - text
@@ -49,11 +82,11 @@ public:
     // Where nothing will have to stand in front and there is room for anything.
     bool takesDoubleInPlace() const { return (m_width == 0 || isLeftJustified()) && m_output.room() >= kDoubleRoom; }
 
-    bool putDoubleAside(const DoubleConversion& conversion) {
-        return putAside(*this, [&conversion](wchar_t* out) { return renderDouble(conversion, out); });
+    bool putDoubleAside(const ShownDouble& shown) {
+        return putAside(*this, [&shown](wchar_t* out) { return renderDouble(shown, out); });
     }
 
-    // Zeros go behind a sign, blanks before it.
+    // Zeros go after a sign, blanks before it.
     bool putText(Rendered text) {
         const bool zeros = padsWithZeros() && !text.blankPadded;
         const bool hasSign = text.numeric && text.length > 0 && (*text.start == L'-' || *text.start == L'+');
@@ -96,35 +129,35 @@ private:
     unsigned m_flags;
 };
 
-// A double and what decides on its text. False, and nothing is taken, for drawing units without a Q mode word.
+// False, and nothing is taken, for drawing units without a Q mode word.
 bool fetchDouble(const Directive& directive, int precision, const wchar_t*& p, ArgumentSource& arguments,
-                 DoubleConversion& conversion) {
-    conversion = {0, directive.letter, 0, precision, (directive.flags & kPlus) != 0};
+                 ShownDouble& shown) {
+    shown = {0, directive.letter, 0, precision, (directive.flags & kPlus) != 0};
     if (isUnitLetter(directive.letter)) {
         const QModeField mode = readQMode(p, arguments.positional());
         if (mode.kind == QModeField::kNone)
             return false;
-        conversion.qMode = mode.kind == QModeField::kWord ? mode.value : arguments.asInt(mode.value);
+        shown.qMode = mode.kind == QModeField::kWord ? mode.value : arguments.asInt(mode.value);
     }
-    conversion.value = arguments.asDouble(directive.position);
+    shown.value = arguments.asDouble(directive.position);
     return true;
 }
 
-// Writes what one directive stands for. `p` is behind its letter. False when it does not fit.
+// Writes what one directive stands for. `p` is after its letter. False when it does not fit.
 bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*& p, ArgumentSource& arguments) {
     // A negative width is enormous when read without its sign.
     const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
     const int precision = getIntFromFormatStrOrValist(directive.precision, arguments);
     DirectiveWriter writer(output, directive, width);
-    const Conversion& conversion = *directive.conversion;
-    if (conversion.base != 0)
-        return writer.putInteger(formatLongUtil(conversion, directive.position, arguments,
-                                                (directive.flags & kHasPrecision) != 0, precision));
+    const LetterKind& kind = *directive.kind;
+    if (kind.base != 0)
+        return writer.putInteger(
+            formatLongUtil(kind, directive.position, arguments, (directive.flags & kHasPrecision) != 0, precision));
     wchar_t character = directive.letter;
     Rendered text{&character, 1, false, false};
-    switch (conversion.parameter) {
+    switch (kind.parameter) {
     case kParameterDouble: {
-        DoubleConversion shown;
+        ShownDouble shown;
         if (!fetchDouble(directive, std::max(precision, 0), p, arguments, shown)) {
             text.length = 0;
             break;
@@ -165,21 +198,17 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
     if (format == nullptr || !arguments.collect(format, args))
         return finish(-1);
 
-    try {
-        for (const wchar_t* p = format;;) {
-            if (!output.putLiteral(p))
-                return finish(0);
-            if (*p == L'\0')
-                return finish(output.written());
-            ++p;
-            const Directive directive = parseDirective(p, arguments.positional());
-            if (directive.letter == L'\0')
-                return finish(output.written());
-            if (!putDirective(output, directive, p, arguments))
-                return finish(-1);
-        }
-    } catch (const std::bad_alloc&) {
-        return finish(-1);
+    for (const wchar_t* p = format;;) {
+        if (!output.putLiteral(p))
+            return finish(0);
+        if (*p == L'\0')
+            return finish(output.written());
+        ++p;
+        const Directive directive = parseDirective(p, arguments.positional());
+        if (directive.letter == L'\0')
+            return finish(output.written());
+        if (!putDirective(output, directive, p, arguments))
+            return finish(-1);
     }
 }
 

@@ -1,4 +1,3 @@
-#include "format/DigitText.h"
 #include "format/NumberText.h"
 #include "format/ScaleTables.h"
 #include "platform/FloatMode.h"
@@ -84,7 +83,7 @@ int scaleUp(long double& magnitude) {
 // from 10 on.
 [[gnu::noinline]] std::uint64_t leadingDigits(long double mantissa) {
     std::uint64_t digits = 0;
-    for (int i = 0; i < tq::detail::kMaxSignificantDigits; ++i) {
+    for (int i = 0; i < tq::detail::RoundedDecimal::kMaxCount; ++i) {
         const int digit = mantissa < 10 ? static_cast<int>(mantissa) : 9;
         digits = digits * 10 + static_cast<unsigned>(digit);
         mantissa = (mantissa - static_cast<long double>(digit)) * 10;
@@ -128,8 +127,8 @@ int FormatUtil::formatScienceDouble(wchar_t* out, long double mantissa, int inte
     if (!std::isfinite(mantissa)) {
         length = writeNotFinite(text, static_cast<double>(mantissa));
     } else {
-        const RoundedDecimal value{roundedToNearest(leadingDigits, std::fabs(mantissa)), kMaxSignificantDigits,
-                                   integerDigits - 1};
+        const RoundedDecimal value{roundedToNearest(leadingDigits, std::fabs(mantissa)), RoundedDecimal::kMaxCount,
+                                   integerDigits};
         length = writeFixed(text, mantissa < 0, value, std::max(precision, 0));
     }
     length = std::min(length, limit);

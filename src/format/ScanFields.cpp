@@ -1,9 +1,9 @@
 #include "format/ScanFields.h"
 
 #include "codepage/Escapes.h"
-#include "fltcvt/DoubleBits.h"
-#include "fltcvt/ExactRead.h"
-#include "fltcvt/FastRead.h"
+#include "fltcvt/EiselLemire.h"
+#include "fltcvt/HalfwayComparison.h"
+#include "fltcvt/Ieee754.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "format/DigitText.h"
+#include "fltcvt/WideDigits.h"
 
 #include <algorithm>
 #include <cstddef>

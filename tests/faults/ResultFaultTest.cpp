@@ -101,7 +101,7 @@ TEST_F(NumberFaults, WritingGivesEveryBlockBack) {
     };
     const std::function<bool()> calls[] = {
         [&] { return digits(0.1, 0, 0); },
-        [] {
+        [] { // needs no memory
             char text[400];
             tqFltToF(text, std::numeric_limits<double>::denorm_min(), 30);
             tqFltToE(text, 1e300 / 3, 120, 'e');
@@ -133,7 +133,7 @@ TEST_F(NumberFaults, WritingGivesEveryBlockBack) {
             return !ranOut;
         });
     }
-    EXPECT_GT(failures, 15);
+    EXPECT_GT(failures, 10);
 }
 
 TEST_F(NumberFaults, OperandsThatAreNotConsumedStay) {

@@ -1,6 +1,6 @@
 #include "NumberVectors.h"
 #include "fltcvt/DigitAllocator.h"
-#include "fltcvt/WideMath.h"
+#include "fltcvt/UInt128.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>

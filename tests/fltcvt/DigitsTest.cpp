@@ -1,8 +1,6 @@
 #include "NumberVectors.h"
-#include "fltcvt/ExactDigits.h"
-#include "fltcvt/FewDigits.h"
-#include "fltcvt/FixedPointDigits.h"
-#include "fltcvt/PowersOfTen.h"
+#include "fltcvt/FastDigits.h"
+#include "fltcvt/RoundedDecimal.h"
 #include "reference/ExactDecimal.h"
 
 #include <TqOsBase/fltcvt/TqGdImpl.h>
@@ -17,6 +15,7 @@ namespace {
 using reference::Decimal;
 using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
+using tq::detail::Rule;
 
 struct Dtoa {
     std::string digits;
@@ -91,9 +90,22 @@ TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
             const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
             DigitLayout layout = tq::detail::exactDigits(v, request, digits);
             ASSERT_EQ(Dtoa(std::string(digits, static_cast<std::size_t>(layout.count)), layout.point, 0), wanted);
-            if (!request.orShorter && tq::detail::tryFixedPointDigits(v, request, digits, layout)) {
+            if (request.rule != Rule::kOrShorter && tq::detail::tryFixedPointDigits(v, request, digits, layout)) {
                 ASSERT_EQ(Dtoa(std::string(digits, static_cast<std::size_t>(layout.count)), layout.point, 0), wanted);
             }
+            if (request.kind == DigitRequest::kShortest || request.rule == Rule::kOrShorter)
+                continue;
+            // One number, with ties away from zero.
+            const DigitRequest away{request.kind, Rule::kAwayFromZero, request.count};
+            layout = tq::detail::exactDigits(v, away, digits);
+            const tq::detail::RoundedDecimal number = tq::detail::roundedDecimal(v, away);
+            std::string text = number.count != 0 ? std::to_string(number.digits) : "";
+            ASSERT_EQ(static_cast<int>(text.size()), number.count);
+            text.resize(tq::detail::RoundedDecimal::kMaxCount, '0');
+            std::string cut(digits, static_cast<std::size_t>(layout.count));
+            cut.resize(tq::detail::RoundedDecimal::kMaxCount, '0');
+            ASSERT_EQ(text, cut);
+            ASSERT_EQ(number.point, layout.point);
         }
     }
 }
@@ -108,10 +120,10 @@ TEST(Digits, AllOfThemComeOut) {
 
 // The fast conversions alone: certain nearly always, and right whenever they say so.
 TEST(Digits, FastConversionsDecide) {
-    using namespace tq::detail::scaling;
-    constexpr decltype(&tq::detail::tryRoundedDigits<>) kWays[] = {&tq::detail::tryRoundedDigits<>,
-                                                                   &tq::detail::tryRoundedDigits<roundedByAllBits>,
-                                                                   &tq::detail::tryRoundedDigits<roundedByUpperHalf>};
+    using tq::detail::tryRoundedDigits;
+    constexpr decltype(&tryRoundedDigits<>) kWays[] = {&tryRoundedDigits<>,
+                                                       &tryRoundedDigits<tq::detail::roundedByAllBits>,
+                                                       &tryRoundedDigits<tq::detail::roundedByUpperHalf>};
     int undecided[std::size(kWays)] = {};
     int undecidedShortest = 0;
     const std::vector<double> values = number_test::vectors(2000);
@@ -136,7 +148,7 @@ TEST(Digits, FastConversionsDecide) {
             for (std::size_t way = 0; way < std::size(kWays); ++way) {
                 std::uint64_t digits = 0;
                 int exponent = 0;
-                if (!kWays[way](v, count, digits, exponent)) {
+                if (!kWays[way](v, count, Rule::kToEven, digits, exponent)) {
                     ++undecided[way];
                     continue;
                 }

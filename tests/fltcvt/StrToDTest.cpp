@@ -1,5 +1,5 @@
 #include "NumberVectors.h"
-#include "fltcvt/EightCharacters.h"
+#include "fltcvt/SwarDigits.h"
 #include "reference/ExactDecimal.h"
 #include "reference/GuardedBuffer.h"
 

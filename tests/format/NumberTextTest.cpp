@@ -1,7 +1,6 @@
 // The text of doubles against exact decimal arithmetic on digit strings.
 
 #include "format/FormatProbe.h"
-#include "format/RoundedDecimal.h"
 #include "reference/DecimalReference.h"
 
 #include <TqOsBase/format/OutputWithFormat.h>
@@ -52,33 +51,6 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
             ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, precision)))
                 << value << " with " << precision << " decimals";
         }
-    }
-}
-
-TEST(NumberText, FastAndExactPathsAgree) {
-    std::mt19937_64 random(11);
-    const auto same = [](tq::detail::RoundedDecimal a, tq::detail::RoundedDecimal b) {
-        // Trailing zeros may be there or not.
-        for (; a.count < b.count; ++a.count)
-            a.digits *= 10;
-        for (; b.count < a.count; ++b.count)
-            b.digits *= 10;
-        return a.exponent == b.exponent && a.digits == b.digits;
-    };
-    for (int i = 0; i < 20000; ++i) {
-        // The numbers of drawings, and every fourth time any.
-        const int exponent =
-            i % 4 != 0 ? static_cast<int>(random() % 160) - 110 : static_cast<int>(random() % 2040) - 1070;
-        const double value = std::ldexp(static_cast<double>(random() >> 11), exponent);
-        const int count = static_cast<int>(random() % 23);
-        if (value == 0)
-            continue;
-        const auto fixed = tq::detail::roundToDecimals(value, count);
-        const auto exact = tq::detail::roundToDecimalsExact(value, count);
-        ASSERT_TRUE(fixed.digits == 0 ? exact.digits == 0 : same(fixed, exact)) << value << ", " << count;
-        ASSERT_TRUE(same(tq::detail::roundToSignificant(value, count + 1),
-                         tq::detail::roundToSignificantExact(value, count + 1)))
-            << value << ", " << count;
     }
 }
 

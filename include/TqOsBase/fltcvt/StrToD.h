@@ -7,7 +7,7 @@
 /// length of the text.
 ///
 /// Accepted: white space (the space and the characters 9 to 13), a sign, digits with an optional "." before, among or
-/// behind them (whatever the locale), and an exponent: "e" or "E", an optional sign, digits. An exponent without digits
+/// after them (whatever the locale), and an exponent: "e" or "E", an optional sign, digits. An exponent without digits
 /// is not part of the number. "inf", "nan" and hexadecimal forms are not numbers. *end, unless `end` is null, gets the
 /// address of the first character that is not part of the number; without any digit the result is 0 and that is `text`.
 ///

@@ -48,7 +48,7 @@ TQ_API TqFCvtAllocator* tqFCvtAllocator();
 /// never freed. Null after exit.
 extern TQ_API Bigint* G_Pow5Data;
 
-/// Correctly rounded digits of doubles, and the arithmetic of big integers that this and reading numbers stand on.
+/// Correctly rounded digits of doubles, and an arithmetic of big integers.
 ///
 /// Blocks. Every `Bigint*` that is returned belongs to the caller, who gives it to Bfree or to a function that consumes
 /// it. "Consumes" means that the argument must not be used again, not even when the function throws. Operands are
@@ -120,7 +120,7 @@ public:
     /// The decimal digits of `d`, correctly rounded (ties to even), without trailing zeros, released with freedtoa:
     ///   |d| ~ 0.d1d2d3... * 10^*decpt
     /// Modes: 0 and 1 the shortest digits that read back to `d`, of several the closest; 2 at most max(1, ndigits)
-    /// digits; 3 digits up to `ndigits` places behind the decimal point, which may be negative; 4 and 5 as 2 and 3, but
+    /// digits; 3 digits up to `ndigits` places after the decimal point, which may be negative; 4 and 5 as 2 and 3, but
     /// the shortest digits where those are fewer; 6 to 9 are 2 to 5; any other mode is 0.
     /// *sign gets 1 when the sign bit is set, also for -0 and for a NaN, else 0. *rve, unless `rve` is null, gets the
     /// address of the terminator. Zero is "0" with *decpt 1. In modes 3 and 5 a number that rounds to nothing is the

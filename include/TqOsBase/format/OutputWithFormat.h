@@ -9,10 +9,9 @@
 ///
 /// Failures: -1 and nothing written when `out` or *out is null or capacity is below 1; 0 when literal text does not
 /// fit; -1 when converted text, its sign or its padding does not fit, an integer outgrows 2047 characters, or `format`
-/// is null. What was written before stays, terminated. Characters behind the terminating 0 may change as far as the
+/// is null. What was written before stays, terminated. Characters after the terminating 0 may change as far as the
 /// capacity reaches. No locale is used, and the processor's modes of rounding and of subnormals change no text. The
-/// heap is, for positional arguments (`%n$`) and for very large, very small or very long numbers; -1 when it gives
-/// none.
+/// heap is used for positional arguments (`%n$`) only; the result is -1 when it gives no memory.
 ///
 /// A directive is `%`, position, flags, width, precision, length, letter:
 /// - position: `n$`, the argument counted from 1. One directive with a position switches the whole format over: those

@@ -1,12 +1,11 @@
-// Integer and fraction of everyday numbers each fit a word. Multiplied by 10^16, the fraction shows its next 16 digits
-// above the binary point.
+// Integer and fraction of everyday numbers each fit a word, or two. Multiplied by 10^16, the fraction shows its next 16
+// digits above the binary point.
 
-#include "fltcvt/FixedPointDigits.h"
-
-#include "fltcvt/DigitWriter.h"
-#include "fltcvt/DoubleBits.h"
+#include "fltcvt/DigitRequest.h"
+#include "fltcvt/Ieee754.h"
+#include "fltcvt/NarrowDigits.h"
 #include "fltcvt/RoundDigits.h"
-#include "fltcvt/WideMath.h"
+#include "fltcvt/UInt128.h"
 
 #include <algorithm>
 #include <bit>
@@ -18,10 +17,10 @@ namespace {
 
 constexpr int kMaxFractionBits = 63;
 constexpr int kStep = 16;
-constexpr std::uint64_t kStepFactor = kSmallPowersOfTen[kStep];
+constexpr std::uint64_t kStepFactor = smallPowerOfTen(kStep);
 
-struct FixedPoint {
-    std::uint64_t integer = 0;
+struct ExactFixedPoint {
+    UInt128 integer = 0;
     std::uint64_t fraction = 0; ///< Multiple of 2^-bits, at first an odd one or 0.
     int bits = 0;
 
@@ -31,8 +30,8 @@ struct FixedPoint {
         const std::uint64_t odd = parts.significand >> zeros;
         const int exponent = parts.exponent + zeros;
         if (exponent >= 0) {
-            integer = odd << (exponent & 63);
-            return exponent + bitWidth(odd) <= 64;
+            integer = UInt128{odd} << (exponent & 127);
+            return exponent + static_cast<int>(std::bit_width(odd)) <= 128;
         }
         if (exponent < -kMaxFractionBits)
             return false;
@@ -61,17 +60,25 @@ char* writeInteger(char* out, std::uint64_t integer) noexcept {
     if (integer == 0)
         return out;
     const int length = digitCount(integer);
-    writeFewDigits(out, integer, length);
+    writeUpToSixteen(out, integer, length);
     return out + length;
+}
+
+char* writeLargeInteger(char* out, UInt128 integer) noexcept {
+    if (integer >> 64 == 0)
+        return writeInteger(out, static_cast<std::uint64_t>(integer));
+    out = writeLargeInteger(out, integer / kStepFactor);
+    SixteenDigits(static_cast<std::uint64_t>(integer % kStepFactor)).store(out);
+    return out + kStep;
 }
 
 } // namespace
 
 bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout& layout) noexcept {
-    FixedPoint number;
-    if (request.kind == DigitRequest::eShortest || !number.tryFrom(v))
+    ExactFixedPoint number;
+    if (request.kind == DigitRequest::kShortest || !number.tryFrom(v))
         return false;
-    char* end = writeInteger(out, number.integer);
+    char* end = writeLargeInteger(out, number.integer);
     layout.point = static_cast<int>(end - out);
     while (number.fraction != 0 && (end == out || end - out <= wantedDigits(request, layout.point))) {
         number.writeStep(end);
@@ -85,7 +92,7 @@ bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout&
     }
     // An odd multiple of 2^-bits has as many places as bits, the last of which is 5.
     layout.count = number.fraction != 0 ? static_cast<int>(end - out) : layout.point + number.bits;
-    roundDigits(out, number.fraction != 0, wantedDigits(request, layout.point), layout);
+    roundDigits(out, number.fraction != 0, request, layout);
     return true;
 }
 

@@ -1,9 +1,12 @@
 // Drawing units: from a Q mode word and the settings to a length or an angle.
 
-#include "fltcvt/DoubleBits.h"
+#include "format/QModeText.h"
+
+#include "fltcvt/Ieee754.h"
 #include "format/AngleText.h"
+#include "format/Directive.h"
 #include "format/LengthText.h"
-#include "format/UnitText.h"
+#include "format/UnitSettings.h"
 #include "platform/FloatMode.h"
 
 #include <TqOsBase/format/FormatUtil.h>
@@ -11,7 +14,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <new>
+#include <cwchar>
 
 namespace {
 
@@ -90,6 +93,18 @@ void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned
         tq::detail::formatLength(writer, units.mode, units.precision, value, flags, maxLength);
 }
 
+bool allDigitsZero(const wchar_t* text) {
+    bool anyDigit = false;
+    for (; *text != L'\0' && *text != L'E' && *text != L'e'; ++text) {
+        if (tq::detail::isDecimalDigit(*text)) {
+            if (*text != L'0')
+                return false;
+            anyDigit = true;
+        }
+    }
+    return anyDigit;
+}
+
 } // namespace
 
 unsigned tq::detail::formatQMode(wchar_t* out, double value, int mode, unsigned maxLength) {
@@ -99,19 +114,23 @@ unsigned tq::detail::formatQMode(wchar_t* out, double value, int mode, unsigned 
     return writer.length();
 }
 
+unsigned formatQModeDoubleUtil(wchar_t* text, double value, int mode, unsigned maxLength) {
+    const unsigned length = tq::detail::formatQMode(text, value, mode, maxLength);
+    if (*text != L'-' || !allDigitsZero(text + 1))
+        return length;
+    std::wmemmove(text, text + 1, length - 1);
+    return length - 1;
+}
+
 void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mode, unsigned maxLength) {
     if (out == nullptr || size < 1)
         return;
-    try {
-        if (size >= tq::detail::kUnitRoom) {
-            tq::detail::formatQMode(out, value, mode, maxLength);
-            return;
-        }
-        // What a text has to be shortened for is its whole length; only then is it cut.
-        wchar_t whole[tq::detail::kUnitRoom];
-        const unsigned length = tq::detail::formatQMode(whole, value, mode, maxLength);
-        *std::copy_n(whole, std::min(length, static_cast<unsigned>(size) - 1), out) = L'\0';
-    } catch (const std::bad_alloc&) {
-        *out = L'\0';
+    if (size >= tq::detail::kUnitRoom) {
+        tq::detail::formatQMode(out, value, mode, maxLength);
+        return;
     }
+    // What a text has to be shortened for is its whole length; only then is it cut.
+    wchar_t whole[tq::detail::kUnitRoom];
+    const unsigned length = tq::detail::formatQMode(whole, value, mode, maxLength);
+    *std::copy_n(whole, std::min(length, static_cast<unsigned>(size) - 1), out) = L'\0';
 }

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "fltcvt/EightCharacters.h"
-#include "fltcvt/FastRead.h"
+#include "fltcvt/EiselLemire.h"
 #include "fltcvt/PowersOfTen.h"
+#include "fltcvt/SwarDigits.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 
 namespace tq::detail {
@@ -13,12 +14,13 @@ namespace tq::detail {
 template <class Char>
 struct DigitSpan {
     const Char* first;         ///< The first digit that is not 0.
-    const Char* end;           ///< Behind the last digit, or the point behind it.
+    const Char* end;           ///< After the last digit, or after the point that follows it.
     const Char* point;         ///< The point; null when there is none between the first and the last digit.
     std::int64_t lastExponent; ///< The last digit counts 10^lastExponent.
 
     /// From `begin` to `end` there are digits, at least one, and the point, unless that is null.
     static DigitSpan of(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent) noexcept {
+        assert(end - begin > (point != nullptr ? 1 : 0));
         while (begin != end && (*begin == '0' || begin == point))
             ++begin;
         return {begin, end, point != nullptr && point > begin ? point : nullptr, lastExponent};
@@ -34,12 +36,14 @@ class DigitsInOrder {
 public:
     explicit DigitsInOrder(const DigitSpan<Char>& span) noexcept : m_next(span.first), m_span(span) {}
 
-    /// The next `count` as a number; there are so many, and they fit 64 bits.
+    /// The next `count`, up to 19, as a number; at least so many are left.
     std::uint64_t take(int count) noexcept {
+        assert(count <= kLastSmallPower);
         std::uint64_t value = 0;
         while (count > 0) {
             const bool isBeforePoint = m_span.point != nullptr && m_next <= m_span.point;
             const std::int64_t run = (isBeforePoint ? m_span.point : m_span.end) - m_next;
+            assert(isBeforePoint || run > 0);
             if (run == 0) {
                 ++m_next;
             } else if (run < EightCharacters::kCount || count < EightCharacters::kCount) {
@@ -65,18 +69,19 @@ private:
 };
 
 /// How the number compares with the middle between the positive double of these bits and the next one: negative, 0 or
-/// positive. Exact; the next double of the largest is taken as 2^1024. The double is one of the two nearest to the
-/// number.
+/// positive. Exact. The double is one of the two nearest to the number; the next one after the largest is taken as
+/// 2^1024.
 template <class Char>
-int compareWithMiddle(const DigitSpan<Char>& number, std::uint64_t bits) noexcept;
+int compareWithHalfway(const DigitSpan<Char>& number, std::uint64_t bits) noexcept;
 
 /// Any number of so many digits fits 64 bits.
 inline constexpr std::int64_t kSafeDigits = 19;
 
-/// The bits of the double nearest to a number that is not zero, ties to even; infinity and 0 beyond the range.
-/// A part of its callers, which are rare themselves.
+/// The bits of the double nearest to a number that is not zero, ties to even; infinity and 0 beyond the range. Inlined,
+/// because its callers are rarely run themselves.
 template <class Char>
 [[gnu::always_inline]] inline std::uint64_t nearestBits(const DigitSpan<Char>& number) noexcept {
+    assert(!number.isZero());
     const std::int64_t kept = std::min(number.count(), kSafeDigits);
     const std::int64_t cut = number.count() - kept;
     const std::uint64_t leading = DigitsInOrder<Char>(number).take(static_cast<int>(kept));
@@ -89,7 +94,7 @@ template <class Char>
     }
     if (isDecided)
         return lower.bits;
-    const int order = compareWithMiddle(number, lower.bits);
+    const int order = compareWithHalfway(number, lower.bits);
     return lower.bits + (order > 0 || (order == 0 && (lower.bits & 1) != 0) ? 1 : 0);
 }
 

@@ -1,16 +1,10 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
 namespace tq::detail {
 
 __extension__ using UInt128 = unsigned __int128;
-
-/// Number of bits up to the highest one that is set.
-constexpr int bitWidth(std::uint64_t value) noexcept {
-    return 64 - std::countl_zero(value);
-}
 
 /// A number of 192 bits.
 struct UInt192 {

@@ -1,4 +1,4 @@
-#include "format/UnitText.h"
+#include "format/UnitSettings.h"
 
 #include <TqOsBase/format/QMode.h>
 

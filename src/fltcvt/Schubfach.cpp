@@ -1,11 +1,8 @@
 // After R. Giulietti, "The Schubfach way to render doubles" (2020).
 
-#include "fltcvt/ShortestDigits.h"
+#include "fltcvt/Schubfach.h"
 
-#include "fltcvt/DigitWriter.h"
-#include "fltcvt/DoubleBits.h"
-#include "fltcvt/PowersOfTen.h"
-#include "fltcvt/WideMath.h"
+#include "fltcvt/NarrowDigits.h"
 
 namespace tq::detail {
 
@@ -42,7 +39,7 @@ ShortDecimal shortestDecimal(double v) noexcept {
     const std::uint64_t lower = roundToOdd(product - (isLowerCloser ? scaledPower(h) : halfUlp)) + isOdd;
     const std::uint64_t upper = roundToOdd(product + halfUlp) - isOdd;
 
-    // Without branches: which one it is is as good as random. One multiple of ten at most is inside.
+    // Without branches, because which one it is cannot be predicted. One multiple of ten at most is inside.
     const std::uint64_t s = value / 4;
     const std::uint64_t tens = s / 10;
     const std::uint64_t isTensInside = lower <= 40 * tens ? 1 : 0;
@@ -58,10 +55,32 @@ ShortDecimal shortestDecimal(double v) noexcept {
 
 } // namespace
 
+Rounded roundedByAllBits(Normalised v, int power, Rule rule) noexcept {
+    const PowerOfTen& scale = powerOfTen(power);
+    // The product is scaled by 2^(128 + shift).
+    const int shift = -1 - (v.exponent + floorLog2OfPowerOfTen(power));
+    if (shift > 64)
+        return {0, true}; // the product is below 2^192, so the number below one half
+    if (shift < kMinShift)
+        return {0, false};
+    const UInt192 product = multiply(v.significand, scale.high, scale.low);
+    const bool isAllFraction = shift == 64;
+    const std::uint64_t integer = isAllFraction ? 0 : product.high >> shift;
+    const std::uint64_t fraction =
+        isAllFraction ? product.high : product.high << (64 - shift) | product.middle() >> shift;
+    if (fraction != kHalf)
+        return {integer + (fraction >> 63), true};
+    // Between one half and 2^-64 above it. The product may be too large by less than one unit of its middle word.
+    const std::uint64_t rest = isAllFraction ? product.middle() : product.middle() << (64 - shift);
+    if (isExactPower(power))
+        return {integer + ((rest | product.low()) != 0 || rule == Rule::kAwayFromZero ? 1 : integer & 1), true};
+    return {integer + 1, rest != 0};
+}
+
 DigitLayout shortestDigits(double v, char* out) noexcept {
     const ShortDecimal decimal = shortestDecimal(v);
     const int length = digitCount(decimal.digits);
-    return {writeDigits(out, decimal.digits, length), decimal.exponent + length};
+    return {writeUpToSeventeen(out, decimal.digits, length), decimal.exponent + length};
 }
 
 } // namespace tq::detail

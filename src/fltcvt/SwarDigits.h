@@ -1,6 +1,12 @@
 #pragma once
 
+// Digits by SWAR, SIMD within a register: several characters of a number in parallel in one word or vector. Both
+// directions, both for words of any processor and for vectors of SSE2; both kinds give the same.
+
+#include "platform/PageReads.h"
+
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -8,13 +14,81 @@
 #include <emmintrin.h>
 #endif
 
-// The sixteen decimal digits of a value below 10^16, zeros before them included, one a byte. They are found by three
-// divisions, each in all parts of the register at once, by multiplication with a reciprocal that is exact for parts of
-// this size. Both kinds give the same.
-
 namespace tq::detail {
 
 static_assert(std::endian::native == std::endian::little, "the first digit lies in the lowest byte");
+
+/// Eight characters of a text, one in each byte, the first in the lowest one. A wide character above 255 becomes one
+/// that is not a digit.
+class EightCharacters {
+public:
+    static constexpr int kCount = 8;
+
+    /// Whether eight characters may be read from `text` on although the text may end before.
+    template <class Char>
+    static bool mayStartAt(const Char* text) noexcept {
+        return platform::mayReadBehind(text, kCount * sizeof(Char));
+    }
+
+    explicit EightCharacters(const char* text) noexcept { std::memcpy(&m_text, text, sizeof m_text); }
+
+    explicit EightCharacters(const wchar_t* text) noexcept : m_text(narrowed(text)) {}
+
+    bool areDigits() const noexcept { return nonDigits() == 0; }
+    /// The number of digits at the start where not all are digits.
+    int digitCount() const noexcept {
+        assert(!areDigits());
+        return std::countr_zero(nonDigits()) / 8;
+    }
+    /// The value of the digits where all are digits.
+    std::uint64_t value() const noexcept {
+        assert(areDigits());
+        return valueOf(m_text ^ kZeros);
+    }
+    /// The value of the first `count`, 0 to 7, which are digits.
+    std::uint64_t value(int count) const noexcept {
+        assert(count >= 0 && count < kCount);
+        return valueOf((m_text ^ kZeros) << 8 << (56 - 8 * count));
+    }
+
+private:
+    static constexpr std::uint64_t kZeros = 0x3030303030303030;
+    static constexpr std::uint64_t kHighBits = 0x8080808080808080;
+
+    // The highest bit of a byte is set where it is no digit. That holds up to the first such byte; a carry out of it
+    // may spoil those after it.
+    std::uint64_t nonDigits() const noexcept {
+        constexpr std::uint64_t kToHighBit = 0x7676767676767676; // from 10
+        const std::uint64_t digits = m_text ^ kZeros;
+        return ((digits + kToHighBit) | digits) & kHighBits;
+    }
+
+    static std::uint64_t valueOf(std::uint64_t digits) noexcept {
+        const std::uint64_t twos = (digits * (10 << 8 | 1) >> 8) & 0x00FF00FF00FF00FF;
+        const std::uint64_t fours = (twos * (100 << 16 | 1) >> 16) & 0x0000FFFF0000FFFF;
+        return fours * (std::uint64_t{10000} << 32 | 1) >> 32;
+    }
+
+    static std::uint64_t narrowed(const wchar_t* text) noexcept {
+#if defined(__SSE2__)
+        const auto* const vectors = reinterpret_cast<const __m128i*>(text);
+        const __m128i words = _mm_packs_epi32(_mm_loadu_si128(vectors), _mm_loadu_si128(vectors + 1));
+        return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
+#else
+        std::uint64_t bytes = 0;
+        for (int i = kCount; i-- > 0;)
+            bytes =
+                bytes << 8 | (static_cast<std::uint32_t>(text[i]) <= 0xFF ? static_cast<std::uint8_t>(text[i]) : 0xFF);
+        return bytes;
+#endif
+    }
+
+    std::uint64_t m_text;
+};
+
+// The sixteen decimal digits of a value below 10^16, zeros before them included, one in each byte. They are found by
+// three divisions, each in all parts of the register at once, by multiplication with a reciprocal that is exact for
+// parts of this size.
 
 inline constexpr std::uint32_t kEightDigitLimit = 100000000;
 
@@ -23,10 +97,14 @@ class SixteenDigitsInWords {
 public:
     explicit SixteenDigitsInWords(std::uint64_t value) noexcept
         : SixteenDigitsInWords(static_cast<std::uint32_t>(value / kEightDigitLimit),
-                               static_cast<std::uint32_t>(value % kEightDigitLimit)) {}
+                               static_cast<std::uint32_t>(value % kEightDigitLimit)) {
+        assert(value / kEightDigitLimit < kEightDigitLimit);
+    }
     /// The digits of two values below 10^8.
     SixteenDigitsInWords(std::uint32_t upper, std::uint32_t lower) noexcept
-        : m_upper(digitsOf(upper)), m_lower(digitsOf(lower)) {}
+        : m_upper(digitsOf(upper)), m_lower(digitsOf(lower)) {
+        assert(upper < kEightDigitLimit && lower < kEightDigitLimit);
+    }
 
     /// Writes them as characters.
     void store(char* out) const noexcept {
@@ -63,8 +141,11 @@ class SixteenDigitsInVector {
 public:
     explicit SixteenDigitsInVector(std::uint64_t value) noexcept
         : SixteenDigitsInVector(static_cast<std::uint32_t>(value / kEightDigitLimit),
-                                static_cast<std::uint32_t>(value % kEightDigitLimit)) {}
+                                static_cast<std::uint32_t>(value % kEightDigitLimit)) {
+        assert(value / kEightDigitLimit < kEightDigitLimit);
+    }
     SixteenDigitsInVector(std::uint32_t upper, std::uint32_t lower) noexcept {
+        assert(upper < kEightDigitLimit && lower < kEightDigitLimit);
         const __m128i eights = _mm_set_epi64x(lower, upper);
         const __m128i thousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(0xD1B71759)), 45);
         const __m128i rest = _mm_sub_epi32(eights, _mm_mul_epu32(thousands, _mm_set1_epi64x(10000)));

@@ -1,16 +1,12 @@
 #pragma once
 
-#include "format/DigitText.h"
+#include "fltcvt/WideDigits.h"
 #include "format/NumberText.h"
 
-#include <TqOsBase/format/LumoAppUnitSets.h>
-
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-/// The process-wide unit settings.
-extern LumoAppUnitSets g_appUnits;
 
 namespace tq::detail {
 
@@ -18,7 +14,8 @@ namespace tq::detail {
 /// ones hold one number of kNumberRoom beside feet, inches or degrees.
 inline constexpr int kUnitRoom = 250;
 
-/// Appends to a buffer with room for kUnitRoom characters; terminate() ends the text.
+/// Appends the pieces of a length or an angle to a buffer with room for kUnitRoom characters; terminate() ends the
+/// text.
 class UnitWriter {
 public:
     explicit UnitWriter(wchar_t* out) : m_begin(out), m_cursor(out) {}
@@ -27,20 +24,24 @@ public:
     void put(std::wstring_view text) { m_cursor += text.copy(m_cursor, text.size()); }
     /// A number of 0 or more.
     void putInteger(std::int64_t value) {
+        assert(value >= 0);
         const auto magnitude = static_cast<std::uint64_t>(value);
-        // Most inches, numerators and minutes; whether they have one digit or two is as good as random.
+        // Most inches, numerators and minutes; whether they have one digit or two cannot be predicted.
         if (magnitude < 100) [[likely]] {
             const bool isPair = magnitude >= 10;
             writeDigitPair(m_cursor, isPair ? magnitude : magnitude * 10);
             m_cursor += isPair ? 2 : 1;
             return;
         }
-        const int digits = decimalDigits(magnitude);
+        const int digits = digitCount(magnitude);
         writeDigits(m_cursor, magnitude, digits);
         m_cursor += digits;
     }
     void putFixed(double value, int decimals) { m_cursor += writeFixed(m_cursor, value, decimals, false); }
-    void putScientific(double value, int decimals) { m_cursor += writeScientific(m_cursor, value, decimals); }
+    /// With two digits of exponent.
+    void putScientific(double value, int decimals) {
+        m_cursor += shortenExponent(m_cursor, writeScientific(m_cursor, value, decimals));
+    }
     /// Ends the text at `at`, a place in it.
     void endAt(wchar_t* at) { m_cursor = at; }
     void terminate() { *m_cursor = L'\0'; }
@@ -58,12 +59,5 @@ private:
 /// The escape of the degree sign in drawing text.
 inline constexpr std::wstring_view kDegreeEscape = L"\\U+00B0";
 inline constexpr wchar_t kInchMark = L'"';
-
-/// FormatUtil::formatQModeDouble into a buffer with room for kUnitRoom characters, with the length of the text as its
-/// result. Throws std::bad_alloc.
-unsigned formatQMode(wchar_t* out, double value, int mode, unsigned maxLength);
-
-/// Whether the dash bit of the settings is in force under the Q mode flags.
-bool isDashBitSet(int flags);
 
 } // namespace tq::detail

@@ -1,0 +1,14 @@
+#include "fltcvt/DigitRequest.h"
+
+#include "fltcvt/FastDigits.h"
+
+namespace tq::detail {
+
+DigitLayout writeManyDigits(double v, DigitRequest request, char* out) noexcept {
+    DigitLayout layout{};
+    return tryFastDigits<Effort::kFull>(v, request, out, layout) || tryFixedPointDigits(v, request, out, layout)
+               ? layout
+               : exactDigits(v, request, out);
+}
+
+} // namespace tq::detail
