@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     std::vector<wchar_t> large(8192);
     const int length = format(large.data(), static_cast<int>(large.size()), text.c_str());
-    // Literal text that does not even fit the large buffer gives 0 too, behind what was written before.
+    // Literal text that does not even fit the large buffer gives 0 too, after what was written before.
     const bool fits = length > 0 || (length == 0 && large[0] == L'\0' && result != 0);
     if (fits && length < capacity) {
         fuzz::check(result == length, "what fits a large buffer with room for it fits");

@@ -62,14 +62,14 @@ private:
 std::string normalised(const char* text, const char* end) {
     std::string digits;
     int point = 0;
-    bool isBehind = false;
+    bool isAfter = false;
     const char* p = text;
     for (; p != end && *p != 'e'; ++p) {
         if (*p == '.')
-            isBehind = true;
+            isAfter = true;
         else
             digits += *p;
-        point += isBehind || *p == '.' ? 0 : 1;
+        point += isAfter || *p == '.' ? 0 : 1;
     }
     if (p != end)
         point += std::atoi(p + 1);
@@ -135,7 +135,7 @@ void compareTexts(Random& random, double v, Counts& counts) {
     std::snprintf(text.data(), text.size(), "%.*e", static_cast<int>(random.below(30)), v);
     compareReading(text.data(), counts.read, false);
     compareReading(text.data(), counts.readWide, true);
-    // The middle between two doubles, exact in 64 bits, and one more or less somewhere behind it.
+    // The middle between two doubles, exact in 64 bits, and one more or less somewhere after it.
     const long double middle =
         (static_cast<long double>(v) + static_cast<long double>(std::nextafter(v, HUGE_VAL))) / 2;
     const int digits = random.below(8) == 0 ? 1100 : static_cast<int>(random.below(60));

@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t* const split = std::find(data, data + size, std::uint8_t{0});
     if (split == data + size)
         return 0;
-    // Vectors of exactly the text's size, so that the tools see a read behind its end.
+    // Vectors of exactly the text's size, so that the tools see a read beyond its end.
     std::vector<wchar_t> source(data, split + 1);
     const std::wstring format(split + 1, data + size);
     const auto fields = std::count(format.begin(), format.end(), L'%');

@@ -14,8 +14,8 @@ namespace tq::detail {
 /// trimmed.
 class BigInteger {
 public:
-    /// The largest numbers are made where a long text is compared with the middle between two subnormals: 54 bits times
-    /// 5^1113 have 2639 bits. Digits of a double take 1130 at most.
+    /// The largest number arises where a text of 771 digits is compared with the middle between two subnormals: 54 bits
+    /// times 5^1113, 2639 bits in all. Making digits takes fewer than 1200 bits.
     static constexpr int kMaxBits = 48 * 64;
 
     constexpr explicit BigInteger(std::uint64_t value) noexcept : m_used(1) { m_words[0] = value; }

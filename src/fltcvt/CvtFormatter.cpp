@@ -1,6 +1,7 @@
 #include "fltcvt/CvtFormatter.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace tq::detail {
 
@@ -23,7 +24,7 @@ template <class CharT>
 CharT* exponentField(CharT* out, int decpt, int expChar) {
     int value = decpt >= 1 ? decpt - 1 : 1 - decpt;
     *out++ = static_cast<CharT>(expChar);
-    // The fourth digit, which only infinity and NaN have, takes the place of the sign.
+    // The fourth digit takes the place of the sign. Only infinity and NaN have one: their exponent is 9998.
     *out++ = static_cast<CharT>(value > 999 ? '0' + value / 1000 : decpt >= 1 ? '+' : '-');
     value %= 1000;
     *out++ = static_cast<CharT>('0' + value / 100);
@@ -79,6 +80,7 @@ CharT* generalFromOne(CharT* out, const char* digits, int ndig, int nsig, int de
 
 template <class CharT>
 CharT* CvtFormatter<CharT>::formatF(CharT* out, const char* digits, int ndig, int nfrac, int decpt, int sign) {
+    assert(ndig >= 0 && nfrac >= 0);
     CharT* p = out;
     if (sign != 0)
         *p++ = '-';
@@ -103,6 +105,7 @@ CharT* CvtFormatter<CharT>::formatF(CharT* out, const char* digits, int ndig, in
 template <class CharT>
 CharT* CvtFormatter<CharT>::formatE(CharT* out, const char* digits, int ndig, int nfrac, int decpt, int sign,
                                     int expChar) {
+    assert(ndig >= 1 && nfrac >= 0);
     CharT* p = out;
     if (sign != 0)
         *p++ = '-';

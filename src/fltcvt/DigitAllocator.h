@@ -3,6 +3,7 @@
 #include <TqOsBase/fltcvt/TqGdImpl.h>
 #include <TqOsBase/memory/Allocation.h>
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -41,6 +42,7 @@ inline Bigint* takeBlock(int k) {
 }
 
 inline void giveBlock(Bigint* block) noexcept {
+    assert(block != nullptr && block->k >= 0 && block->capacity == 1 << block->k);
     const auto address = reinterpret_cast<std::uintptr_t>(block);
     const auto start = reinterpret_cast<std::uintptr_t>(__fcvtAlloc.m_pool);
     // The block at the very start, the first power of five, is never freed; so it counts as outside.
@@ -69,6 +71,7 @@ inline char* takeString(int k) {
 }
 
 inline void giveString(char* text) noexcept {
+    assert(text != nullptr);
     auto* const block = reinterpret_cast<Bigint*>(text - kStringOffset);
     std::int32_t sizeClass = 0;
     std::memcpy(&sizeClass, text - kStringOffset, sizeof sizeClass);

@@ -2,44 +2,48 @@
 
 // How numbers become text and text becomes numbers, and which file does it.
 //
-// A request asks for the shortest digits that read back, for some number of digits, or for the digits up to a place.
-// The ways to answer it are tried from the fastest on; each gives the right digits or says that it cannot.
+// From a double to digits. A request asks for the shortest digits that read back, for a number of digits, or for the
+// digits up to a place. The ways are tried in this order; each gives the right digits or says that it cannot.
 //
-//                         characters wanted              a number wanted, cut to 16 digits
-//                         tryFastDigits,                 RoundedDecimal.h
-//                         then writeManyDigits             |
-//                           |                              |
-//   1 quick                 | FastDigits.h: half of a      | RoundedDecimal.h: everyday numbers, whose integer part and
-//                           | power of ten               | fraction fit a word each
-//   2 powers of ten         +-- Schubfach.cpp -------------+ up to 17 digits; not for some ties, such as 2.5e22 to one
-//                           |                              |
-//   3 fixed point           +-- FixedPoint.cpp ------------+ any number of digits of a multiple of 2^-63 below 2^128
-//                           |                              |
-//   4 big integers          +-- SteeleWhite.cpp -----------+ right for every request: 5e-324 with 30 digits
+//   wanted: characters              wanted: a number, cut to 16 digits
+//     tryFastDigits,                  the functions of RoundedDecimal.h
+//     then writeManyDigits              |
+//       |                               |
+//   1   + FastDigits.h                  + RoundedDecimal.h    quick: by half of a power of ten; by two words
+//       |                               |
+//   2   +------ Schubfach.cpp ----------+                     up to 17 digits, by all bits of a power of ten
+//       |                               |
+//   3   +------ FixedPoint.cpp ---------+                     multiples of 2^-63 below 2^128, any number of digits
+//       |                               |
+//   4   +------ SteeleWhite.cpp --------+                     big integers: right for every request
 //
-//   Schubfach       R. Giulietti, "The Schubfach way to render doubles" (2020): one product with a 128-bit power of ten
-//                   (PowersOfTen.h), scaled so that the interval that reads back holds one or two short decimals. The
-//                   same product, rounded, gives a wanted number of digits.
-//   Steele-White    G. L. Steele, J. L. White, "How to print floating-point numbers accurately" (1990), as improved by
-//                   D. M. Gay, "Correctly rounded binary-decimal and decimal-binary conversions" (1990): digit by digit
-//                   in exact integers (BigInteger.h on WordArithmetic.h).
-//   SWAR            SIMD within a register: eight characters to a number and sixteen digits to characters, all in
-//                   parallel in one word or vector (SwarDigits.h); NarrowDigits.h and WideDigits.h write with it.
+// 123.456 to 6 digits takes way 1, 2.5 to one digit way 2, 25 to one digit and 0.1 to 20 places way 3, 5e-324 to 30
+// digits way 4.
 //
-// Layout: FloatText.cpp and CvtFormatter.cpp (tqFltToF ..., common narrow texts at once by FastText.h), Dtoa.cpp, and
-// the room format, which takes its digits from here too.
+//   Schubfach     R. Giulietti, "The Schubfach way to render doubles" (2020): one product with a 128-bit power of ten
+//                 (PowersOfTen.h), scaled so that the interval that reads back holds one or two short decimals. The
+//                 same product, rounded, gives a wanted number of digits.
+//   Steele-White  G. L. Steele, J. L. White, "How to print floating-point numbers accurately" (1990), as improved by
+//                 D. M. Gay, "Correctly rounded binary-decimal and decimal-binary conversions" (1990): digit by digit
+//                 in exact integers (BigInteger.h, WordArithmetic.h).
+//   SWAR          SIMD within a register: sixteen digits become characters, or eight characters a number, all in
+//                 parallel in one word or vector (SwarDigits.h, used by NarrowDigits.h; WideDigits.h has tables).
 //
-//                         text to double: StrToD.cpp, and the scanner of the room format
-//   1 up to 19 digits       EiselLemire.h
-//   2 more digits           HalfwayComparison.h: EiselLemire for the first 19, once as they are and once with one more
-//   in
-//                           the last place; the same double from both is the answer
-//   3 undecided             HalfwayComparison.cpp: text and halfway value as big integers; 9007199254740993 with 30
-//                           zeros and a 1 after it takes this way
+// Who lays digits out: Dtoa.cpp; FloatText.cpp with FastText.h (everyday numbers, narrow) and CvtFormatter.cpp; the
+// room format with NumberText.cpp.
 //
-//   Eisel-Lemire    D. Lemire, "Number parsing at a gigabyte per second" (2021): one product with a 128-bit power of
-//   ten. halfway         W. D. Clinger, "How to read floating point numbers accurately" (1990), and Gay as above: the
-//                   candidate is right unless the text lies beyond the middle between it and the next double.
+// From text to a double: StrToD.cpp, and the scanner of the room format.
+//
+//   1  up to 19 digits  EiselLemire.h: one product with a 128-bit power of ten
+//   2  more digits      HalfwayComparison.h: the same with the first 19 digits as they are and with one more in the
+//   last
+//                       place; the double on which both agree is the answer
+//   3  undecided        HalfwayComparison.cpp: the text and the middle between two doubles as big integers;
+//                       4503599627370496.5 takes this way
+//
+//   Eisel-Lemire  D. Lemire, "Number parsing at a gigabyte per second" (2021).
+//   halfway       W. D. Clinger, "How to read floating point numbers accurately" (1990), and Gay as above: a candidate
+//                 is right unless the text lies beyond the middle between it and the next double.
 
 #include <algorithm>
 #include <climits>

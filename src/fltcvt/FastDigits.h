@@ -55,7 +55,7 @@ inline bool tryPlaces(double v, int places, Rule rule, std::uint64_t limit, char
     std::uint64_t digits = 0;
     if (!tryRoundedAt<kScaling<kEffort>>(v, places, rule, digits) || digits >= limit)
         return false;
-    if (digits == 0) {
+    if (digits == 0) { // 0.001 to 2 places
         layout = {0, -places};
         return true;
     }
@@ -68,7 +68,7 @@ inline bool tryPlaces(double v, int places, Rule rule, std::uint64_t limit, char
 
 template <Effort kEffort>
 inline bool trySignificantOrShorter(double v, int count, char* out, DigitLayout& layout) noexcept {
-    if (count <= kDistinctDigits && !isSubnormal(v))
+    if (count <= kDistinctDigits && !isSubnormal(v)) // 5e-324 to three digits is "5", not "494"
         return trySignificant<kEffort>(v, count, Rule::kToEven, out, layout);
     return tryShortest<kEffort>(v, out, layout) &&
            (layout.count <= count || trySignificant<kEffort>(v, count, Rule::kToEven, out, layout));

@@ -127,7 +127,7 @@ void tqFltToG(char* buf, double d, int nsig, int expChar, int style) {
 wchar_t* tqFltToG(double d, int nsig, int expChar, int style) {
     const int shown = std::max(nsig, 0);
     Digits digits(d, significant(shown));
-    // A single digit with a zero behind its point needs the room of two.
+    // A single digit with a zero after its point needs the room of two.
     constexpr int kLeastPoint = 5;
     wchar_t* const text =
         newText(std::int64_t{std::max(digits.point, kLeastPoint)} + std::max(shown, 1) + digits.count + 3);

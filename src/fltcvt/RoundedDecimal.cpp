@@ -10,8 +10,9 @@ namespace tq::detail {
 
 namespace {
 
-// Rounded to one digit more than is kept: whatever a later place rounds to, it changes the digits kept only by a carry
-// that begins with this digit. So its being 0, as in 0.1 to 20 places, decides nothing.
+// Of more than seventeen digits, by the first seventeen rounded. Rounding at a later place instead moves the number by
+// less than a unit of the seventeenth digit, so the sixteen that are kept stay the same, unless the seventeenth is 0:
+// 0.1 to 20 places is undecided here.
 bool tryCut(double v, RoundedDecimal& result) noexcept {
     constexpr int kOneMore = RoundedDecimal::kMaxCount + 1;
     std::uint64_t digits = 0;
@@ -22,7 +23,7 @@ bool tryCut(double v, RoundedDecimal& result) noexcept {
     return true;
 }
 
-// Up to seventeen digits, of which the last is cut.
+// Up to seventeen digits, the last of which is then cut.
 bool tryFew(double v, DigitRequest request, RoundedDecimal& result) noexcept {
     if (request.kind == DigitRequest::kSignificant) {
         int exponent = 0;
@@ -71,6 +72,7 @@ bool isBeyondSeventeenDigits(double v, DigitRequest request) noexcept {
 } // namespace
 
 RoundedDecimal roundedDecimal(double v, DigitRequest request) noexcept {
+    assert(isFinite(v) && bitsOf(v) < kInfinityBits);
     assert(request.kind != DigitRequest::kShortest && request.rule != Rule::kOrShorter);
     RoundedDecimal result{};
     return bitsOf(v) != 0 && tryFew(v, request, result) ? result : roundedManyDigits(v, request);

@@ -57,11 +57,11 @@ struct Rounded {
 /// How a scaled number is rounded: v * 10^power, to the nearest integer. Not known when that has more than 57 bits.
 using Scaling = Rounded(Normalised v, int power, Rule rule) noexcept;
 
-/// By all 128 bits of the power. Not known only for ties whose power is not exact: 2.5e22 to one digit, and 1 in 2^64
-/// others.
+/// By all 128 bits of the power. Not known only for ties whose power is not exact, such as 25 to one digit, and for 1
+/// in 2^64 other numbers.
 Scaling roundedByAllBits;
 
-/// By the upper half of the power: known nearly always, but for no tie.
+/// By the upper half of the power: known nearly always, but never for ties.
 inline Rounded roundedByUpperHalf(Normalised v, int power, Rule) noexcept {
     const PowerOfTen& scale = powerOfTen(power);
     // `high` has 63 bits, scaled by 2^shift. Against the exact product it is at most a trace too large, because the
@@ -89,7 +89,7 @@ struct SeventeenDigits {
 };
 
 /// The shortest decimal that reads back to `v`, finite and above 0; of several the one closest to `v`. Returns false,
-/// with `out` unspecified, when 64 bits of the fraction do not decide (9007199254740993e3), for powers of two, whose
+/// with `out` unspecified, when 64 bits of the fraction do not decide (18014398509482028), for powers of two, whose
 /// interval is not symmetrical, and for subnormals, which may have few digits.
 inline bool tryShortestDigits(double v, SeventeenDigits& out) noexcept {
     // Fractions below are in units of 2^-kUnitBits; they are off by less than two of them.
@@ -120,7 +120,7 @@ inline bool tryShortestDigits(double v, SeventeenDigits& out) noexcept {
     const std::uint64_t isTens = isNextTens | (rest < half ? 1 : 0);
     const std::uint64_t upper = tens + isNextTens;
     const std::uint64_t last = (ones + (product.middle() >> 63)) & (isTens - 1);
-    const std::uint64_t isSixteen = (upper - kSmallPowersOfTen[15]) >> 63; // digits in all
+    const std::uint64_t isSixteen = (upper - smallPowerOfTen(15)) >> 63; // digits in all
     out.sixteen = upper + ((9 * upper + last) & (0 - isSixteen));
     out.last = static_cast<unsigned>(last & (isSixteen - 1));
     out.point = k + 17 - static_cast<int>(isSixteen);

@@ -47,7 +47,7 @@ DigitRun<Char> readDigits(const Char* p, std::uint64_t value) {
     return {p, value};
 }
 
-// The same without branches for the number of digits: best where that is as good as random, as behind the point.
+// The same without branches for the number of digits: best where that cannot be predicted, as after the point.
 template <class Char>
 [[gnu::always_inline]] inline DigitRun<Char> readFraction(const Char* p, std::uint64_t value) {
     for (; EightCharacters::mayStartAt(p); p += EightCharacters::kCount) {
@@ -61,7 +61,7 @@ template <class Char>
     return readDigits(p, value);
 }
 
-// The exponent behind `p`, which is at its "e"; moves `p` behind it when it has digits.
+// The exponent whose "e" is at `p`; steps past it when it has digits.
 template <class Char>
 std::int64_t readExponent(const Char*& p) {
     const Char* q = p + 1;
@@ -89,6 +89,7 @@ double signedDouble(std::uint64_t bits, std::uint64_t signBit) {
     return std::bit_cast<double>(bits | signBit);
 }
 
+// Zeros, more than 19 digits, and what they do not decide: 4503599627370496.5.
 template <class Char>
 [[gnu::noinline]] double readUncommon(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent,
                                       std::uint64_t signBit) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <climits>
 #include <cmath>
 
@@ -34,7 +35,7 @@ double reduceToOneTurn(double angle) {
     double reduced = std::fabs(angle) < kTwoPi ? angle : std::fmod(angle, kTwoPi);
     if (reduced < 0)
         reduced += kTwoPi;
-    // A tiny negative angle vanishes in the sum.
+    // A tiny negative angle, such as -1e-20, vanishes in the sum.
     return reduced >= kTwoPi ? 0 : reduced;
 }
 
@@ -72,7 +73,7 @@ public:
     void writeDegrees(double& angle) {
         wchar_t* const start = m_writer.here();
         m_writer.putFixed(angle * kDegreesPerRadian, shownDecimals());
-        // Meant for 359.99999; it also takes every text of more degrees that begins so. Callers rely on it.
+        // Meant for 359.99999; every larger angle whose digits begin so is taken too: 3600 degrees. Callers rely on it.
         const std::wstring_view text = m_writer.from(start);
         if (text.size() >= 3 && text[0] == L'3' && text[1] == L'6' && text[2] == L'0') {
             angle = 0;
@@ -89,7 +90,7 @@ public:
     }
 
     void writeDegreesMinutesSeconds(double& angle) {
-        // Finite in radians, but not in degrees.
+        // Finite in radians, but not in degrees: 1e308.
         if (!std::isfinite(angle * kDegreesPerRadian)) {
             m_writer.putFixed(angle * kDegreesPerRadian, 0);
             return;
@@ -207,6 +208,7 @@ void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& 
 }
 
 void getAngleOrient(double& angle, wchar_t& first, wchar_t& second) {
+    assert(angle >= 0 && angle < kTwoPi);
     const bool north = angle >= 0 && angle < kPi;
     first = north ? L'N' : L'S';
     angle -= north ? kHalfPi : kThreeHalvesPi;
@@ -218,6 +220,7 @@ void getAngleOrient(double& angle, wchar_t& first, wchar_t& second) {
 
 void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int& degrees, int& minutes,
                            double& seconds, int& usedPrecision) {
+    assert(angle >= 0);
     usedPrecision = std::min(std::max(precision, 0), precisionForLength(maxLength));
     angle *= kDegreesPerRadian;
     // Whole degrees are an int: what has more of them is shown within one turn.
@@ -231,8 +234,8 @@ void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int
     const double shownMinutes = (angle - degrees) * 60;
     minutes = static_cast<int>(shownMinutes);
     seconds = (shownMinutes - minutes) * 60;
-    // The tolerance is ten seconds, not half a one, at the coarsest precision that shows seconds: 50" and more become a
-    // minute there. Callers rely on it.
+    // At precision 3, which shows whole seconds first, the tolerance is ten seconds instead of half a second: 50" and
+    // more become a minute. Callers rely on it.
     if (usedPrecision >= kSecondsPrecision && 60 - seconds <= carryTolerance(usedPrecision)) {
         seconds = 0;
         ++minutes;

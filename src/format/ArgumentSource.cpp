@@ -3,6 +3,7 @@
 #include <TqOsBase/memory/Allocation.h>
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cwchar>
 
@@ -74,6 +75,7 @@ void ParameterArray::release() {
 }
 
 bool ParameterArray::allocate(int count) {
+    assert(count > 0 && m_data == nullptr);
     m_data = static_cast<FormatParameters*>(tqMalloc(static_cast<std::size_t>(count) * sizeof(FormatParameters)));
     m_count = m_data != nullptr ? count : 0;
     return m_data != nullptr;

@@ -34,13 +34,13 @@ private:
     int m_count = 0;
 };
 
-/// Where a call takes its arguments from: the parameter of a number in a format with positions, else the next one. A
-/// parameter that was collected as another kind counts as zero, null or 0.0; integers may differ in size.
+/// Where a call takes its arguments from: in a format with positions the collected parameter of a number, else the next
+/// argument. A parameter that was collected as another kind counts as 0, null or 0.0; integers may differ in size.
 class ArgumentSource {
 public:
     explicit ArgumentSource(va_list args) : m_cursor(args) {}
 
-    /// Switches over to positions when the format has any. False when the array of parameters cannot be had.
+    /// Collects the parameters when the format has positions. False when there is no memory for them.
     bool collect(const wchar_t* format, va_list args) {
         // A dollar sign is what makes a position; most formats are short and have none.
         const wchar_t* p = format;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cwchar>
 
@@ -36,7 +37,7 @@ public:
             feet = static_cast<std::int64_t>(length / kInchesPerFoot);
             // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
             inches = length - kInchesPerFoot * static_cast<double>(feet);
-            // The quotient was rounded up to a whole number, as the processor's mode may have it.
+            // The quotient was rounded up to a whole number: 83.99999999999999 where the processor rounds upward.
             if (inches < 0) [[unlikely]]
                 inches = length - kInchesPerFoot * static_cast<double>(--feet);
         }
@@ -59,7 +60,7 @@ public:
 private:
     bool showsFeet() const { return m_unitMode != kLinearFractional; }
 
-    // False when rounding makes 12 inches of less, which are one foot more.
+    // False when rounding makes 12 inches of less, which are one foot more: 11.99 to sixteenths.
     bool tryWrite(std::int64_t feet, double inches) {
         m_wroteFeet = showsFeet() && (feet != 0 || (m_flags & kQFlagSuppressZeroFeet) == 0);
         if (m_wroteFeet) {
@@ -88,7 +89,7 @@ private:
         auto wholeInches = static_cast<std::int64_t>(inches);
         const double fraction = inches - static_cast<double>(wholeInches);
         int power = std::min(m_precision, kMaxDenominatorPower);
-        // By its doubled integer part, because a sum with one half would itself be rounded.
+        // One half is added to the doubled integer part, because a sum of doubles would itself be rounded.
         const double doubled = fraction * static_cast<double>(std::int64_t{2} << power);
         std::int64_t numerator = (static_cast<std::int64_t>(doubled) + 1) / 2;
         if (numerator == std::int64_t{1} << power) {
@@ -155,6 +156,7 @@ bool isFeetAndInches(int unitMode) {
 } // namespace
 
 void formatLength(UnitWriter& writer, int unitMode, int precision, double value, int flags, unsigned maxLength) {
+    assert(!(value < 0));
     wchar_t* const start = writer.here();
     unsigned length = 0;
     // A comparison that infinity and NaN pass too.
@@ -214,6 +216,7 @@ void delPrefixSurfixZero(int flags, wchar_t* text) {
 
 unsigned doFormatQModeInchUnitInte(tq::detail::UnitWriter& writer, int unitMode, double inches, int flags,
                                    int precision) {
+    assert(inches >= 0 && inches <= tq::detail::kLargestInInches);
     tq::detail::InchText text(writer, unitMode, flags, precision);
     text.write(inches);
     writer.endAt(text.end());

@@ -6,8 +6,8 @@
 inline constexpr unsigned kStackedFractionLength = 9999;
 
 /// Zero suppression (kQFlagSuppressTrailingZeros, then kQFlagSuppressLeadingZero) in place. Trailing zeros are stripped
-/// before the degree escape, or before one letter or inch mark at the end, then one point. Whoever calls it makes sure
-/// that there is a point: "100" would become "1".
+/// before the degree escape, or before one letter or inch mark at the end, then one point. The caller makes sure that
+/// the text has a point: "100" would become "1".
 void delPrefixSurfixZero(int flags, wchar_t* text);
 
 /// Appends a length of `inches`, from 0 to 1.19999e11, in engineering, architectural or fractional units. `precision`

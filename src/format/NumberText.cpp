@@ -6,6 +6,7 @@
 #include <TqOsBase/format/OutputWithFormat.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdlib>
 #include <string_view>
@@ -42,6 +43,7 @@ int tryWriteFixed(wchar_t* out, bool negative, double magnitude, int decimals, b
 } // namespace
 
 int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int decimals) {
+    assert(decimals >= 0 && value.count <= RoundedDecimal::kMaxCount);
     wchar_t digits[RoundedDecimal::kMaxCount];
     writeDigits(digits, value.digits, value.count);
     wchar_t* p = out;
@@ -60,7 +62,7 @@ int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int dec
         putDigits(std::min(value.point, room()));
     else
         *p++ = L'0';
-    // A point at the limit would be the last character.
+    // A point at the limit would be the last character: 1e123 to one place.
     decimals = std::min(decimals, room() - 1);
     if (decimals > 0) {
         *p++ = L'.';
@@ -72,6 +74,7 @@ int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int dec
 }
 
 int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
+    assert(decimals >= 0);
     const double magnitude = std::fabs(value);
     if (const int length = tryWriteFixed(out, isBelowZero(value), magnitude, decimals, plus); length > 0)
         return length;
@@ -93,6 +96,7 @@ int writeFixed(wchar_t* out, double value, int decimals, bool plus) {
 }
 
 int writeScientific(wchar_t* out, double value, int decimals) {
+    assert(decimals >= 0);
     if (!std::isfinite(value))
         return writeNotFinite(out, value);
     decimals = std::min(decimals, kMaxPrecision);
@@ -102,7 +106,7 @@ int writeScientific(wchar_t* out, double value, int decimals) {
         rounded = roundedDecimal(magnitude, {DigitRequest::kSignificant, Rule::kAwayFromZero, decimals + 1});
     *out = L'-';
     wchar_t* p = out + (isBelowZero(value) ? 1 : 0);
-    // Of the digits, the first one moves in front of the point.
+    // The first digit moves to before the point.
     writeDigits(p + 1, rounded.digits, rounded.count);
     p[0] = rounded.count > 0 ? p[1] : L'0';
     p[1] = L'.';
@@ -139,8 +143,8 @@ int writeNotFinite(wchar_t* out, double value) {
 
 unsigned formatScienceDoubleUtil(double value, wchar_t letter, int precision, bool plus, wchar_t* text) {
     const int decimals = std::min(precision, tq::detail::kMaxPrecision);
-    // Bits compare as magnitudes do, and tell subnormals from 0 where the processor does not. No double lies between
-    // 10^-4 and its nearest one, so that the comparison is exact.
+    // Bits compare as magnitudes do, and tell subnormals from 0 also where the processor's mode does not. 1e-4 is no
+    // double, but there is none between it and the nearest one, so the comparison is exact.
     const std::uint64_t magnitude = tq::detail::bitsOf(value) & ~tq::detail::kSignBit;
     constexpr std::uint64_t kSmallest = tq::detail::bitsOf(1e-4);
     constexpr std::uint64_t kLimit = tq::detail::bitsOf(1e5);

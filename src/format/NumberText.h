@@ -19,7 +19,7 @@ int writeFixed(wchar_t* out, bool negative, const RoundedDecimal& value, int dec
 /// before what has no minus sign and is a number. Room for kNumberRoom characters; no terminator.
 int writeFixed(wchar_t* out, double value, int decimals, bool plus);
 
-/// "%.*e" of any double: as above, with an exponent of three digits and never a "+" in front.
+/// "%.*e" of any double: as above, with an exponent of three digits and never a "+" before it.
 int writeScientific(wchar_t* out, double value, int decimals);
 
 /// Makes the three digits of the exponent that end a scientific text two: E+005 becomes E+05, and any exponent that

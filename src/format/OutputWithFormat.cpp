@@ -79,7 +79,7 @@ public:
         return putPadded(count, L' ', [&] { return m_output.putNumber(count, write); });
     }
 
-    // Where nothing will have to stand in front and there is room for anything.
+    // Where nothing will stand before the number and there is room for any.
     bool takesDoubleInPlace() const { return (m_width == 0 || isLeftJustified()) && m_output.room() >= kDoubleRoom; }
 
     bool putDoubleAside(const ShownDouble& shown) {

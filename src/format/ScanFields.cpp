@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <limits>
 
 namespace {
@@ -34,6 +35,7 @@ public:
     }
     bool take(std::int32_t c) { return take(c, c); }
     void take() {
+        assert(m_width > 0);
         m_source.advance();
         --m_width;
     }
@@ -111,7 +113,7 @@ Unsigned saturate(const Integer& integer, const IntegerField& field) {
     return static_cast<Unsigned>(std::min(integer.magnitude, limit));
 }
 
-// Appends the digits at the look-ahead to `value`, which tells them while they are no more than kSafeDigits.
+// Appends the digits at the look-ahead to `value`, which overflows when they are more than kSafeDigits.
 void readDecimals(FieldReader& reader, std::uint64_t& value) {
     for (int digit = reader.digit(10); digit >= 0; digit = reader.digit(10)) {
         value = value * 10 + static_cast<unsigned>(digit);
@@ -119,7 +121,7 @@ void readDecimals(FieldReader& reader, std::uint64_t& value) {
     }
 }
 
-// The double nearest to the digits; `value` is their number while they are no more than kSafeDigits.
+// The double nearest to the digits; `value` is what they make when they are no more than kSafeDigits.
 double nearestTo(const DigitSpan<wchar_t>& span, std::uint64_t value) {
     if (span.isZero())
         return 0;
@@ -146,14 +148,14 @@ std::int64_t readExponent(FieldReader& reader) {
 // The float nearest to a double of 0 or more, ties to even; on its bits, because the processor's own conversion follows
 // the thread's rounding mode.
 float nearestFloat(double magnitude) {
-    constexpr int kLessBits = 29;      // a float has so many less
+    constexpr int kLessBits = 29;      // a float has so many bits fewer
     constexpr int kMinExponent = -149; // a subnormal float is a multiple of 2^kMinExponent
     constexpr int kFloatFractionBits = 23;
     constexpr std::uint64_t kFloatInfinityBits = 0x7F800000;
     const tq::detail::DoubleParts parts(magnitude);
     const int exponent = std::max(parts.exponent + kLessBits, kMinExponent);
     const int drop = exponent - parts.exponent;
-    if (drop > tq::detail::kFractionBits + 2)
+    if (drop > tq::detail::kFractionBits + 2) // 1e-60
         return 0;
     const std::uint64_t kept = parts.significand >> drop;
     const std::uint64_t half = std::uint64_t{1} << (drop - 1);

@@ -13,15 +13,15 @@ enum class StoreSize : std::uint8_t { kShort, kInt, kLong };
 struct IntegerField {
     unsigned base;      ///< 0: as the prefix says
     bool isUnsigned;    ///< takes no sign, is stored unsigned
-    bool wrapsNegative; ///< the letter's digits are those of bits: the range reaches to the unsigned limit
+    bool wrapsNegative; ///< for octal, hexadecimal and binary letters: positive numbers up to the unsigned limit fit
     StoreSize store;
 };
 
 } // namespace tq::detail
 
-// Each reads one field of at most `width` characters at the look-ahead and, when `assign` says so, stores it through
-// the next pointer of `arguments` and counts it in `assigned`. True ends the scan: the field had no character that
-// fits.
+// Each reads one field of at most `width` characters from the look-ahead on. With `assign` it is stored through the
+// next pointer of `arguments` and counted in `assigned`. The result is true when the scan is to end, because the field
+// had no character that fits.
 
 /// A number beyond the stored type is stored as the type's limit.
 bool scanfIntegerFromBuf(const tq::detail::IntegerField& field, unsigned width, ScanfSourceBuf& source, bool assign,
@@ -35,7 +35,7 @@ bool scanfDoubleFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, boo
 bool scanfStringFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::platform::ArgumentCursor& arguments,
                         int& assigned);
 
-/// `width` characters of any kind, stored without a terminator. Fewer are left when the source ends first: that ends
-/// the scan too, though what was read counts as assigned.
+/// `width` characters of any kind, stored without a terminator. When the source ends before, the scan ends too; what
+/// was read counts as assigned.
 bool scanfCharFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::platform::ArgumentCursor& arguments,
                       int& assigned);

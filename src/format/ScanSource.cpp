@@ -2,6 +2,8 @@
 
 #include "platform/CharacterClass.h"
 
+#include <cassert>
+
 ScanfSourceBuf::ScanfSourceBuf(const wchar_t* text, bool isStream)
     : fromStream(isStream), seenInput(false), current(0), consumed(0), position(text) {
     if (!fromStream)
@@ -25,6 +27,7 @@ void ScanfSourceBuf::advance() {
 }
 
 void ScanfSourceBuf::stepBack() {
+    assert(consumed > 0);
     if (!atEnd())
         --position;
     --consumed;

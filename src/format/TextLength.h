@@ -15,11 +15,11 @@ namespace tq::detail {
 
 #if defined(__SSE2__)
 
-/// What textLength looks at together, so that short lengths, which are as good as random, take no branch.
+/// Characters that textLength looks at together, so that there is no branch on short lengths, which cannot be
+/// predicted.
 inline constexpr std::size_t kWindow = 32;
 
-/// Which of the characters from `text` on are 0, the first one in the lowest bit. They are read behind the end of the
-/// text too.
+/// Which of the characters from `text` on are 0, the first one in the lowest bit. Reads beyond the end of the text.
 inline std::uint32_t zerosInWindow(const wchar_t* text) {
     const auto* const vectors = reinterpret_cast<const __m128i*>(text);
     const __m128i zero = _mm_setzero_si128();
@@ -34,7 +34,7 @@ inline std::uint32_t zerosInWindow(const wchar_t* text) {
 
 #endif
 
-/// std::wcslen, the faster the likelier the text is short.
+/// std::wcslen, faster for short texts.
 inline std::size_t textLength(const wchar_t* text) {
 #if defined(__SSE2__)
     if (platform::mayReadBehind(text, kWindow * sizeof(wchar_t))) [[likely]] {

@@ -43,7 +43,10 @@ public:
         m_cursor += shortenExponent(m_cursor, writeScientific(m_cursor, value, decimals));
     }
     /// Ends the text at `at`, a place in it.
-    void endAt(wchar_t* at) { m_cursor = at; }
+    void endAt(wchar_t* at) {
+        assert(at >= m_begin && at < m_begin + kUnitRoom);
+        m_cursor = at;
+    }
     void terminate() { *m_cursor = L'\0'; }
 
     wchar_t* here() const { return m_cursor; }

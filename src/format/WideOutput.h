@@ -3,6 +3,7 @@
 #include "fltcvt/WideDigits.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,10 +14,12 @@ inline constexpr int kWorkBufferSize = 2048;
 
 namespace tq::detail {
 
-/// The caller's buffer. Each text is refused when it would leave no place for the 0, and is whole or nothing.
+/// The caller's buffer. A text is written whole, or refused when it would leave no place for the terminating 0.
 class WideOutput {
 public:
-    WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {}
+    WideOutput(wchar_t* begin, int capacity) : m_begin(begin), m_cursor(begin), m_last(begin + capacity - 1) {
+        assert(capacity >= 1);
+    }
 
     /// Copies up to the next `%` or the end of the text, where `text` is left.
     bool putLiteral(const wchar_t*& text) {
@@ -30,7 +33,7 @@ public:
         return true;
     }
 
-    /// Text that stands in its place already is not copied.
+    /// A text that already stands at cursor() is not copied.
     bool put(const wchar_t* text, std::size_t count) {
         if (count > room())
             return false;
@@ -40,10 +43,11 @@ public:
         return true;
     }
 
-    /// `write` writes that many characters, below kWorkBufferSize, to the place that it is given, and may change
-    /// kDigitsAtOnce more.
+    /// Calls `write` with the place for its `count` characters (fewer than kWorkBufferSize); it may change
+    /// kDigitsAtOnce more after them.
     template <class Write>
     bool putNumber(std::size_t count, Write write) {
+        assert(count < kWorkBufferSize);
         if (count > room())
             return false;
         if (room() - count >= kDigitsAtOnce) [[likely]]
@@ -54,7 +58,7 @@ public:
         return true;
     }
 
-    /// Runs that fit stay when a later one does not.
+    /// Writes in runs of 30. Runs that fit stay when a later one does not.
     bool fill(wchar_t c, unsigned count) {
         constexpr unsigned kRun = 30;
         while (count > 0) {
@@ -77,8 +81,9 @@ public:
     int written() const { return static_cast<int>(m_cursor - m_begin); }
 
 private:
-    // Names and short texts by blocks that overlap: how many are needed is as good as random, so that all are copied.
-    // All are read before the first is written, because the text may lie in the buffer.
+    // Short texts are copied in eight blocks, whatever their length: the length cannot be predicted, and a loop over as
+    // many blocks as it needs would be mispredicted. Blocks past the end are moved back to the last full one, so that
+    // they overlap. All are read before the first is written, because the text may lie in the buffer.
     static void copy(wchar_t* out, const wchar_t* text, std::size_t count) {
         struct Block {
             std::uint64_t halves[2];
@@ -97,7 +102,7 @@ private:
             std::memcpy(out + place(i), &blocks[i], sizeof(Block));
     }
 
-    // Not a member function: the cursor stays in a register.
+    // Static, so that the cursor can stay in a register.
     template <class Write>
     [[gnu::noinline]] static void writeAside(wchar_t* cursor, std::size_t count, Write write) {
         wchar_t text[kWorkBufferSize + kDigitsAtOnce];

@@ -122,7 +122,7 @@ std::string printed(const char* format, int count, double v) {
     if (mark == std::string::npos)
         return result;
     if (format[3] == 'e' && count == 0)
-        result.insert(mark, "."); // also without digits behind it
+        result.insert(mark, "."); // also without digits after it
     const std::size_t digits = result.find('e') + 2;
     if (result.size() - digits < 3)
         result.insert(digits, "0");
@@ -145,7 +145,7 @@ TEST(FloatText, AgreesWithTheCLibrary) {
             }
 }
 
-// The shortest digits with zeros behind them read back.
+// The shortest digits with zeros after them read back.
 TEST(FloatText, FixedNotationReadsBack) {
     for (const double v : number_test::vectors(1000)) {
         const std::string fixed = text(-v, {'f', 345, 0});

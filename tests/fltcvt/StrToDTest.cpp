@@ -26,7 +26,7 @@ std::ostream& operator<<(std::ostream& out, const Read& read) {
     return out << std::bit_cast<double>(read.bits) << " used " << read.used << " errno " << read.error;
 }
 
-// Each text ends at memory that cannot be touched; the same with more digits behind its terminator reads alike.
+// Each text ends at memory that cannot be touched; the same with more digits after its terminator reads alike.
 template <class Char>
 Read read(const std::string& text) {
     static reference::GuardedBuffer<Char> buffer(70000);

@@ -1,5 +1,6 @@
 // The directive grammar of the output engine, its padding, its failures, and arguments by position.
 
+#include "format/Directive.h"
 #include "format/FormatProbe.h"
 #include "reference/GuardedBuffer.h"
 
@@ -15,6 +16,13 @@ namespace {
 
 using probe::format;
 using probe::widen;
+
+// The grammar also reads formats at compile time.
+constexpr tq::detail::Directive directiveOf(const wchar_t* p) {
+    return tq::detail::parseDirective(p, true);
+}
+static_assert(directiveOf(L"3$+-08.*2$ld").position == 3 && directiveOf(L"3$+-08.*2$ld").width.value == 8);
+static_assert(directiveOf(L"3$+-08.*2$ld").precision.isArgument && directiveOf(L"3$+-08.*2$ld").kind->base == 10);
 
 std::wstring digitsIn(unsigned long long value, unsigned base) {
     std::wstring text;
@@ -37,11 +45,11 @@ std::wstring padded(std::wstring text, int width, bool left, bool zero, bool num
     const auto missing = static_cast<std::size_t>(std::max(width - static_cast<int>(text.size()), 0));
     if (left)
         return text + std::wstring(missing, L' ');
-    const bool behindSign = zero && numeric && !text.empty() && (text[0] == L'-' || text[0] == L'+');
-    return text.insert(behindSign ? 1 : 0, missing, zero ? L'0' : L' ');
+    const bool afterSign = zero && numeric && !text.empty() && (text[0] == L'-' || text[0] == L'+');
+    return text.insert(afterSign ? 1 : 0, missing, zero ? L'0' : L' ');
 }
 
-// Formats into a buffer of exactly `capacity` characters in front of a page that cannot be touched.
+// Formats into a buffer of exactly `capacity` characters before a page that cannot be touched.
 struct Attempt {
     int result;
     std::wstring text;
@@ -134,7 +142,7 @@ TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) 
     }
 }
 
-// In place, where digits may be written behind the text, and at the end of a page, where they may not.
+// In place, where digits may be written after the text, and at the end of a page, where they may not.
 TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
     reference::GuardedBuffer<wchar_t> guarded(256);
     const auto expectBoth = [&guarded](const std::wstring& wanted, const wchar_t* directive, auto... arguments) {
@@ -166,7 +174,7 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
         std::wstring text;
         while (text.size() < length)
             text += static_cast<wchar_t>(1 + (0xFFFF00 >> random() % 25));
-        // At the end of a page, and with more text and further ends behind.
+        // At the end of a page, and with more text and further ends after it.
         expectBoth(text, L"%s", source.place(text.c_str(), length + 1));
         const std::wstring followed = text + L'\0' + text + L'\0' + std::wstring(80, L'#');
         expectBoth(text, L"%s", followed.c_str());

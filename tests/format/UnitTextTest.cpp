@@ -211,7 +211,7 @@ TEST_F(UnitText, ChoosesThePairOfModeAndPrecision) {
     EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.25");
     units.linearUnitMode = kLinearEngineering;
     EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.2500");
-    // As digits behind the letter; from 4 on only the sign is written.
+    // As digits after the letter; from 4 on only the sign is written.
     EXPECT_EQ(probe::format(L"%.9q0|%.9Q1|%q4|%q9|%q", 2.5, -6.0, -3.0, 3.0), L"2.5E+00|-6.00E+00|-||");
 }
 
@@ -381,7 +381,7 @@ TEST_F(UnitText, StaysInsideABufferOfAnySize) {
     EXPECT_EQ(untouched, L'#');
 }
 
-TEST_F(UnitText, ZerosAreStrippedAroundWhatStandsBehindThem) {
+TEST_F(UnitText, ZerosAreStrippedAroundWhatFollowsThem) {
     const struct {
         int flags;
         const wchar_t* text;
