@@ -20,7 +20,8 @@ constexpr int kStep = 16;
 constexpr std::uint64_t kStepFactor = smallPowerOfTen(kStep);
 
 struct ExactFixedPoint {
-    UInt128 integer = 0;
+    std::uint64_t integer = 0; ///< Times 2^shift.
+    int shift = 0;
     std::uint64_t fraction = 0; ///< Multiple of 2^-bits, at first an odd one or 0.
     int bits = 0;
 
@@ -30,7 +31,8 @@ struct ExactFixedPoint {
         const std::uint64_t odd = parts.significand >> zeros;
         const int exponent = parts.exponent + zeros;
         if (exponent >= 0) {
-            integer = UInt128{odd} << (exponent & 127);
+            integer = odd;
+            shift = exponent;
             return exponent + static_cast<int>(std::bit_width(odd)) <= 128;
         }
         if (exponent < -kMaxFractionBits)
@@ -78,7 +80,8 @@ bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout&
     ExactFixedPoint number;
     if (request.kind == DigitRequest::kShortest || !number.tryFrom(v))
         return false;
-    char* end = writeLargeInteger(out, number.integer);
+    char* end = number.shift == 0 ? writeInteger(out, number.integer)
+                                  : writeLargeInteger(out, UInt128{number.integer} << number.shift);
     layout.point = static_cast<int>(end - out);
     while (number.fraction != 0 && (end == out || end - out <= wantedDigits(request, layout.point))) {
         number.writeStep(end);

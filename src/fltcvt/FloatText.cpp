@@ -16,6 +16,7 @@ namespace {
 using tq::detail::CvtFormatter;
 using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
+using tq::detail::FastText;
 using tq::detail::Rule;
 
 constexpr int kPointOfNoNumber = 9999;
@@ -90,7 +91,7 @@ int digitsOfE(int nfrac) {
 
 void tqFltToF(char* buf, double d, int nfrac) {
     const int places = std::max(nfrac, 0);
-    if (!tq::detail::tryFastF(buf, d, places)) [[unlikely]]
+    if (!FastText::tryF(buf, d, places)) [[unlikely]]
         writeF(buf, d, places);
 }
 
@@ -105,7 +106,7 @@ wchar_t* tqFltToF(double d, int nfrac) {
 
 void tqFltToE(char* buf, double d, int nfrac, int expChar) {
     const int places = std::max(nfrac, 0);
-    if (!tq::detail::tryFastE(buf, d, places, expChar)) [[unlikely]]
+    if (!FastText::tryE(buf, d, places, expChar)) [[unlikely]]
         writeE(buf, d, places, expChar);
 }
 
@@ -120,7 +121,7 @@ wchar_t* tqFltToE(double d, int nfrac, int expChar) {
 
 void tqFltToG(char* buf, double d, int nsig, int expChar, int style) {
     const int shown = std::max(nsig, 0);
-    if (!tq::detail::tryFastG(buf, d, shown, style)) [[unlikely]]
+    if (!FastText::tryG(buf, d, shown, style)) [[unlikely]]
         writeG(buf, d, shown, expChar, style);
 }
 

@@ -54,20 +54,6 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
     }
 }
 
-TEST(NumberText, AgreesWithTheCLibraryWhereThereAreNoHalves) {
-    std::mt19937_64 random(13);
-    for (int i = 0; i < 20000; ++i) {
-        const double value = static_cast<double>(static_cast<std::int64_t>(random())) / 0x1p44;
-        char text[64];
-        std::snprintf(text, sizeof text, "%.7f", value);
-        ASSERT_EQ(format(L"%.7f", value), widen(text));
-        std::snprintf(text, sizeof text, "%.9e", value);
-        std::string scientific(text);
-        scientific.replace(scientific.find('e'), 2, std::string("E") + scientific[scientific.find('e') + 1] + "0");
-        ASSERT_EQ(format(L"%.9e", value), widen(scientific));
-    }
-}
-
 TEST(NumberText, GeneralFormIsFixedForSmallExponentsAndKeepsItsZeros) {
     const struct {
         const wchar_t* format;
