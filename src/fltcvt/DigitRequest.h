@@ -52,11 +52,11 @@
 
 namespace tq::detail {
 
-/// How digits are chosen: rounded to nearest, and a number exactly halfway between two results
+/// How digits are chosen. All round to nearest; they differ in ties, numbers exactly halfway between two results.
 enum class Rule : std::uint8_t {
-    kToEven,       ///< becomes the one whose last digit is even,
-    kAwayFromZero, ///< becomes the larger one,
-    kOrShorter     ///< as kToEven; but the shortest digits instead, where those are not more than the wanted ones.
+    kToEven,       ///< Ties go to the even last digit.
+    kAwayFromZero, ///< Ties go to the larger result.
+    kOrShorter     ///< As kToEven; but the shortest digits instead, where those are not more than the wanted ones.
 };
 
 /// Which digits of a number are wanted.

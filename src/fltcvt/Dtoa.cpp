@@ -47,7 +47,8 @@ char* specialText(double d, int* decpt, char** rve) {
     return finish(text, layout.count, rve);
 }
 
-// The block is taken when its digits are known; so what comes after a failure is the last call.
+// The block leaves the free list only when its digits are known. So nothing is left to do after the slower way, which
+// is a tail call.
 [[gnu::always_inline]] inline char* fewDigits(double v, DigitRequest request, int* decpt, char** rve) {
     Bigint* const block = __fcvtAlloc.m_freeLists[0];
     if (block == nullptr) [[unlikely]]
@@ -65,7 +66,7 @@ char* specialText(double d, int* decpt, char** rve) {
     return finish(text, layout.count, rve);
 }
 
-// Apart from the others, which would make it save more registers.
+// Apart from the other modes: inlined beside them it would save more registers.
 [[gnu::noinline]] char* digitsToPlace(double v, int places, int* decpt, char** rve) {
     return fewDigits(v, DigitRequest::ofMode(kToPlace, places), decpt, rve);
 }

@@ -13,8 +13,8 @@ constexpr std::int64_t wantedDigits(DigitRequest request, int point) noexcept {
     return request.kind == DigitRequest::kPlaces ? std::int64_t{request.count} + point : request.count;
 }
 
-/// Adds one in the last place. Nines at the end disappear, as 0 would; where nothing else was, a 1 is left: 9.99 to two
-/// digits becomes 1 with the point one place further.
+/// Adds one in the last place. Nines at the end become zeros, and so disappear; where all were nines, a 1 is left: 9.99
+/// to two digits becomes 1 with the point one place further.
 inline void addOneInLastPlace(char* digits, DigitLayout& layout) noexcept {
     while (layout.count > 0 && digits[layout.count - 1] == '9')
         --layout.count;

@@ -39,7 +39,7 @@ public:
         sum.add(m_above);
         return isInside(sum.compare(m_scale));
     }
-    /// Whether one more in the last place is nearer to v; of two as near the even one. The last question.
+    /// Whether one more in the last place is nearer to v, or as near and even. Nothing can be asked after this.
     bool isNearerAbove(char last) noexcept {
         m_value.shiftLeft(1);
         const int order = m_value.compare(m_scale);
@@ -104,7 +104,8 @@ DigitLayout exactDigits(double v, DigitRequest request, char* out) noexcept {
     DigitSource source(v, withInterval);
     DigitLayout layout{0, source.point()};
     const std::int64_t wanted = isShortest ? kMaxFastDigits : wantedDigits(request, layout.point);
-    // One digit more than wanted, then what is left says how to round; nothing is left after the last one of all.
+    // One digit more than wanted: it says how to round, together with whether anything is left after it. A number with
+    // fewer digits ends before.
     while (layout.count <= wanted && (layout.count == 0 || !source.isExhausted())) {
         const char digit = source.next();
         out[layout.count++] = digit;

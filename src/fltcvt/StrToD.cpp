@@ -19,7 +19,7 @@ using tq::detail::kSafeDigits;
 using tq::detail::kSmallPowersOfTen;
 using tq::detail::ReadResult;
 
-/// Far beyond any exponent that the length of a text could balance, and far from overflow.
+/// Beyond any exponent that the digits of a text could make up for, and far from overflow.
 constexpr std::int64_t kExponentLimit = std::int64_t{1} << 60;
 
 template <class Char>
@@ -38,8 +38,8 @@ struct DigitRun {
     std::uint64_t value;
 };
 
-// Appends the digits at `p` to `value`. The processor guesses how many there are and reads on meanwhile: best where the
-// numbers of a text are alike, as their integer parts mostly are.
+// Appends the digits at `p` to `value`, with a branch for each digit: best where the processor can predict their
+// number, as it mostly can for the integer parts of the numbers of a text.
 template <class Char>
 DigitRun<Char> readDigits(const Char* p, std::uint64_t value) {
     for (unsigned digit; (digit = digitOf(*p)) <= 9; ++p)

@@ -223,7 +223,7 @@ void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int
     assert(angle >= 0);
     usedPrecision = std::min(std::max(precision, 0), precisionForLength(maxLength));
     angle *= kDegreesPerRadian;
-    // Whole degrees are an int: what has more of them is shown within one turn.
+    // Whole degrees are an int; an angle that has more is reduced to one turn.
     if (!(angle < INT_MAX))
         angle = std::fmod(angle, kFullTurn);
     if (usedPrecision == 0)

@@ -141,7 +141,7 @@ int InputWithFormat(bool fromStream, const void* source, const wchar_t* format, 
             p += *p == L'%' ? 2 : 1;
         }
     }
-    // Nothing but white space so far: there may be more of it.
+    // Only white space was read so far; the rest of the text may be white space too.
     if (!buffer.seenInput)
         buffer.skipSpace();
     return buffer.atEnd() && !buffer.seenInput ? -1 : assigned;

@@ -95,7 +95,7 @@ struct IntegerText {
 
 } // namespace tq::detail
 
-/// Fetches the argument of an integer kind. With a precision the text gets a decimal point that many digits from
+/// Fetches the argument of an integer letter. With a precision the text gets a decimal point that many digits from
 /// the right.
 inline tq::detail::IntegerText formatLongUtil(const tq::detail::LetterKind& kind, int number,
                                               tq::detail::ArgumentSource& arguments, bool hasPrecision, int precision) {

@@ -35,7 +35,7 @@ public:
         double inches = length;
         if (showsFeet() && length >= kSmallestWithFeet) {
             feet = static_cast<std::int64_t>(length / kInchesPerFoot);
-            // Exact: both are multiples of the length's last bit, and the difference is the smaller of them.
+            // Exact: both numbers are multiples of the length's last bit, and the difference is smaller than they are.
             inches = length - kInchesPerFoot * static_cast<double>(feet);
             // The quotient was rounded up to a whole number: 83.99999999999999 where the processor rounds upward.
             if (inches < 0) [[unlikely]]
@@ -159,7 +159,7 @@ void formatLength(UnitWriter& writer, int unitMode, int precision, double value,
     assert(!(value < 0));
     wchar_t* const start = writer.here();
     unsigned length = 0;
-    // A comparison that infinity and NaN pass too.
+    // Negated, so that NaN is scientific too.
     const bool scientific =
         unitMode == kLinearScientific || (isFeetAndInches(unitMode) && !(value <= kLargestInInches));
     if (scientific) {

@@ -129,7 +129,8 @@ private:
     unsigned m_flags;
 };
 
-// False, and nothing is taken, for drawing units without a Q mode word.
+// Fetches a double and what decides on its text. False, and no argument is taken, for drawing units without a Q mode
+// word.
 bool fetchDouble(const Directive& directive, int precision, const wchar_t*& p, ArgumentSource& arguments,
                  ShownDouble& shown) {
     shown = {0, directive.letter, 0, precision, (directive.flags & kPlus) != 0};
@@ -145,7 +146,7 @@ bool fetchDouble(const Directive& directive, int precision, const wchar_t*& p, A
 
 // Writes what one directive stands for. `p` is after its letter. False when it does not fit.
 bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*& p, ArgumentSource& arguments) {
-    // A negative width is enormous when read without its sign.
+    // A negative width becomes an enormous one.
     const auto width = static_cast<unsigned>(getIntFromFormatStrOrValist(directive.width, arguments));
     const int precision = getIntFromFormatStrOrValist(directive.precision, arguments);
     DirectiveWriter writer(output, directive, width);

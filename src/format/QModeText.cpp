@@ -77,7 +77,7 @@ void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned
     const int flags = mode >> 8 & 0xFF;
     const UnitPair units = unitPair(qType, flags);
     if (qType == kQTypeAngle || qType == kQTypeRelativeAngle) {
-        // For the two functions called here, which are not inlined.
+        // Both functions called here calculate with doubles. They are not inlined, so that they run in this mode.
         const tq::platform::DefaultFloatMode floatMode;
         double angle = qType == kQTypeAngle ? tq::detail::absoluteAngle(value) : value;
         const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
@@ -129,7 +129,7 @@ void FormatUtil::formatQModeDouble(wchar_t* out, int size, double value, int mod
         tq::detail::formatQMode(out, value, mode, maxLength);
         return;
     }
-    // What a text has to be shortened for is its whole length; only then is it cut.
+    // `maxLength` is compared with the whole text, which is cut to the buffer afterwards.
     wchar_t whole[tq::detail::kUnitRoom];
     const unsigned length = tq::detail::formatQMode(whole, value, mode, maxLength);
     *std::copy_n(whole, std::min(length, static_cast<unsigned>(size) - 1), out) = L'\0';

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Brings a magnitude of 1 or more below 10 as far as one walk through the powers does.
+// One walk through the powers that brings a magnitude of 1 or more down, to below 10 if the powers suffice.
 int scaleDown(long double& magnitude) {
     int exponent = 0;
     const int start = magnitude < g_arrIntegerPows[g_idxThirdOfPowrArr] ? g_idxThirdOfPowrArr : g_lenPowrArray;
@@ -24,7 +24,7 @@ int scaleDown(long double& magnitude) {
     return exponent;
 }
 
-// Brings a magnitude below 1 up, to 0.1 or above.
+// One walk through the powers that brings a magnitude below 1 up, to 0.1 or above if the powers suffice.
 int scaleUp(long double& magnitude) {
     int exponent = 0;
     const int start = magnitude > g_arrDecimalPows[g_idxThirdOfPowrArr] ? g_idxThirdOfPowrArr : g_lenPowrArray;
@@ -79,8 +79,8 @@ int scaleUp(long double& magnitude) {
     return carry;
 }
 
-// The first 16 digits of a mantissa of 0 or more, zeros before them included, the first one before the point; nines
-// from 10 on.
+// The first 16 digits of a mantissa of 0 or more, from the one before its point on, which may be 0. A mantissa of 10 or
+// more gives nines.
 [[gnu::noinline]] std::uint64_t leadingDigits(long double mantissa) {
     std::uint64_t digits = 0;
     for (int i = 0; i < tq::detail::RoundedDecimal::kMaxCount; ++i) {
@@ -91,8 +91,8 @@ int scaleUp(long double& magnitude) {
     return digits;
 }
 
-// Calls a function of extended precision, which must not be inlined, with rounding to nearest. On x86-64 that precision
-// has a mode apart from that of doubles.
+// Calls a function that calculates in extended precision, which must not be inlined, with rounding to nearest. On
+// x86-64 that precision has a rounding mode of its own, apart from that of doubles.
 template <class Result, class... Parameters>
 Result roundedToNearest(Result (*function)(Parameters...), Parameters... arguments) {
     const tq::platform::DefaultFloatMode floatMode;

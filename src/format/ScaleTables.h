@@ -44,7 +44,7 @@ inline constexpr RoundingTable kRoundings = buildRoundings();
 // Scaling by powers of ten, in extended precision. The compiler computes the tables.
 
 inline constexpr int g_lenPowrArray = 9;
-/// Where scaling starts for a value that the power there or a smaller one brings down.
+/// Scaling of a value below the power at this index starts with the one before it.
 inline constexpr int g_idxThirdOfPowrArr = (g_lenPowrArray + 1) / 3;
 
 /// 10^(2^i).
@@ -71,6 +71,7 @@ inline constexpr std::array<long double, g_lenPowrArray> g_arrDecimalPows = [] {
 
 inline constexpr std::int16_t g_lenRndArray = tq::detail::kRoundings.length;
 
-/// 5 * 10^-k and ten steps more, so that exact halves round away from zero, up to the first entry that is lost in 1.
+/// 5 * 10^-k and ten steps more, so that exact halves round away from zero. The last entry is the first that changes
+/// nothing when added to 1.
 inline constexpr const std::array<long double, tq::detail::kMaxRoundings>& g_arrRndConValue =
     tq::detail::kRoundings.values;

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <cwchar>
 
-/// Room for the text of one conversion, strings excepted.
+/// Room for the text of one directive, strings excepted.
 inline constexpr int kWorkBufferSize = 2048;
 
 namespace tq::detail {
