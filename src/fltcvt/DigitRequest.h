@@ -35,9 +35,8 @@
 // From text to a double: StrToD.cpp, and the scanner of the room format.
 //
 //   1  up to 19 digits  EiselLemire.h: one product with a 128-bit power of ten
-//   2  more digits      HalfwayComparison.h: the same with the first 19 digits as they are and with one more in the
-//   last
-//                       place; the double on which both agree is the answer
+//   2  more digits      HalfwayComparison.h: the same with the first 19 digits as they are and with one more in
+//                       the last place; the double on which both agree is the answer
 //   3  undecided        HalfwayComparison.cpp: the text and the middle between two doubles as big integers;
 //                       4503599627370496.5 takes this way
 //

@@ -14,9 +14,9 @@ class CReadUserDefBigfontIni;
 ///
 /// Nothing here reports an error. The vectors' lengths count the terminator; a result beyond INT_MAX elements throws
 /// std::length_error and an allocation that fails std::bad_alloc, the output unchanged. A source may lie in the
-/// output's own storage. A null source is taken as empty. Appending to a vector that holds elements at least doubles its
-/// slots when they do not suffice, whatever its grow length; slots made for a text that needs less than half of them
-/// are given back.
+/// output's own storage. A null source is taken as empty. Appending to a vector that holds elements at least doubles
+/// its slots when they do not suffice, whatever its grow length; slots made for a text that needs less than half of
+/// them are given back.
 class TQ_API TqCharMapper {
 public:
     /// Narrow to wide, appended with a terminating 0 behind what `out` holds. Converts `length` bytes or up to the
