@@ -2,7 +2,10 @@
 
 #include <TqOsBase/codepage/TqCodePageMapper.h>
 
+#include <cstdio>
+
 void Report::printSummary(bool sameBack) const {
+    m_notCarried.finish();
     unsigned long long mifTotal = 0;
     std::string byCodePage;
     for (const auto& [id, count] : mifEscapes) {
@@ -20,6 +23,6 @@ void Report::printSummary(bool sameBack) const {
                  "other characters: %llu\n"
                  "not carried:      %llu\n"
                  "converting back gives the same bytes: %s\n",
-                 lines, unicodeEscapes, mifTotal, byCodePage.c_str(), otherCharacters, m_notCarried,
+                 lines, unicodeEscapes, mifTotal, byCodePage.c_str(), otherCharacters, m_notCarried.count(),
                  sameBack ? "yes" : "no");
 }

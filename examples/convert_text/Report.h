@@ -1,9 +1,10 @@
 #pragma once
 
+#include "files/Complaints.h"
+
 #include <TqOsBase/codepage/CodePageId.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <map>
 #include <string>
 
@@ -14,9 +15,10 @@ public:
 
     /// Says at once what the other form cannot carry, and where in the input: nothing is dropped silently.
     void notCarried(const char* what, const char* outcome) {
-        ++m_notCarried;
-        std::fprintf(stderr, "%s:%llu:%llu: %s: %s\n", m_fileName.c_str(), line, column, what, outcome);
+        m_notCarried.add(m_fileName + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + what + ": " +
+                         outcome);
     }
+    unsigned long long countNotCarried() const { return m_notCarried.count(); }
     void printSummary(bool sameBack) const;
 
     unsigned long long line = 1;   ///< Of the character at hand, counted from 1.
@@ -28,5 +30,5 @@ public:
 
 private:
     std::string m_fileName;
-    unsigned long long m_notCarried = 0;
+    files::Complaints m_notCarried;
 };

@@ -4,12 +4,9 @@
 #include "Report.h"
 #include "files/Files.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <filesystem>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,11 +14,9 @@
 
 namespace {
 
-namespace fs = std::filesystem;
-using namespace files;
-
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitNotCarried = 3;
 
 // A longer line is converted in pieces of about this size.
 constexpr std::size_t kBufferSize = 65536;
@@ -32,40 +27,43 @@ constexpr char kUsage[] =
     "\n"
     "Converts drawing text between its escaped form (ASCII with \\U+XXXX and \\M+nXXXX) and UTF-8. Line ends are "
     "kept.\n"
-    "\\M+ escapes stay as they are. What the other form cannot carry is listed with line and column on standard "
-    "error,\n"
-    "and a summary follows. Exit status: 0 converted, 1 a file could not be read or written, 2 wrong arguments.\n";
+    "\\M+ escapes stay as they are. A UTF-8 byte order mark is skipped. - stands for standard input or output.\n"
+    "What the other form cannot carry is listed with line and column on standard error, the first 20 of it, and a "
+    "summary\n"
+    "follows. Exit status: 0 converted, 1 a file could not be read or written, 2 wrong arguments, 3 converted, but "
+    "the\n"
+    "other form could not carry all of it.\n";
 
 // Feeds the conversion whole lines, and lines that outgrow the buffer in pieces.
-void convertFile(TqFileStreamBuf& in, TqFileStreamBuf& out, Conversion& conversion, Report& report) {
+void convertFile(files::Input& in, files::Output& out, Conversion& conversion, Report& report) {
     std::vector<char> buffer(kBufferSize + 1);
-    std::uint64_t left = in.length();
     std::size_t filled = 0;
+    bool hasMore = true;
     bool lineIsOpen = false;
-    while (left > 0 || filled > 0) {
-        const auto wanted = static_cast<std::uint32_t>(std::min<std::uint64_t>(left, kBufferSize - filled));
-        in.readBytes(reinterpret_cast<unsigned char*>(buffer.data() + filled), wanted);
-        left -= wanted;
-        filled += wanted;
+    while (hasMore || filled > 0) {
+        const std::size_t wanted = kBufferSize - filled;
+        const std::size_t count = in.read(buffer.data() + filled, wanted);
+        hasMore = count == wanted;
+        filled += count;
         buffer[filled] = '\0';
 
         std::string_view text(buffer.data(), filled);
         while (!text.empty()) {
             const std::size_t end = text.find('\n');
             const bool isWholeLine = end != std::string_view::npos;
-            if (!isWholeLine && left > 0 && text.size() < filled)
+            if (!isWholeLine && hasMore && text.size() < filled)
                 break; // more of this line follows, and there is room for it
             std::string_view piece = text.substr(0, isWholeLine ? end + 1 : text.size());
-            if (!isWholeLine && left > 0)
+            if (!isWholeLine && hasMore)
                 piece.remove_suffix(incompleteTail(piece));
-            write(out, conversion.convert(piece));
+            out.write(conversion.convert(piece));
             text.remove_prefix(piece.size());
             lineIsOpen = !isWholeLine;
             if (isWholeLine) {
                 ++report.lines;
                 ++report.line;
                 report.column = 1;
-            } else if (left > 0) {
+            } else if (hasMore) {
                 break;
             }
         }
@@ -76,23 +74,20 @@ void convertFile(TqFileStreamBuf& in, TqFileStreamBuf& out, Conversion& conversi
         ++report.lines;
 }
 
-void run(Conversion::Direction direction, const fs::path& inPath, const fs::path& outPath) {
-    const File in = openInput(inPath);
-    std::error_code ignored;
-    if (fs::equivalent(inPath, outPath, ignored))
-        throw std::runtime_error(inPath.string() + " and " + outPath.string() + " are the same file");
-    const File out = openOutput(outPath);
-    Report report(inPath.string());
+int run(Conversion::Direction direction, const files::Name& inName, const files::Name& outName) {
+    files::Input in(inName);
+    if (inName.isSameFileAs(outName))
+        throw std::runtime_error(inName.given + " and " + outName.given + " are the same file");
+    files::Output out(outName);
+    Report report(in.name());
     Conversion conversion(direction, report);
-    try {
-        convertFile(*in, *out, conversion, report);
-        out->close();
-    } catch (const wchar_t* reason) {
-        abandon(*out);
-        throw std::runtime_error("cannot convert " + inPath.string() + " to " + outPath.string() + ": " +
-                                 narrowed(reason));
-    }
-    report.printSummary(conversion.sameBack());
+    convertFile(in, out, conversion, report);
+    out.close();
+    report.printSummary(conversion.sameBack() && !in.hadMark());
+    if (report.countNotCarried() == 0)
+        return 0;
+    std::fprintf(stderr, "convert_text: the other form does not carry all of %s\n", in.name().c_str());
+    return kExitNotCarried;
 }
 
 } // namespace
@@ -108,10 +103,11 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     try {
-        run(option == "--to-utf8" ? Conversion::Direction::ToUtf8 : Conversion::Direction::ToEscaped, argv[2], argv[3]);
+        const std::vector<files::Name> names = files::namesOf(argc, argv);
+        return run(option == "--to-utf8" ? Conversion::Direction::ToUtf8 : Conversion::Direction::ToEscaped, names[2],
+                   names[3]);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "convert_text: %s\n", error.what());
         return kExitFailed;
     }
-    return 0;
 }

@@ -1,65 +1,129 @@
 #include "files/Files.h"
 
-#include <TqOsBase/diag/ErrorStatus.h>
+#include <TqOsBase/stream/WideName.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 namespace files {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-// One clear line for a buffer that did not get its file.
-[[noreturn]] void failToOpen(const fs::path& path, const char* purpose, Lumo::ErrorStatus status) {
-    std::string reason = "status " + std::to_string(status);
-    std::error_code ignored;
-    if (fs::is_directory(path, ignored))
-        reason = "it is a directory";
-    else if (status == Lumo::eFileNotAccessible)
-        reason = fs::exists(path, ignored) ? "permission denied" : "no such file";
-    else if (status == Lumo::eFileOpenFailed)
-        reason = "the system refused it";
-    throw std::runtime_error("cannot open " + path.string() + " for " + purpose + ": " + reason);
+constexpr std::size_t kNotText = static_cast<std::size_t>(-1);
+
+std::wstring inLocale(const std::string& argument) {
+    std::wstring wide(argument.size(), L'\0');
+    const std::size_t length = std::mbstowcs(wide.data(), argument.c_str(), wide.size());
+    if (length == kNotText)
+        throw std::runtime_error(argument + " is neither UTF-8 nor in the encoding of the locale");
+    wide.resize(length);
+    return wide;
+}
+
+std::string systemReason(int error) {
+    return std::generic_category().message(error);
 }
 
 } // namespace
 
-File openInput(const fs::path& path) {
-    Lumo::ErrorStatus status = Lumo::eOk;
-    File file(createFileIStreamBuf(path.wstring().c_str(), &status, TqIO::kAccessRead, TqIO::kShareDenyNone,
-                                   TqIO::kOpenExisting));
-    if (status != Lumo::eOk || file->fileName() == nullptr)
-        failToOpen(path, "reading", status);
-    return file;
+bool Name::isSameFileAs(const Name& other) const {
+    std::error_code ignored;
+    return !isStandard() && !other.isStandard() && std::filesystem::equivalent(given, other.given, ignored);
 }
 
-File openOutput(const fs::path& path) {
-    Lumo::ErrorStatus status = Lumo::eOk;
-    File file(createFileOStreamBuf(path.wstring().c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone,
-                                   TqIO::kCreateAlways, kBufferSize));
-    if (status != Lumo::eOk || file->fileName() == nullptr)
-        failToOpen(path, "writing", status);
-    return file;
-}
-
-void write(TqFileStreamBuf& file, std::string_view text) {
-    file.writeBytes(reinterpret_cast<const unsigned char*>(text.data()), static_cast<std::uint32_t>(text.size()));
-}
-
-void abandon(TqFileStreamBuf& file) {
+std::vector<Name> namesOf(int argc, char** argv) {
+    std::vector<Name> names;
+    for (const char* const argument : std::vector<const char*>(argv, argv + argc))
+        names.push_back({argument, {}});
     try {
-        file.close();
-    } catch (const wchar_t*) {
+        for (Name& name : names)
+            name.wide = tq::wideName(name.given);
+    } catch (const std::invalid_argument&) {
+        std::setlocale(LC_CTYPE, "");
+        for (Name& name : names)
+            name.wide = inLocale(name.given);
+    }
+    return names;
+}
+
+Input::Input(const Name& name) : m_name(name.isStandard() ? "standard input" : name.given) {
+    if (name.isStandard()) {
+        m_stream.reset(createFileIOStreamBuf(stdin));
+    } else {
+        m_stream = tq::openInput(name.wide);
+        m_isSized = m_stream->length() != 0 && m_stream->tell() == 0;
+    }
+    takeMark();
+}
+
+void Input::takeMark() {
+    constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+    m_ahead.resize(kUtf8Mark.size());
+    m_ahead.resize(readOn(m_ahead.data(), m_ahead.size()));
+    const std::string_view first = std::string_view(m_ahead).substr(0, 2);
+    if (first == "\xFF\xFE" || first == "\xFE\xFF")
+        throw std::runtime_error(m_name + " is UTF-16 text; convert it to UTF-8 first");
+    if (m_ahead != kUtf8Mark)
+        return;
+    m_hadMark = true;
+    m_ahead.clear();
+    std::fprintf(stderr, "%s: skipped its UTF-8 byte order mark\n", m_name.c_str());
+}
+
+std::size_t Input::read(char* to, std::size_t n) {
+    const std::size_t ahead = m_ahead.copy(to, n);
+    m_ahead.erase(0, ahead);
+    return ahead + readOn(to + ahead, n - ahead);
+}
+
+// A pipe has no length and no position, and devices have none to count by: the C stream below tells how many bytes
+// came.
+std::size_t Input::readOn(char* to, std::size_t n) {
+    if (!m_isSized) {
+        auto* const stream = static_cast<std::FILE*>(m_stream->fileHandle());
+        const std::size_t count = std::fread(to, 1, n, stream);
+        if (count < n && std::ferror(stream) != 0)
+            throw std::runtime_error("cannot read " + m_name + ": " + systemReason(errno));
+        return count;
+    }
+    const std::uint64_t left = m_stream->length() - m_stream->tell();
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(left, n));
+    m_stream->readBytes(reinterpret_cast<unsigned char*>(to), count);
+    return count;
+}
+
+Output::Output(const Name& name)
+    : m_name(name.isStandard() ? "standard output" : name.given),
+      m_stream(name.isStandard() ? tq::StreamPointer(createFileIOStreamBuf(stdout)) : tq::openOutput(name.wide)) {}
+
+// A failure says the system's reason where there is one, else the library's.
+template <class Action>
+void Output::attempt(const Action& action) {
+    errno = 0;
+    try {
+        action();
+    } catch (...) {
+        const std::string reason = errno != 0 ? systemReason(errno) : tq::currentErrorText();
+        throw std::runtime_error("cannot write " + m_name + ": " + reason);
     }
 }
 
-std::string narrowed(const wchar_t* reason) {
-    std::string text;
-    for (; *reason != 0; ++reason)
-        text += static_cast<char>(*reason);
-    return text;
+void Output::write(std::string_view text) {
+    attempt([&] {
+        m_stream->writeBytes(reinterpret_cast<const unsigned char*>(text.data()),
+                             static_cast<std::uint32_t>(text.size()));
+    });
+}
+
+void Output::close() {
+    attempt([&] { m_stream->close(); });
 }
 
 } // namespace files

@@ -1,38 +1,63 @@
 #pragma once
 
-#include <TqOsBase/stream/FileStreamBuf.h>
+#include <TqOsBase/stream/OpenStream.h>
 
 #include <cstddef>
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// What the examples need of the file buffers: opening with a clear reason when that fails, and owning.
+/// What the examples need of files. Every failure is a std::exception whose text is one clear line.
 namespace files {
 
-/// Bytes kept before they are written out, and lines longer than this are met in pieces.
-inline constexpr std::size_t kBufferSize = 65536;
+/// A name as it was given, and as the library takes it. "-" is standard input or output.
+struct Name {
+    std::string given;
+    std::wstring wide;
 
-struct CloseFile {
-    void operator()(TqFileStreamBuf* file) const { destoryFileIOStreamBuf(file); }
+    bool isStandard() const { return given == "-"; }
+    bool isSameFileAs(const Name& other) const;
 };
-using File = std::unique_ptr<TqFileStreamBuf, CloseFile>;
 
-/// A mapped input buffer. Throws std::runtime_error with one line that says why not.
-File openInput(const std::filesystem::path& path);
+/// The arguments of main() as names: UTF-8 if all of them are, whatever the locale. Else they are in the encoding of
+/// the user's locale, which becomes the program's for characters, so that the library hands the system the same bytes.
+std::vector<Name> namesOf(int argc, char** argv);
 
-/// A write-behind buffer on a new or emptied file. Throws as openInput.
-File openOutput(const std::filesystem::path& path);
+/// The bytes of a file, a pipe or standard input, which have no length before they have ended. A byte order mark of
+/// UTF-8 is skipped, and said on standard error; text that begins with one of UTF-16 is refused.
+class Input {
+public:
+    explicit Input(const Name& name);
+    /// Reads up to `n` bytes; fewer at the end only.
+    std::size_t read(char* to, std::size_t n);
+    const std::string& name() const { return m_name; }
+    bool hadMark() const { return m_hadMark; }
 
-/// Throws what the buffer throws: a `const wchar_t*`.
-void write(TqFileStreamBuf& file, std::string_view text);
+private:
+    std::size_t readOn(char* to, std::size_t n);
+    void takeMark();
 
-/// Closes after a failed write. What is pending cannot be written either, and unlike the destructor close() says so
-/// with an exception that can be dropped, since the failure is reported already.
-void abandon(TqFileStreamBuf& file);
+    std::string m_name;
+    tq::StreamPointer m_stream;
+    bool m_isSized = false;
+    bool m_hadMark = false;
+    std::string m_ahead; // read already
+};
 
-/// The library's reasons as narrow text; they are plain ASCII.
-std::string narrowed(const wchar_t* reason);
+/// A new or emptied file, or standard output.
+class Output {
+public:
+    explicit Output(const Name& name);
+    void write(std::string_view text);
+    /// To be called at the end: what is written may be refused as late as this.
+    void close();
+
+private:
+    template <class Action>
+    void attempt(const Action& action);
+
+    std::string m_name;
+    tq::StreamPointer m_stream;
+};
 
 } // namespace files

@@ -4,17 +4,15 @@
 
 namespace {
 
-constexpr std::uint64_t kBlock = 65536;
+constexpr std::size_t kBlock = 65536;
 
 }
 
 bool LineReader::fill() {
-    const auto size = static_cast<std::uint32_t>(std::min(m_left, kBlock));
-    m_block.resize(size);
+    m_block.resize(kBlock);
+    m_block.resize(m_in.read(m_block.data(), kBlock));
     m_at = 0;
-    m_in.readBytes(reinterpret_cast<unsigned char*>(m_block.data()), size);
-    m_left -= size;
-    return size != 0;
+    return !m_block.empty();
 }
 
 bool LineReader::next() {

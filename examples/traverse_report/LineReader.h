@@ -1,16 +1,15 @@
 #pragma once
 
-#include <TqOsBase/stream/TqStreamBuf.h>
+#include "files/Files.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
-/// The lines of an input buffer, one at a time and in constant memory.
+/// The lines of an input, one at a time and in constant memory.
 class LineReader {
 public:
-    explicit LineReader(TqStreamBuf& in) : m_in(in), m_left(in.length()) {}
+    explicit LineReader(files::Input& in) : m_in(in) {}
 
     /// Whether there is another line; it is then in text(), without its end.
     bool next();
@@ -24,8 +23,7 @@ public:
 private:
     bool fill();
 
-    TqStreamBuf& m_in;
-    std::uint64_t m_left;
+    files::Input& m_in;
     std::string m_block;
     std::size_t m_at = 0;
     std::string m_line;

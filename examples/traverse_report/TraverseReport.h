@@ -17,6 +17,7 @@ public:
     void add(const Point& point, const Settings& settings);
     /// Perimeter, closure and area.
     void finish();
+    std::int64_t points() const { return m_points; }
 
 private:
     void writeSettings(const Settings& settings);

@@ -4,18 +4,23 @@
 #include "LineReader.h"
 #include "TraverseParser.h"
 #include "TraverseReport.h"
+#include "files/Complaints.h"
 #include "files/Files.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <vector>
 
 namespace {
 
-constexpr int kExitBadLines = 1;
+constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 constexpr char kUsage[] =
@@ -25,17 +30,19 @@ constexpr char kUsage[] =
     "  --units MODE     scientific, decimal, engineering, architectural or fractional, whatever the file says\n"
     "  --angles MODE    degrees, dms, grads, radians or surveyor, whatever the file says\n"
     "  --precision N    0 to 15: decimals, or the power of two of a fraction's denominator\n"
-    "  --out FILE       also writes the report to FILE\n"
+    "  --out FILE       also writes the report to FILE; - is standard output, where it goes anyway\n"
     "  --help           this text\n"
     "\n"
-    "The file has settings lines (units, angles, base, direction, bigfont), then points: name ; x ; y ; label.\n"
-    "Exit status: 0 reported, 1 a bad line (the good ones are reported) or a file that cannot be used, 2 wrong "
-    "arguments.\n";
+    "The file (- is standard input) has settings lines (units, angles, base, direction, bigfont), then points:\n"
+    "name ; x ; y ; label. A UTF-8 byte order mark is skipped. The first 20 bad lines are named.\n"
+    "Exit status: 0 reported, 1 bad lines (the good ones are reported), fewer than two points or a file that cannot "
+    "be\n"
+    "used, 2 wrong arguments.\n";
 
 struct Arguments {
     FixedSettings fixed;
-    std::string out;
-    std::string traverse;
+    files::Name out;
+    files::Name traverse;
     bool help = false;
 };
 
@@ -56,22 +63,24 @@ std::int16_t precisionArgument(const std::string& text) {
 }
 
 Arguments parseArguments(int argc, char** argv) {
+    const std::vector<files::Name> names = files::namesOf(argc, argv);
     Arguments arguments;
     for (int i = 1; i < argc; ++i) {
-        const std::string option = argv[i];
+        const std::string& option = names[static_cast<std::size_t>(i)].given;
         if (option == "--help") {
             arguments.help = true;
             return arguments;
         }
         if (option.rfind("--", 0) != 0) {
-            if (!arguments.traverse.empty())
+            if (!arguments.traverse.given.empty())
                 throw std::invalid_argument("more than one file");
-            arguments.traverse = option;
+            arguments.traverse = names[static_cast<std::size_t>(i)];
             continue;
         }
         if (i + 1 == argc)
             throw std::invalid_argument(option + " needs a value");
-        const std::string value = argv[++i];
+        const files::Name& name = names[static_cast<std::size_t>(++i)];
+        const std::string& value = name.given;
         if (option == "--units")
             arguments.fixed.linearMode = modeArgument(kLinearModes, option, value);
         else if (option == "--angles")
@@ -79,83 +88,76 @@ Arguments parseArguments(int argc, char** argv) {
         else if (option == "--precision")
             arguments.fixed.precision = precisionArgument(value);
         else if (option == "--out")
-            arguments.out = value;
+            arguments.out = name;
         else
             throw std::invalid_argument("unknown option " + option);
     }
-    if (arguments.traverse.empty())
+    if (arguments.traverse.given.empty())
         throw std::invalid_argument("no traverse file");
     return arguments;
 }
 
-// Returns the number of bad lines.
-int report(const Arguments& arguments, TqFileStreamBuf& in, TqFileStreamBuf* out) {
+// True when every line was good and there was a traverse.
+bool report(const Arguments& arguments, files::Input& in, files::Output* out) {
     TraverseReport report([out](const std::string& line) {
         std::fwrite(line.data(), 1, line.size(), stdout);
         if (out != nullptr)
-            files::write(*out, line);
+            out->write(line);
     });
     TraverseParser parser(arguments.fixed);
     LineReader reader(in);
-    int badLines = 0;
+    files::Complaints badLines;
     while (reader.next()) {
         const TraverseParser::Result result = parser.parse(reader.text());
         if (result == TraverseParser::Result::Point && !reader.isCut()) {
             report.add(parser.point(), parser.settings());
         } else if (result == TraverseParser::Result::Bad || reader.isCut()) {
-            ++badLines;
             const std::string reason = reader.isCut()
                                            ? "expected at most " + std::to_string(LineReader::kMaxLine) + " bytes"
                                            : parser.expectation();
-            std::fprintf(stderr, "%s:%d: %s\n", arguments.traverse.c_str(), reader.number(), reason.c_str());
+            badLines.add(in.name() + ":" + std::to_string(reader.number()) + ": " + reason);
         }
     }
+    badLines.finish();
     report.finish();
-    return badLines;
+    if (report.points() < 2)
+        std::fprintf(stderr, "traverse_report: %s is no traverse: it has %s point\n", in.name().c_str(),
+                     report.points() == 0 ? "no" : "one");
+    return badLines.count() == 0 && report.points() >= 2;
 }
 
 int run(const Arguments& arguments) {
-    const files::File in = files::openInput(arguments.traverse);
-    files::File out;
-    if (!arguments.out.empty()) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(arguments.traverse, arguments.out, ignored))
-            throw std::runtime_error(arguments.out + " is the traverse itself");
-        out = files::openOutput(arguments.out);
+    files::Input in(arguments.traverse);
+    std::optional<files::Output> out;
+    if (!arguments.out.given.empty() && !arguments.out.isStandard()) {
+        if (arguments.out.isSameFileAs(arguments.traverse))
+            throw std::runtime_error(arguments.out.given + " is the traverse itself");
+        out.emplace(arguments.out);
     }
-    int badLines = 0;
-    try {
-        badLines = report(arguments, *in, out.get());
-        if (out != nullptr)
-            out->close();
-    } catch (const wchar_t* reason) {
-        if (out != nullptr)
-            files::abandon(*out);
-        throw std::runtime_error("cannot write " + arguments.out + ": " + files::narrowed(reason));
-    }
+    const bool isGood = report(arguments, in, out ? &*out : nullptr);
+    if (out)
+        out->close();
+    errno = 0;
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-        throw std::runtime_error("cannot write to standard output");
-    return badLines != 0 ? kExitBadLines : 0;
+        throw std::runtime_error("cannot write standard output: " +
+                                 (errno != 0 ? std::generic_category().message(errno) : "an earlier write failed"));
+    return isGood ? 0 : kExitFailed;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    Arguments arguments;
     try {
-        arguments = parseArguments(argc, argv);
+        const Arguments arguments = parseArguments(argc, argv);
+        if (!arguments.help)
+            return run(arguments);
+        std::fputs(kUsage, stdout);
+        return 0;
     } catch (const std::invalid_argument& error) {
         std::fprintf(stderr, "traverse_report: %s\n\n%s", error.what(), kUsage);
         return kExitUsage;
-    }
-    if (arguments.help) {
-        std::fputs(kUsage, stdout);
-        return 0;
-    }
-    try {
-        return run(arguments);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "traverse_report: %s\n", error.what());
-        return kExitBadLines;
+        return kExitFailed;
     }
 }

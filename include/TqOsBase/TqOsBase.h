@@ -45,6 +45,7 @@
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/memory/HeapReport.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
+#include <TqOsBase/stream/OpenStream.h>
 #include <TqOsBase/stream/PathFunctions.h>
 #include <TqOsBase/stream/TqFileSystem.h>
 #include <TqOsBase/stream/TqFlatMemBuf.h>
@@ -52,3 +53,4 @@
 #include <TqOsBase/stream/TqMemStreamBuf.h>
 #include <TqOsBase/stream/TqPathMaker.h>
 #include <TqOsBase/stream/TqStreamBuf.h>
+#include <TqOsBase/stream/WideName.h>

@@ -56,9 +56,13 @@ std::FILE* openStream(const char* path, const OpenMode& mode) noexcept {
     while (descriptor < 0 && errno == EINTR);
     if (descriptor < 0)
         return nullptr;
-    std::FILE* stream = isDirectory(descriptor) ? nullptr : ::fdopen(descriptor, streamMode(mode));
-    if (stream == nullptr)
+    const bool canStream = !isDirectory(descriptor);
+    std::FILE* stream = canStream ? ::fdopen(descriptor, streamMode(mode)) : nullptr;
+    if (stream == nullptr) {
         ::close(descriptor);
+        if (!canStream)
+            errno = EISDIR;
+    }
     return stream;
 }
 

@@ -26,8 +26,8 @@ struct OpenMode {
     Creation creation = Creation::kNever;
 };
 
-/// Opens a stream in binary mode, in one step of the system, not inherited by programs that are started. Null when the
-/// system refuses, and for a directory.
+/// Opens a stream in binary mode, in one step of the system, not inherited by programs that are started. Null, with
+/// `errno`, when the system refuses, and for a directory.
 std::FILE* openStream(const char* path, const OpenMode& mode) noexcept;
 /// Closes `stream`; false when bytes that were still in it could not be written. The stream is gone in either case.
 bool closeStream(std::FILE* stream) noexcept;

@@ -37,8 +37,7 @@ std::size_t decodeUtf8(const char* src, char32_t& character) noexcept {
             return 0;
         value = (value << 6) | (p[i] & 0x3FU);
     }
-    const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
-    if (value < smallest || isSurrogate || value > 0x10FFFF)
+    if (value < smallest || isSurrogate(value) || value > 0x10FFFF)
         return 0;
     character = value;
     return length;

@@ -8,6 +8,10 @@ namespace tq::platform {
 /// The longest UTF-8 sequence of one character, in bytes.
 inline constexpr std::size_t kMaxUtf8Length = 4;
 
+constexpr bool isSurrogate(char32_t character) noexcept {
+    return character >= 0xD800 && character <= 0xDFFF;
+}
+
 /// Decodes the one character at `src`, a text that ends with a 0 byte. Returns its length in bytes and stores it, or
 /// returns 0 and stores nothing when the bytes are malformed, overlong, a surrogate or above U+10FFFF. At the
 /// terminator it returns 1 and stores U+0000. Never reads past the first byte that does not fit.

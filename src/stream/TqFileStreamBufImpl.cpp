@@ -36,7 +36,7 @@ std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
     return copy;
 }
 
-struct StreamCloser {
+struct HandleCloser {
     void operator()(std::FILE* stream) const noexcept { platform::closeStream(stream); }
 };
 
@@ -146,7 +146,7 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
         m_stream = nullptr;
         return Lumo::eFileNotAccessible;
     }
-    std::unique_ptr<std::FILE, StreamCloser> stream(platform::openStream(path.c_str(), plan.mode));
+    std::unique_ptr<std::FILE, HandleCloser> stream(platform::openStream(path.c_str(), plan.mode));
     if (stream == nullptr)
         return Lumo::eFileOpenFailed;
     const int descriptor = platform::descriptorOf(stream.get());

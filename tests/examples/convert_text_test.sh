@@ -14,10 +14,15 @@ expect_reason() {
 }
 
 # expect_text DIRECTION INPUT OUTPUT [MESSAGE]: texts in the notation of printf; the message is looked for as it stands.
+# One that names a place is about what is not carried. The input comes from a file, then through pipes.
 expect_text() {
+    local status=0
+    [[ ${4-} == in.txt:[0-9]* ]] && status=3
     printf "$2" >in.txt
     printf "$3" >expected.txt
-    expect_reason 0 "$1" in.txt out.txt
+    cat in.txt | "$program" "$1" - - 2>/dev/null | cat >piped.txt
+    cmp -s piped.txt expected.txt || fail "$1 of '$2' through pipes gave $(od -c piped.txt)"
+    expect_reason $status "$1" in.txt out.txt
     cmp -s expected.txt out.txt || fail "$1 of '$2' gave $(od -c out.txt)"
     [ $# -lt 4 ] || grep -qF -- "$4" stderr || fail "$1 of '$2' did not say '$4' but: $(cat stderr)"
 }
@@ -27,11 +32,22 @@ expect_reason 2
 expect_reason 2 --to-utf8 only-one
 expect_reason 2 --to-latin in out
 expect_reason 2 --to-utf8 in out more
-expect_reason 1 --to-utf8 missing.txt out.txt
-expect_reason 1 --to-utf8 "$work" out.txt
-expect_reason 1 --to-utf8 "$sample" "$work"
-expect_reason 1 --to-utf8 "$sample" no-such-folder/out.txt
-expect_reason 1 --to-utf8 "$sample" /dev/full
+printf '\377\376a\000' >utf16.txt
+while IFS='|' read -r in out message; do
+    expect_reason 1 --to-utf8 "$in" "$out"
+    grep -qF "$message" stderr || fail "$in to $out: $(cat stderr)"
+done <<ROWS
+missing.txt|out.txt|missing.txt for reading: No such file or directory
+$work|out.txt|for reading: Is a directory
+$sample|$work|for writing: Is a directory
+$sample|no-such-folder/out.txt|for writing: No such file or directory
+$sample|/dev/full|cannot write /dev/full: No space left on device
+utf16.txt|out.txt|utf16.txt is UTF-16 text; convert it to UTF-8 first
+ROWS
+"$program" --to-utf8 - out.txt <"$work" 2>stderr && fail "a directory as standard input was read"
+grep -qF 'cannot read standard input: Is a directory' stderr || fail "a directory as standard input: $(cat stderr)"
+"$program" --to-utf8 "$sample" - 2>stderr >/dev/full && fail "a full standard output was not reported"
+grep -qF 'cannot write standard output: No space' stderr || fail "a full standard output: $(cat stderr)"
 cp "$sample" same.txt
 expect_reason 1 --to-utf8 same.txt ./same.txt
 cmp -s "$sample" same.txt || fail "the file that was input and output at once is damaged"
@@ -42,7 +58,7 @@ if [ "$(id -u)" -eq 0 ]; then
     message=$(LD_LIBRARY_PATH=$(dirname "$(ldd "$program" | awk '/libTqOsBase/ {print $3}')") \
         setpriv --reuid=65534 --regid=65534 --clear-groups ./unprivileged --to-utf8 unreadable.txt /dev/null 2>&1)
     [ $? -eq 1 ] || fail "an unreadable file was read"
-    [[ $message == *"permission denied"* ]] || fail "an unreadable file gave: $message"
+    [[ $message == *"Permission denied"* ]] || fail "an unreadable file gave: $message"
 else
     expect_reason 1 --to-utf8 unreadable.txt /dev/null
 fi
@@ -66,12 +82,31 @@ expect_text --to-escaped 'x\n\xC3\xA9\xF0\x9F\x98\x80y' 'x\n\\U+00E9\\U+FFFDy' '
 expect_text --to-escaped 'x\xE9y\xC0\x80' 'x\\U+00E9y\\U+00C0\\U+0080' 'in.txt:1:2: byte E9'
 expect_text --to-escaped 'a\000\xC3\xA9' 'a\000\\U+00E9' 'not carried:      0'
 
+expect_text --to-escaped '\xEF\xBB\xBFa' 'a' 'in.txt: skipped its UTF-8 byte order mark'
+grep -qF 'same bytes: no' stderr || fail "a skipped mark comes back"
+
+# Names of every script, in every locale.
+cp "$sample" 'Straße 📐.txt'
+for locale in C C.UTF-8 POSIX; do
+    rm -f grün.txt
+    LC_ALL=$locale expect_reason 0 --to-utf8 'Straße 📐.txt' grün.txt
+    cmp -s utf8.txt grün.txt || fail "names in the locale $locale"
+done
+LC_ALL=C expect_reason 1 --to-utf8 $'gr\xFCn.txt' out.txt
+
+# What is no text is complained about twenty times.
+head -c 3000 /dev/zero | tr '\000' '\351' >binary.txt
+expect_status 3 --to-escaped binary.txt out.txt
+grep -qF '... and 2980 more' stderr || fail "complaints are not capped: $(head -n 30 stderr)"
+[ "$(wc -l <stderr)" -eq 28 ] || fail "$(wc -l <stderr) lines about one binary file"
+
 # A line of some 460 KiB, in pieces whose ends fall on every part of an escape.
 yes 'Kaistra\U+00DFe\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.txt
 yes 'Kaistraße\M+18140 nach Pfeiler' | head -n 13000 | tr -d '\n' >long.expected
 expect_reason 0 --to-utf8 long.txt long.utf8
 cmp -s long.expected long.utf8 || fail "a long line is torn"
 expect_reason 0 --to-escaped long.utf8 long.back
+"$program" --to-escaped - - <long.utf8 2>/dev/null | cmp -s - long.txt || fail "a long line is torn in a pipe"
 cmp -s long.txt long.back || fail "a long line is torn on the way back"
 grep -qF '\U+ escapes:      13000' stderr || fail "escapes of a long line are miscounted: $(cat stderr)"
 

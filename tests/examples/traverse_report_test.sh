@@ -19,9 +19,9 @@ for wrong in "" "--units feet $survey" "--angles 4 $survey" "--precision x $surv
     expect_line stderr "usage: traverse_report"
 done
 expect_status 1 missing.txt
-expect_line stderr "no such file"
+expect_line stderr "No such file"
 expect_status 1 "$work"
-expect_line stderr "it is a directory"
+expect_line stderr "Is a directory"
 
 # The report is the same on the terminal and in the file, and it lines up: every row has its length column at one place,
 # counted in columns of the terminal.
@@ -46,6 +46,12 @@ expect_line stdout "closure    exact"
 expect_line stdout "area       6.0000 square units"
 expect_line stdout "東"
 grep -E '^b +c +東 +90\.0 +3\.00 +7\.00 +3\.00E\+00 ' stdout >/dev/null || fail "second leg: $(cat stdout)"
+expect_status 0 --out grün.txt triangle.txt
+(printf '\xEF\xBB\xBF' && cat triangle.txt) | "$program" --out - - 2>stderr | cmp -s - grün.txt || fail "from a pipe"
+expect_line stderr "standard input: skipped its UTF-8 byte order mark"
+yes 'a;b' | head -n 1000 >bad.txt
+expect_status 1 bad.txt
+expect_line stderr "... and 980 more"
 expect_status 0 --units architectural --precision 4 --angles surveyor triangle.txt
 expect_line stdout "0'-4\""
 expect_line stdout "(0.0417 square feet)"
@@ -71,15 +77,17 @@ expect_line stdout "perimeter  5.0000"
 
 # Nothing to report, and nothing to write to.
 printf '# only a comment\n' >empty.txt
-expect_status 0 empty.txt
+expect_status 1 empty.txt
 expect_line stdout "no legs"
+expect_line stderr "empty.txt is no traverse: it has no point"
 expect_status 1 --out empty.txt empty.txt
 expect_line stderr "is the traverse itself"
 if [ -e /dev/full ]; then
     expect_status 1 --out /dev/full triangle.txt
-    expect_line stderr "cannot write /dev/full"
+    expect_line stderr "cannot write /dev/full: No space left on device"
     "$program" triangle.txt >/dev/full 2>stderr
     [ $? -eq 1 ] || fail "a full standard output was not reported"
+    expect_line stderr "cannot write standard output: No space left on device"
 fi
 
 [ $failures -eq 0 ]

@@ -4,11 +4,14 @@
 #include "reference/GuardedBuffer.h"
 #include "reference/Locales.h"
 
+#include <TqOsBase/stream/WideName.h>
+
 #include <cerrno>
 #include <climits>
 #include <clocale>
 #include <cwctype>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -82,7 +85,15 @@ TEST(Utf8, EveryCharacterComesBackExceptSurrogates) {
         char32_t decoded = 0xFFFFFFFF;
         ASSERT_EQ(decodeUtf8(std::string(encoded, length).c_str(), decoded), isSurrogate ? 0 : length);
         ASSERT_TRUE(decoded == (isSurrogate ? 0xFFFFFFFF : c)) << std::hex << static_cast<unsigned>(c);
+        const std::wstring name(1, static_cast<wchar_t>(c));
+        if (isSurrogate || c == 0) {
+            ASSERT_THROW(tq::utf8Name(name), std::invalid_argument);
+        } else {
+            ASSERT_EQ(tq::wideName(tq::utf8Name(name)), name);
+        }
     }
+    for (const std::wstring& name : {std::wstring(1, static_cast<wchar_t>(0x110000)), std::wstring(L"a\0b", 3)})
+        EXPECT_THROW(tq::utf8Name(name), std::invalid_argument);
     char encoded[kMaxUtf8Length];
     EXPECT_EQ(encodeUtf8(0x110000, encoded), 0U);
     EXPECT_EQ(encodeUtf8(0xFFFFFFFF, encoded), 0U);
@@ -90,12 +101,15 @@ TEST(Utf8, EveryCharacterComesBackExceptSurrogates) {
 
 TEST(Utf8, MalformedBytesAreRefusedWithoutReadingOn) {
     reference::GuardedBuffer<char> buffer(16);
+    EXPECT_THROW(tq::wideName(std::string_view("a\0b", 3)), std::invalid_argument);
+    EXPECT_EQ(tq::wideName(std::string_view("ab\xC3\xA9", 2)), L"ab");
     for (const std::string row :
          {"\x80", "\xBF", "\xC3", "\xC3\x41", "\xC0\x80", "\xC1\xBF", "\xE0\x80\x80", "\xE0\x9F\xBF", "\xE4\xB8",
           "\xE4", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80", "\xFF", "\xF0\x9F\x98"}) {
         char32_t decoded = 7;
         EXPECT_EQ(decodeUtf8(buffer.place(row.c_str(), row.size() + 1), decoded), 0U) << testing::PrintToString(row);
         EXPECT_TRUE(decoded == 7);
+        EXPECT_THROW(tq::wideName("a" + row), std::invalid_argument);
     }
 }
 

@@ -1,7 +1,11 @@
 #include "stream/StreamTest.h"
 
+#include <TqOsBase/stream/OpenStream.h>
+
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -107,6 +111,13 @@ TEST_F(FileLock, ExclusiveOpenIsRefusedWhileAnotherProcessHoldsAnyLock) {
         refused->close();
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(refused->fileHandle()), ~std::uintptr_t{0});
         EXPECT_TRUE(m_registry.IsEmpty()) << "a refused name is not registered";
+        try {
+            tq::openUpdate(m_name, TqIO::kShareDenyWrite);
+            ADD_FAILURE() << "opened";
+        } catch (const std::system_error& refusal) {
+            EXPECT_EQ(refusal.code().value(), EBUSY);
+            EXPECT_NE(std::string(refusal.what()).find("by another process"), std::string::npos);
+        }
         ASSERT_EQ(m_other.ask('u'), 0);
         const BufPtr granted = openExclusively(m_name);
         EXPECT_EQ(m_status, 0);

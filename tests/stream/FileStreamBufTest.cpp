@@ -1,5 +1,8 @@
 #include "stream/StreamTest.h"
 
+#include <TqOsBase/diag/TqTracer.h>
+#include <TqOsBase/stream/OpenStream.h>
+
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
@@ -454,6 +457,36 @@ TEST(FileStreamBufDeathTest, BytesLostUnsaidEndTheProcessInTheDestructor) {
                 },
                 "");
     EXPECT_DEATH(takeOverFull(), "");
+}
+
+std::vector<std::wstring> g_traces;
+
+// What no call has thrown is traced, once; what one has is not.
+TEST(FileStreamBuf, OwningPointersReportWhatIsLostInsteadOfEndingTheProcess) {
+    TqTracer::setTraceFunctionW([](const wchar_t* text) { g_traces.emplace_back(text); });
+    const auto owned = [](Kind kind) { return tq::StreamPointer(openFull(kind).release()); };
+    for (const Kind kind : {kPlain, kOutput}) {
+        owned(kind)->writeByte('x');
+        EXPECT_EQ(g_traces, std::vector<std::wstring>{L"/dev/full: Write file error!\n"});
+        g_traces.clear();
+        const auto lost = owned(kind);
+        lost->writeByte('x');
+        EXPECT_EQ(thrownBy([&] { lost->seek(0, TqIO::kSeekStart); }).empty(), false);
+    }
+    owned(kPlain);
+    EXPECT_EQ(g_traces.size(), 0U);
+    tq::StreamPointer(takeOverFull().release()).reset();
+    EXPECT_EQ(g_traces, std::vector<std::wstring>{L"a file without a name: Write file error!\n"});
+    g_traces.clear();
+
+    // The default hook reads formats; a name is none.
+    TqTracer::setTraceFunctionW(TqTracer::defaultTraceW);
+    const TempFolder folder;
+    std::filesystem::create_symlink("/dev/full", folder.path("100%s%n"));
+    testing::internal::CaptureStdout();
+    tq::openOutput(folder.wide("100%s%n"), TqIO::kOpenExisting)->writeByte('x');
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), folder.path("100%s%n") + ": Write file error!\n");
 }
 
 TEST(FileStreamBuf, WhatIsAppendedAfterTheEndWasReadIsReadOn) {

@@ -10,6 +10,10 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace tq {
+struct StreamCloser;
+}
+
 /// A stream over a file. Run-time failures are thrown as bare `const wchar_t*` texts: "File internal error!" (a refused
 /// move), "Write file error!", "Out of file stream buffer!" and "End of file!" (mapped input only). A buffer without a
 /// file answers 0 to tell() and length(), throws "End of file!" from reads and gets, "Write file error!" from writes
@@ -129,6 +133,7 @@ protected:
     int descriptor() const noexcept { return m_descriptor; }
 
 private:
+    friend struct tq::StreamCloser;
     enum class LastOperation : unsigned char { kMove, kRead, kWrite };
     // What became of the bytes that calls have accepted. kPending: some may still be in the C stream. kReported: lost,
     // and a call has thrown it.
