@@ -19,9 +19,10 @@ namespace {
 constexpr std::size_t kNotText = static_cast<std::size_t>(-1);
 
 std::wstring inLocale(const std::string& argument) {
+    const std::string_view locale = std::setlocale(LC_CTYPE, nullptr);
     std::wstring wide(argument.size(), L'\0');
     const std::size_t length = std::mbstowcs(wide.data(), argument.c_str(), wide.size());
-    if (length == kNotText)
+    if (length == kNotText || locale == "C" || locale == "POSIX") // those know ASCII alone
         throw std::runtime_error(argument + " is neither UTF-8 nor in the encoding of the locale");
     wide.resize(length);
     return wide;

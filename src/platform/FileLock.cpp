@@ -1,7 +1,5 @@
 #include "platform/FileLock.h"
 
-#include "platform/ErrnoKeeper.h"
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -27,13 +25,11 @@ bool isLockedByAnotherProcess(int descriptor) noexcept {
 }
 
 void takeReadLock(int descriptor) noexcept {
-    const ErrnoKeeper keeper;
     struct flock lock = wholeFile(F_RDLCK);
     ::fcntl(descriptor, F_SETLK, &lock);
 }
 
 void releaseLock(int descriptor) noexcept {
-    const ErrnoKeeper keeper;
     struct flock lock = wholeFile(F_UNLCK);
     ::fcntl(descriptor, F_SETLK, &lock);
 }

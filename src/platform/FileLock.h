@@ -9,8 +9,7 @@ namespace tq::platform {
 /// (a file that cannot be locked).
 bool isLockedByAnotherProcess(int descriptor) noexcept;
 
-/// Takes a read lock if that is possible now and allowed by the descriptor, which must be open for reading. Leaves
-/// `errno` alone, as giving it up does.
+/// Takes a read lock if that is possible now and allowed by the descriptor, which must be open for reading.
 void takeReadLock(int descriptor) noexcept;
 
 /// Gives up whatever lock this process holds on the file.

@@ -18,6 +18,11 @@ TqFileIStreamBuf::TqFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
         m_view = platform::mapFile(descriptor(), m_viewLength);
 }
 
+TqFileStreamBuf* createFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                      TqIO::ShareMode share, TqIO::CreationDisposition creation) {
+    return new TqFileIStreamBuf(name, status, access, share, creation);
+}
+
 TqFileIStreamBuf::~TqFileIStreamBuf() {
     closeForGood();
 }

@@ -6,7 +6,6 @@
 #include <TqOsBase/stream/FileStreamBuf.h>
 
 #include <algorithm>
-#include <utility>
 
 using namespace tq;
 
@@ -41,6 +40,11 @@ TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
     m_pending.reserve(std::min(bufferSize, kWriteBehind));
     if (status != nullptr && *status != Lumo::eOk)
         TqFileStreamBufImpl::close();
+}
+
+TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                      TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize) {
+    return new TqFileOStreamBuf(name, status, access, share, creation, bufferSize);
 }
 
 TqFileOStreamBuf::~TqFileOStreamBuf() {
@@ -105,12 +109,9 @@ void TqFileOStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
 }
 
 void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
-    const std::uint32_t pending = m_pending.m_position;
-    const std::uint64_t room = m_pending.length() - pending;
+    const std::uint64_t room = m_pending.length() - m_pending.tell();
     if (std::uint64_t{n} - 1 < room) { // n = 0 is left to the slow way, where a missing file shows
-        auto* bytes = const_cast<unsigned char*>(std::as_const(m_pending.m_bytes).asArrayPtr()); // never shared
-        m_pending.m_position = pending + n;
-        detail::moveBytes(bytes + pending, buf, n);
+        detail::moveBytes(m_pending.advanceUnshared(n), buf, n);
         return;
     }
     writeSlowly(buf, n);

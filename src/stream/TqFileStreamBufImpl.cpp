@@ -1,3 +1,4 @@
+#include "platform/ErrnoKeeper.h"
 #include "platform/File.h"
 #include "platform/FileLock.h"
 #include "platform/FileName.h"
@@ -25,8 +26,9 @@ constexpr long long kRegistryBlockSize = 10;
 // An offset that ends in these bits may be the -1 of a stream without positions: moving there fails quietly.
 constexpr std::uint64_t kQuietOffset = 0xFFFFFFFF;
 
-bool isExclusive(TqIO::AccessMode access, TqIO::ShareMode share, TqIO::CreationDisposition creation) {
-    return access == TqIO::kAccessReadWrite && share == TqIO::kShareDenyWrite && creation == TqIO::kOpenExisting;
+// Some refusals are returned and some are thrown: callers rely on which.
+bool isThrown(Lumo::ErrorStatus status) {
+    return status == Lumo::eInvalidFileTarget || status == Lumo::eInvalidDisposition;
 }
 
 std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
@@ -36,6 +38,12 @@ std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
     return copy;
 }
 
+// Keeps what the system said of the step before.
+void releaseLock(int descriptor) noexcept {
+    const platform::ErrnoKeeper keeper;
+    platform::releaseLock(descriptor);
+}
+
 struct HandleCloser {
     void operator()(std::FILE* stream) const noexcept { platform::closeStream(stream); }
 };
@@ -43,8 +51,8 @@ struct HandleCloser {
 } // namespace
 
 // Constant-initialised, so in order before any constructor runs; first to register its destruction, so destroyed last.
-// Where that order does not hold across libraries (see StaticInit.h) a late buffer meets a list that has emptied
-// itself, and close() looks no further than that.
+// Where that order does not hold across libraries (see StaticInit.h) a buffer that closes later finds the list empty,
+// and does nothing more with it.
 TQ_INIT_FIRST constinit CStringList TqFileStreamBufImpl::m_cstrAlreadyOpenFiles(kRegistryBlockSize);
 
 // Puts the stream's position back at the end of its life; its destructor is noexcept, so that failing there ends the
@@ -63,6 +71,26 @@ private:
 };
 
 TqFileStreamBuf::~TqFileStreamBuf() = default;
+
+TqFileIOStreamBuf::~TqFileIOStreamBuf() = default;
+
+TqFileStreamBuf* createFileStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                     TqIO::ShareMode share, TqIO::CreationDisposition creation) {
+    return new TqFileStreamBufImpl(name, status, access, share, creation);
+}
+
+TqFileStreamBuf* createFileIOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
+                                       TqIO::ShareMode share, TqIO::CreationDisposition creation) {
+    return new TqFileIOStreamBuf(name, status, access, share, creation);
+}
+
+TqFileStreamBuf* createFileIOStreamBuf(void* handle) {
+    return new TqFileIOStreamBuf(handle);
+}
+
+void destoryFileIOStreamBuf(TqFileStreamBuf* p) {
+    delete p;
+}
 
 TqFileStreamBufImpl::TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                          TqIO::ShareMode share, TqIO::CreationDisposition creation) {
@@ -137,12 +165,13 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
     if (!platform::toFileName(ownName.get(), path))
         return Lumo::eFileOpenFailed;
     const detail::FileOpenPlan plan = detail::planFileOpen(path.c_str(), access, share, creation);
+    if (isThrown(plan.status))
+        throw plan.status;
     if (plan.status != Lumo::eOk)
         return plan.status;
 
     // Asked before the file is opened: closing a second stream of it would give up the lock that the first one holds.
-    const bool exclusive = isExclusive(access, share, creation);
-    if (exclusive && m_cstrAlreadyOpenFiles.Find(ownName.get()) != nullptr) {
+    if (plan.isExclusive && m_cstrAlreadyOpenFiles.Find(ownName.get()) != nullptr) {
         m_stream = nullptr;
         return Lumo::eFileNotAccessible;
     }
@@ -150,7 +179,7 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
     if (stream == nullptr)
         return Lumo::eFileOpenFailed;
     const int descriptor = platform::descriptorOf(stream.get());
-    if (exclusive) {
+    if (plan.isExclusive) {
         if (platform::isLockedByAnotherProcess(descriptor)) {
             m_stream = nullptr;
             return Lumo::eFileLockedByProcess;
@@ -183,7 +212,7 @@ void TqFileStreamBufImpl::close() {
     if (hasFile()) {
         if (m_isDirty)
             settle();
-        platform::releaseLock(m_descriptor);
+        releaseLock(m_descriptor);
         const bool isClosed = platform::closeStream(m_stream);
         isLost = hasLost() || (m_accepted == Accepted::kStored && !isClosed);
     }

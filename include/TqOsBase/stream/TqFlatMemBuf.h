@@ -80,8 +80,16 @@ public:
     void close() override;
 
 private:
-    friend class TqFileOStreamBuf; // appends to its write-behind buffer without a call
+    friend class TqFileOStreamBuf; // for advanceUnshared()
 
+    // Moves on by `n` and returns the place that the position had, to be written to: for an owner that has given nobody
+    // a copy of the buffer and knows that the data is that long.
+    [[gnu::visibility("hidden")]] unsigned char* advanceUnshared(std::uint32_t n) noexcept {
+        const TqByteVector& bytes = m_bytes;
+        auto* const place = const_cast<unsigned char*>(bytes.asArrayPtr()) + m_position;
+        m_position += n;
+        return place;
+    }
     unsigned char* setLogicalLength(std::uint64_t length);
     unsigned char* writableBytes();
 
