@@ -2,6 +2,7 @@
 // does not know, the obvious loop over the characters. Then text one character at a time.
 
 #include "bench/Registration.h"
+#include "reference/KernelChoice.h"
 
 #include <TqOsBase/codepage/LmCodePage.h>
 #include <TqOsBase/codepage/TqAnsiTextIterator.h>
@@ -24,6 +25,8 @@
 #endif
 
 namespace {
+
+[[maybe_unused]] const bool kIsChosen = reference::chooseKernels();
 
 constexpr std::size_t kKiB = 1024;
 constexpr std::size_t kMiB = 1024 * kKiB;

@@ -3,7 +3,7 @@
 
 #include "Check.h"
 #include "codepage/Escapes.h"
-#include "codepage/TextKernels.h"
+#include "reference/KernelChoice.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
@@ -59,12 +59,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const int length : lengths) {
         const std::wstring result = toWide(text.data(), length);
         const char* src = text.data();
-        const char* end = detail::endBehindLastEscape(src, src + std::min(present, static_cast<std::size_t>(length)));
+        const char* end = detail::endAfterLastEscape(src, src + std::min(present, static_cast<std::size_t>(length)));
         fuzz::check(end <= src + present, "an escape ends before the terminator");
         fuzz::check(result.size() <= static_cast<std::size_t>(end - src), "no byte becomes two characters");
-        fuzz::check(run(detail::kPlainKernels.narrowToWide, src, end) == result, "plain form and conversion agree");
-        fuzz::check(run(detail::kWordKernels.narrowToWide, src, end) == result, "word form and conversion agree");
-        fuzz::check(run(detail::kWideKernels.narrowToWide, src, end) == result, "wide form and conversion agree");
+        for (const detail::TextKernels* kernels : reference::kernelForms())
+            fuzz::check(run(kernels->narrowToWide, src, end) == result, "every form and the conversion agree");
         if (isStable(result)) {
             const std::string narrow = toNarrow(result);
             fuzz::check(toWide(narrow.c_str(), INT_MAX) == result, "wide to narrow to wide is the same text");

@@ -2,9 +2,8 @@
 // size is the written one, and what one direction can express comes back unchanged.
 
 #include "Check.h"
-#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
-#include "codepage/TextKernels.h"
+#include "reference/KernelChoice.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
@@ -55,18 +54,19 @@ void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
     TqVector<char> out;
     TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
     const std::string result = text(out);
-    const wchar_t* end = detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
-    fuzz::check(detail::wideToNarrowSize(src, static_cast<std::size_t>(end - src)) == result.size(), "measured size");
-    fuzz::check(run(detail::kPlainKernels.wideToNarrow, src, end, result.size()) == result, "plain form agrees");
-    fuzz::check(run(detail::kWordKernels.wideToNarrow, src, end, result.size()) == result, "word form agrees");
-    fuzz::check(run(detail::kWideKernels.wideToNarrow, src, end, result.size()) == result, "wide form agrees");
-
-    for (const std::size_t size : {result.size() / 2, result.size(), result.size() + 64}) {
-        std::vector<char> room(size);
-        const auto [taken, written] =
-            detail::narrowWithAvx2(src, static_cast<std::size_t>(length), room.data(), room.size());
-        fuzz::check(detail::wideToNarrowSize(src, taken) == written, "registers take whole characters");
-        fuzz::check(result.compare(0, written, room.data(), written) == 0, "registers agree");
+    const wchar_t* end = detail::endAfterLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
+    for (const detail::TextKernels* kernels : reference::kernelForms()) {
+        fuzz::check(kernels->wideToNarrowSize(src, static_cast<std::size_t>(end - src)) == result.size(), "measured");
+        fuzz::check(run(kernels->wideToNarrow, src, end, result.size()) == result, "every form of wideToNarrow agrees");
+        for (const std::size_t size : {result.size() / 2, result.size(), result.size() + 64}) {
+            if (kernels->wideToNarrowUnmeasured == nullptr)
+                break;
+            std::vector<char> room(size);
+            const auto [taken, written] =
+                kernels->wideToNarrowUnmeasured(src, static_cast<std::size_t>(length), room.data(), room.size());
+            fuzz::check(kernels->wideToNarrowSize(src, taken) == written, "whole characters are taken");
+            fuzz::check(result.compare(0, written, room.data(), written) == 0, "the unmeasured form agrees");
+        }
     }
 }
 
@@ -77,10 +77,10 @@ void checkUtf8(const std::vector<wchar_t>& characters) {
     TqVector<char> out;
     TqCharMapper::unicodeToUtf8(src, INT_MAX, out);
     const std::string result = text(out);
-    fuzz::check(detail::wideToUtf8Size(src, count) == result.size(), "measured size of UTF-8");
-    fuzz::check(run(detail::kPlainKernels.wideToUtf8, src, end, result.size()) == result, "plain UTF-8 agrees");
-    fuzz::check(run(detail::kWordKernels.wideToUtf8, src, end, result.size()) == result, "word UTF-8 agrees");
-    fuzz::check(run(detail::kWideKernels.wideToUtf8, src, end, result.size()) == result, "wide UTF-8 agrees");
+    for (const detail::TextKernels* kernels : reference::kernelForms()) {
+        fuzz::check(kernels->wideToUtf8Size(src, count) == result.size(), "measured size of UTF-8");
+        fuzz::check(run(kernels->wideToUtf8, src, end, result.size()) == result, "every form of wideToUtf8 agrees");
+    }
 
     const auto isRepresentable = [](wchar_t c) { return c >= 0 && c <= 0xFFFF; };
     if (std::all_of(src, end, isRepresentable)) {
@@ -98,9 +98,8 @@ void checkDecoder(const std::uint8_t* data, std::size_t size) {
     TqVector<wchar_t> out;
     TqCharMapper::utf8ToUnicode(src, 0, out);
     const std::wstring result = text(out);
-    fuzz::check(run(detail::kPlainKernels.utf8ToWide, src, src + present, present) == result, "plain decoder agrees");
-    fuzz::check(run(detail::kWordKernels.utf8ToWide, src, src + present, present) == result, "word decoder agrees");
-    fuzz::check(run(detail::kWideKernels.utf8ToWide, src, src + present, present) == result, "wide decoder agrees");
+    for (const detail::TextKernels* kernels : reference::kernelForms())
+        fuzz::check(run(kernels->utf8ToWide, src, src + present, present) == result, "every form of utf8ToWide agrees");
 }
 
 } // namespace

@@ -12,7 +12,7 @@ import subprocess
 import sys
 
 ENOUGH = 0.9
-ROOMS = ["platform", "diag", "memory", "containers", "codepage", "fltcvt", "format", "stream", "crtcompat"]
+ROOMS = ["platform", "base", "diag", "memory", "containers", "codepage", "fltcvt", "format", "stream", "crtcompat"]
 
 
 def share(part: int, whole: int) -> str:

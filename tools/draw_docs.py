@@ -56,14 +56,15 @@ def rooms():
              ("format", "formatted text, lengths, angles"), ("codepage", "escaped text, UTF-8, code page tables"),
              ("fltcvt", "digits of doubles, exactly"), ("containers", "shared vectors and strings, lists, maps"),
              ("memory", "pools over 8 GiB of addresses"), ("diag", "exceptions, traces, locks"),
-             ("platform", "the only #if on a system")]
+             ("base", "UTF-8, character classes, file names"),
+             ("platform", "what must be ported: the only #if on a system")]
     flows = [
         ("text", "narrow to wide", {"codepage": "look for escapes", "containers": "room for the result",
                                     "memory": "record of the vector"}),
         ("length", "%q to text", {"format": "unit, feet, fraction", "fltcvt": "digits, exactly"}),
         ("file", "open, write, close", {"stream": "writes collected", "containers": "names held exclusively",
                                         "memory": "the buffer", "diag": "status, exceptions",
-                                        "platform": "name, open, lock, write"}),
+                                        "base": "name to bytes", "platform": "open, lock, write"}),
     ]
     height, top, left = 44, 74, 420
     p = Picture(960, top + height * len(names) + 78)

@@ -27,8 +27,8 @@ BUILD = ROOT / "build" / "mutate"
 
 # The programs of a room's tests, the one that notices most first.
 TESTS = {
-    "base": ["test_base", "test_platform", "test_codepage", "test_crtcompat"],
-    "platform": ["test_platform", "test_stream", "test_crtcompat", "test_faults", "test_memory"],
+    "base": ["test_base", "test_codepage", "test_crtcompat", "test_faults"],
+    "platform": ["test_stream", "test_crtcompat", "test_faults", "test_memory"],
     "diag": ["test_diag", "test_faults"],
     "memory": ["test_memory", "test_heap_model", "test_faults"],
     "containers": ["test_containers", "test_faults", "test_interface"],

@@ -1,7 +1,7 @@
 #include "codepage/Avx2Kernels.h"
 
+#include "codepage/BlockKernels.h"
 #include "codepage/CharacterSteps.h"
-#include "platform/Processor.h"
 
 #include <algorithm>
 #include <bit>
@@ -38,51 +38,38 @@ __attribute__((target("avx2"))) inline void widenStep(const char* src, wchar_t* 
     }
 }
 
-// unicodeEscapeValue where the bytes behind the escape's beginning may be read before those in front of them are known.
-inline int fullyReadableEscapeValue(const char* p) {
-    constexpr std::uint32_t kPrefix = 0x2B555C; // \U+
-    constexpr std::uint32_t kAnyCase = 0xFFDFFF;
-    std::uint32_t first = 0;
-    std::memcpy(&first, p, sizeof first);
-    if ((first & kAnyCase) != kPrefix)
-        return kNoEscape;
-    const auto digit = [p](std::size_t i) { return int{kHexValues[static_cast<unsigned char>(p[3 + i])]}; };
-    const int value = digit(0) * 0x1000 | digit(1) * 0x100 | digit(2) * 0x10 | digit(3);
-    return value < 0 ? kNoEscape : value; // any byte that is no digit makes it negative
-}
-
-// Where a step's characters go depends on the escapes in it, but not which bytes are the next step's, unless one
-// reaches into them: the processor begins with these meanwhile.
+// Where the characters of a step are written depends on the escapes in it. Where the next step begins does not, unless
+// an escape runs across the border: so the processor can load the next step while this one is still being worked on.
 __attribute__((target("avx2"))) TextProgress widen(const char* const begin, const char* end, wchar_t* const outBegin) {
-    constexpr std::size_t kReadBehindBackslash = 2 * kStep + kMifEscapeLength;
+    constexpr std::size_t kReadAfterBackslash = 2 * kStep + kMifEscapeLength;
     const __m256i backslash = _mm256_set1_epi8('\\');
     const char* src = begin;
     wchar_t* out = outBegin;
     while (distance(src, end) >= kStep) {
         const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
         auto mask = static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, backslash)));
-        if (mask != 0 && distance(src, end) < kReadBehindBackslash)
+        if (mask != 0 && distance(src, end) < kReadAfterBackslash)
             break;
         widenStep(src, out);
         const char* next = src + kStep;
         out += kStep; // Always the place of `next`.
         for (; mask != 0; mask &= mask - 1) {
             const char* const escape = src + std::countr_zero(mask);
-            const char* behind = escape;
+            const char* after = escape;
             wchar_t* escapeOut = out - distance(escape, next);
-            if (const int value = fullyReadableEscapeValue(escape); value != kNoEscape) {
+            if (const int value = readableUnicodeEscapeValue(escape); value != kNoEscape) {
                 *escapeOut++ = static_cast<wchar_t>(value);
-                behind += kUnicodeEscapeLength;
+                after += kUnicodeEscapeLength;
             } else {
-                stepNarrowToWide(behind, escapeOut);
+                stepNarrowToWide(after, escapeOut);
             }
-            if (behind == escape + 1)
+            if (after == escape + 1)
                 continue; // a backslash that is in its place already
-            widenStep(behind, escapeOut);
-            out -= distance(escape, behind) - 1;
-            if (behind > next) [[unlikely]] {
-                out += distance(next, behind);
-                next = behind;
+            widenStep(after, escapeOut);
+            out -= distance(escape, after) - 1;
+            if (after > next) [[unlikely]] {
+                out += distance(next, after);
+                next = after;
             }
         }
         src = next;
@@ -115,12 +102,13 @@ struct NarrowCursor {
     }
 };
 
-// Packed with saturation in two steps, a character above ASCII becomes a byte above it, which as a signed number is
-// negative, and a negative one becomes 0: positive bytes are ASCII and not the end of the text.
+// Packing saturates in two steps: a character above ASCII becomes a byte above 127, which as a signed number is
+// negative, and a negative character becomes 0. So the positive bytes are those of ASCII characters, and none of them
+// is the 0 that ends the text.
 
-// The sixteen characters at `src`, whose packed form is known, and which of them are not positive: these are done
-// again, one by one, and what follows each is moved to behind what it became. Returns the end of what was written;
-// scratch may follow it up to as many bytes.
+// Writes the sixteen characters at `src`. `bytes` is their packed form, which is right for all but those of the set
+// `special`: each of these is converted anew, and the packed bytes that follow it are then moved to follow the result.
+// Returns the end of what was written; up to sixteen bytes of scratch may follow it.
 __attribute__((target("avx2"))) inline char* narrowHalfStep(const wchar_t* src, __m128i bytes, std::uint32_t special,
                                                             char* out) {
     static constexpr char kMoveDown[2 * kHalfStep] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -208,7 +196,7 @@ bool isOnBoundary(const wchar_t* src) {
 }
 
 __attribute__((target("avx2"))) TextProgress narrow(const wchar_t* src, std::size_t limit, char* out,
-                                                    std::size_t room) {
+                                                    std::size_t room) noexcept {
     if (reinterpret_cast<std::uintptr_t>(src) % sizeof(wchar_t) != 0)
         return {};
     NarrowCursor at{src, limit, out, room};
@@ -222,24 +210,27 @@ __attribute__((target("avx2"))) TextProgress narrow(const wchar_t* src, std::siz
     return {static_cast<std::size_t>(at.src - src), static_cast<std::size_t>(at.out - out)};
 }
 
-} // namespace
-
-TextProgress widenWithAvx2(const char* src, const char* end, wchar_t* out) noexcept {
-    return platform::hasAvx2() ? widen(src, end, out) : TextProgress{};
+wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
+    const TextProgress start = widen(src, end, out);
+    return sse2Kernels()->narrowToWide(src + start.taken, end, out + start.written);
 }
 
-TextProgress narrowWithAvx2(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept {
-    return platform::hasAvx2() ? narrow(src, limit, out, room) : TextProgress{};
+} // namespace
+
+const TextKernels* avx2Kernels() noexcept {
+    static const TextKernels kernels = [] {
+        TextKernels set = *sse2Kernels();
+        set.narrowToWide = narrowToWide;
+        set.wideToNarrowUnmeasured = narrow;
+        return set;
+    }();
+    return &kernels;
 }
 
 #else
 
-TextProgress widenWithAvx2(const char*, const char*, wchar_t*) noexcept {
-    return {};
-}
-
-TextProgress narrowWithAvx2(const wchar_t*, std::size_t, char*, std::size_t) noexcept {
-    return {};
+const TextKernels* avx2Kernels() noexcept {
+    return nullptr;
 }
 
 #endif

@@ -1,5 +1,6 @@
+#include "base/CharacterClass.h"
+#include "base/FileName.h"
 #include "codepage/EastAsianScripts.h"
-#include "platform/FileName.h"
 
 #include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/LmCodePage.h>
@@ -90,7 +91,7 @@ void readLine(const std::wstring& line, FontMap& map) {
 std::wstring widened(std::string_view bytes) {
     std::wstring text;
     for (const char byte : bytes)
-        text += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+        text += static_cast<wchar_t>(byteOf(byte));
     return text;
 }
 
@@ -98,7 +99,7 @@ std::wstring widened(std::string_view bytes) {
 
 void ReadBigfontIni(const wchar_t* path) {
     std::string fileName;
-    if (path == nullptr || !tq::platform::toFileName(path, fileName) || fileName.size() >= kPathSize)
+    if (path == nullptr || !toFileName(path, fileName) || fileName.size() >= kPathSize)
         return;
     std::ifstream file(fileName);
     std::array<char, kLineSize> line{};

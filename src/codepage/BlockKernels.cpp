@@ -1,6 +1,7 @@
+#include "codepage/BlockKernels.h"
+
 #include "codepage/CharacterSteps.h"
 #include "codepage/TextBlocks.h"
-#include "codepage/TextKernels.h"
 
 #include <bit>
 #include <cstddef>
@@ -59,7 +60,7 @@ char* wideToNarrowBlocks(const wchar_t* src, const wchar_t* end, char* out) noex
         out += Block::firstOf(mask);
         do
             stepWideToNarrow(src, out);
-        while (src < end && !platform::isAscii(*src));
+        while (src < end && !isAscii(*src));
     }
     return kPlainKernels.wideToNarrow(src, end, out);
 }
@@ -87,7 +88,7 @@ wchar_t* utf8ToWideBlocks(const char* src, const char* end, wchar_t* out) noexce
         src += taken;
         out += taken;
         takeThreeByteRun(src, end, out);
-        while (src < end && !platform::isAscii(static_cast<unsigned char>(*src)))
+        while (src < end && !isAscii(byteOf(*src)))
             stepUtf8ToWide(src, out);
     }
     return kPlainKernels.utf8ToWide(src, end, out);
@@ -110,21 +111,47 @@ char* wideToUtf8Blocks(const wchar_t* src, const wchar_t* end, char* out) noexce
 }
 
 template <class Block>
-constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>, wideToNarrowBlocks<Block>, utf8ToWideBlocks<Block>,
-                                       wideToUtf8Blocks<Block>};
+std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
+    return count + std::size_t{Block::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);
+}
+
+template <class Block>
+std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
+    return count + Block::countAbove(src, count, kHighestAscii) + Block::countAbove(src, count, 0x7FF) -
+           std::size_t{Block::countAbove(src, count, 0xFFFF)} * 3;
+}
+
+template <class Block>
+constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>,
+                                       wideToNarrowBlocks<Block>,
+                                       utf8ToWideBlocks<Block>,
+                                       wideToUtf8Blocks<Block>,
+                                       wideToNarrowSize<Block>,
+                                       wideToUtf8Size<Block>,
+                                       nullptr};
 
 } // namespace
 
-constinit const TextKernels kWordKernels = kBlockKernels<WordBlock>;
-constinit const TextKernels kWideKernels = kBlockKernels<VectorBlock>;
+constinit const TextKernels kPortableKernels = kBlockKernels<WordBlock>;
 
-std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
-    return count + std::size_t{VectorBlock::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);
+#if defined(__SSE2__)
+
+namespace {
+
+constinit const TextKernels kSse2Kernels = kBlockKernels<VectorBlock>;
+
 }
 
-std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
-    return count + VectorBlock::countAbove(src, count, kHighestAscii) + VectorBlock::countAbove(src, count, 0x7FF) -
-           std::size_t{VectorBlock::countAbove(src, count, 0xFFFF)} * 3;
+const TextKernels* sse2Kernels() noexcept {
+    return &kSse2Kernels;
 }
+
+#else
+
+const TextKernels* sse2Kernels() noexcept {
+    return nullptr;
+}
+
+#endif
 
 } // namespace tq::detail

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/CharacterClass.h"
 #include "codepage/Escapes.h"
-#include "platform/CharacterClass.h"
 
 #include <array>
 #include <cstddef>
@@ -28,7 +28,7 @@ inline void stepNarrowToWide(const char*& src, wchar_t*& out) noexcept {
         }
         // Any other MIF escape stays as it is and holds no second backslash: its bytes can go one by one.
     }
-    *out++ = static_cast<unsigned char>(*src++);
+    *out++ = byteOf(*src++);
 }
 
 inline constexpr auto kHexPairs = [] {
@@ -44,7 +44,7 @@ inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
         *out++ = static_cast<char>(c);
         return;
     }
-    const auto unit = platform::codeOf(c) & 0xFFFF;
+    const auto unit = codeOf(c) & 0xFFFF;
     std::memcpy(out, "\\U+", 3);
     std::memcpy(out + 3, kHexPairs[unit >> 8].data(), 2);
     std::memcpy(out + 5, kHexPairs[unit & 0xFF].data(), 2);
@@ -52,15 +52,15 @@ inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
 }
 
 constexpr bool isContinuation(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+    return (byteOf(byte) & 0xC0U) == 0x80U;
 }
 
 constexpr unsigned payload(char byte, unsigned mask) {
-    return static_cast<unsigned char>(byte) & mask;
+    return byteOf(byte) & mask;
 }
 
 inline void stepUtf8ToWide(const char*& src, wchar_t*& out) noexcept {
-    const auto lead = static_cast<unsigned char>(*src);
+    const auto lead = byteOf(*src);
     if (lead >= 0xE0 && isContinuation(src[1]) && isContinuation(src[2])) {
         *out++ = static_cast<wchar_t>((lead & 0x0FU) << 12 | payload(src[1], 0x3F) << 6 | payload(src[2], 0x3F));
         src += 3;
@@ -75,7 +75,7 @@ inline void stepUtf8ToWide(const char*& src, wchar_t*& out) noexcept {
 
 inline void stepWideToUtf8(const wchar_t*& src, char*& out) noexcept {
     const wchar_t c = *src++;
-    const auto bits = platform::codeOf(c);
+    const auto bits = codeOf(c);
     if (c <= kHighestAscii) {
         *out++ = static_cast<char>(bits);
     } else if (c <= 0x7FF) {

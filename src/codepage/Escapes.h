@@ -1,9 +1,13 @@
 #pragma once
 
+#include "base/CharacterClass.h"
+
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 // The escapes of narrow text. All tests take the characters in ascending order and stop at the first that does not fit,
 // so they never pass the terminator of the text. Char is char, unsigned char or wchar_t.
@@ -55,6 +59,20 @@ constexpr int unicodeEscapeValue(const Char* p) {
     return hexQuad(p + 3);
 }
 
+/// The same where all bytes of an escape may be read, terminator or not: three tests in place of eight.
+inline int readableUnicodeEscapeValue(const char* p) {
+    constexpr bool kIsLittle = std::endian::native == std::endian::little;
+    constexpr std::uint32_t kPrefix = kIsLittle ? 0x2B555C : 0x5C552B00; // \U+
+    constexpr std::uint32_t kAnyCase = kIsLittle ? 0xFFDFFF : 0xFFDFFF00;
+    std::uint32_t first = 0;
+    std::memcpy(&first, p, sizeof first);
+    if ((first & kAnyCase) != kPrefix)
+        return kNoEscape;
+    const auto digit = [p](int i) { return int{kHexValues[byteOf(p[3 + i])]}; };
+    const int value = digit(0) * 0x1000 | digit(1) * 0x100 | digit(2) * 0x10 | digit(3);
+    return value < 0 ? kNoEscape : value; // any byte that is no digit makes it negative
+}
+
 /// The double-byte code of the MIF escape at `p`, or kNoEscape. Its code page digit is p[3].
 template <class Char>
 constexpr int mifEscapeValue(const Char* p) {
@@ -68,10 +86,10 @@ constexpr bool isAsciiMifValue(int value) {
     return value >= 1 && value <= kHighestAscii;
 }
 
-/// Where a conversion of [src, end) stops reading: behind the escape that begins before `end` and runs beyond it, if
+/// Where a conversion of [src, end) stops reading: after the escape that begins before `end` and runs beyond it, if
 /// there is one, otherwise at `end`. An escape holds no second backslash, so only the last one can begin it.
 template <class Char>
-const Char* endBehindLastEscape(const Char* src, const Char* end) {
+const Char* endAfterLastEscape(const Char* src, const Char* end) {
     const Char* const first = end - std::min<std::ptrdiff_t>(end - src, kMifEscapeLength - 1);
     for (const Char* p = end; p != first;) {
         --p;

@@ -1,5 +1,5 @@
+#include "base/CharacterClass.h"
 #include "codepage/LineBreakTable.h"
-#include "platform/CharacterClass.h"
 
 #include <TqOsBase/codepage/LmCodePage.h>
 
@@ -42,8 +42,8 @@ const unsigned char* const LmCodePage::s_ptrAnalyzeLineBreak = s_arrFullAnalyzeL
 
 int LmCodePage::LineBreakClass(wchar_t c) {
     // A negative character becomes a large number; among the rows it comes before the first.
-    if (tq::platform::codeOf(c) < kLowPartCount)
-        return s_LowPartBrakClass[tq::platform::codeOf(c)];
+    if (codeOf(c) < kLowPartCount)
+        return s_LowPartBrakClass[codeOf(c)];
     // The first rows hold the ideographs and the Hangul, most of what is looked up here.
     constexpr std::size_t kRowsOfIdeographs = 3;
     const auto* row = s_HighPartBreakClass.begin();

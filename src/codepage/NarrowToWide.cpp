@@ -1,8 +1,7 @@
-#include "codepage/Avx2Kernels.h"
+#include "base/Utf8.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 #include "codepage/VectorOutput.h"
-#include "platform/Utf8.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
@@ -18,7 +17,7 @@ wchar_t onlyUtf8Character(const char* src) {
     char32_t character = 0;
     if (src == nullptr || *src == '\0')
         return L'?';
-    const std::size_t length = tq::platform::decodeUtf8(src, character);
+    const std::size_t length = decodeUtf8(src, character);
     return length != 0 && src[length] == '\0' ? static_cast<wchar_t>(character) : L'?';
 }
 
@@ -28,16 +27,14 @@ void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length
     const bool hasText = length > 0 && src != nullptr;
     const char* end = src;
     if (hasText)
-        end = endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
+        end = endAfterLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
     const auto keeper = recordWith(out, src);
     const int slots = out.physicalLength();
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     wchar_t* elements = resize(out, earlier + static_cast<std::size_t>(end - src) + 1);
     wchar_t* textEnd = elements + earlier;
-    if (hasText) {
-        const TextProgress start = widenWithAvx2(src, end, textEnd);
-        textEnd = kWideKernels.narrowToWide(src + start.taken, end, textEnd + start.written);
-    }
+    if (hasText)
+        textEnd = currentKernels().narrowToWide(src, end, textEnd);
     terminate(out, elements, textEnd, slots);
 }
 

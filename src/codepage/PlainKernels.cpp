@@ -29,8 +29,31 @@ char* wideToUtf8(const wchar_t* src, const wchar_t* end, char* out) noexcept {
     return out;
 }
 
+std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
+    std::size_t size = 0;
+    char bytes[kUnicodeEscapeLength];
+    for (const wchar_t* const end = src + count; src < end;) {
+        char* out = bytes;
+        stepWideToNarrow(src, out);
+        size += static_cast<std::size_t>(out - bytes);
+    }
+    return size;
+}
+
+std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
+    std::size_t size = 0;
+    char bytes[3];
+    for (const wchar_t* const end = src + count; src < end;) {
+        char* out = bytes;
+        stepWideToUtf8(src, out);
+        size += static_cast<std::size_t>(out - bytes);
+    }
+    return size;
+}
+
 } // namespace
 
-constinit const TextKernels kPlainKernels = {narrowToWide, wideToNarrow, utf8ToWide, wideToUtf8};
+constinit const TextKernels kPlainKernels = {narrowToWide,     wideToNarrow,   utf8ToWide, wideToUtf8,
+                                             wideToNarrowSize, wideToUtf8Size, nullptr};
 
 } // namespace tq::detail

@@ -27,7 +27,7 @@ struct WordBlock {
     struct Narrow {
         explicit Narrow(const char* p) {
             for (std::size_t i = 0; i < kSize; ++i)
-                m_bytes |= std::uint64_t{static_cast<unsigned char>(p[i])} << (8 * i);
+                m_bytes |= std::uint64_t{byteOf(p[i])} << (8 * i);
         }
 
         Mask backslashes() const {
@@ -52,7 +52,7 @@ struct WordBlock {
         explicit Wide(const wchar_t* p) : m_characters(p) {
             for (std::size_t i = 0; i < kSize; ++i) {
                 m_bytes |= (static_cast<std::uint64_t>(p[i]) & 0xFF) << (8 * i);
-                m_notAscii |= std::uint64_t{!platform::isAscii(p[i])} << (8 * i + 7);
+                m_notAscii |= std::uint64_t{!isAscii(p[i])} << (8 * i + 7);
             }
         }
 
@@ -191,10 +191,6 @@ private:
 };
 
 static_assert(sizeof(wchar_t) == 4);
-
-#else
-
-using VectorBlock = WordBlock;
 
 #endif
 

@@ -2,33 +2,54 @@
 
 #include <cstddef>
 
-// The inner loops of the text conversions, each in three forms that give the same characters: the plain one walks
-// character by character and is what the others must agree with, the word form takes stretches of ASCII in steps of
-// 64-bit words, and the wide one in steps of 16 with the processor's vector registers, where it has them that this
-// knows (else it is the word form).
-//
-// All convert [src, end), which holds no 0 and, for the escaped form, ends behind every escape that it begins (see
-// endBehindLastEscape); they return the end of what they wrote and write no terminator. The caller's room:
-//   narrowToWide, utf8ToWide   one element per source byte, and one more
-//   wideToNarrow, wideToUtf8   the size of the same name, and one more
-// Up to that room they may write scratch behind their result.
+// The inner loops of the text conversions. Every set gives the same characters:
+//   plain      character by character: what the others must agree with, and what they leave the ends of texts to
+//   portable   stretches of ASCII in steps of 64-bit words, on any processor
+//   SSE2       in steps of 16 characters, on every x86-64 processor
+//   AVX2       in steps of 32 characters where the text allows it, else as SSE2
+// Conversions run through the best set that the processor has.
 
 namespace tq::detail {
 
+/// How far a conversion has come: both count from the beginning.
+struct TextProgress {
+    std::size_t taken = 0;   ///< Characters read.
+    std::size_t written = 0; ///< Elements that they became.
+};
+
+/// The four conversions take [src, end), which holds no 0 and, for the escaped form, ends after every escape that it
+/// begins (see endAfterLastEscape). They return the end of what they wrote and write no terminator. The caller's room:
+///   narrowToWide, utf8ToWide   one element per source byte, and one more
+///   wideToNarrow, wideToUtf8   the size of the same name, and one more
+/// Up to that room they may write scratch after their result.
 struct TextKernels {
     wchar_t* (*narrowToWide)(const char* src, const char* end, wchar_t* out) noexcept;
     char* (*wideToNarrow)(const wchar_t* src, const wchar_t* end, char* out) noexcept;
     wchar_t* (*utf8ToWide)(const char* src, const char* end, wchar_t* out) noexcept;
     char* (*wideToUtf8)(const wchar_t* src, const wchar_t* end, char* out) noexcept;
+
+    /// The bytes that the conversion of the same name writes for `count` characters, at most INT_MAX of them.
+    std::size_t (*wideToNarrowSize)(const wchar_t* src, std::size_t count) noexcept;
+    std::size_t (*wideToUtf8Size)(const wchar_t* src, std::size_t count) noexcept;
+
+    /// wideToNarrow of the text at `src` up to its first 0, at most `limit` characters of it, into `room` bytes,
+    /// without measuring it first. Null where the set has no way to do that. Unless it runs out of room it takes the
+    /// text to its end, which it finds itself: it reads nothing after the 32 bytes, on a boundary of 32, in which the
+    /// text ends.
+    TextProgress (*wideToNarrowUnmeasured)(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept;
 };
 
 extern const TextKernels kPlainKernels;
-extern const TextKernels kWordKernels;
-extern const TextKernels kWideKernels;
 
-/// The bytes that wideToNarrow writes for `count` characters, at most INT_MAX of them.
-std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept;
-/// The bytes that wideToUtf8 writes for `count` characters, at most INT_MAX of them.
-std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept;
+enum class KernelSet { kPortable, kSse2, kAvx2 };
+
+/// The set, or null where this processor or this build has none of that name.
+const TextKernels* textKernels(KernelSet set) noexcept;
+
+/// The set in use: the best one there is, chosen at the first call.
+const TextKernels& currentKernels() noexcept;
+
+/// Makes `kernels` the set in use from now on. For tests and benchmarks, which so reach every set on one machine.
+void useKernels(const TextKernels& kernels) noexcept;
 
 } // namespace tq::detail

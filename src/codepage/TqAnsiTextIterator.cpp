@@ -23,7 +23,7 @@ constexpr unsigned base(bool hex) {
 
 // The value of a hexadecimal digit, negative for any other byte.
 int digitValue(char byte) noexcept {
-    return kHexValues[static_cast<unsigned char>(byte)];
+    return kHexValues[byteOf(byte)];
 }
 
 // Gives `out`, which is empty, these bytes. The room asked for is the caller's limit and may be absurd.
@@ -76,9 +76,9 @@ unsigned int TqAnsiTextIterator::nextChar() noexcept {
             return m_current = static_cast<unsigned>(value);
         }
     }
-    m_current = static_cast<unsigned char>(*m_position++);
+    m_current = byteOf(*m_position++);
     if (m_multiByte && *m_position != 0 && TqCharMapper::isLeadByte(static_cast<unsigned char>(m_current), m_codePage))
-        m_current = m_current << 8 | static_cast<unsigned char>(*m_position++);
+        m_current = m_current << 8 | byteOf(*m_position++);
     return m_current;
 }
 

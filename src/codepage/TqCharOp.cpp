@@ -1,4 +1,4 @@
-#include "platform/CharacterClass.h"
+#include "base/CharacterClass.h"
 
 #include <TqOsBase/codepage/NlsFunctions.h>
 #include <TqOsBase/codepage/TqCharOp.h>
@@ -9,11 +9,11 @@
 #include <cwchar>
 
 // The platform's class bits are the type 1 flags, so that they can be stored as they come.
-static_assert(kC1Upper == tq::platform::kUpper && kC1Lower == tq::platform::kLower);
-static_assert(kC1Digit == tq::platform::kDigit && kC1Space == tq::platform::kSpace);
-static_assert(kC1Punct == tq::platform::kPunct && kC1Cntrl == tq::platform::kControl);
-static_assert(kC1Blank == tq::platform::kBlank && kC1XDigit == tq::platform::kHexDigit);
-static_assert(kC1Alpha == tq::platform::kAlpha);
+static_assert(kC1Upper == tq::detail::kUpper && kC1Lower == tq::detail::kLower);
+static_assert(kC1Digit == tq::detail::kDigit && kC1Space == tq::detail::kSpace);
+static_assert(kC1Punct == tq::detail::kPunct && kC1Cntrl == tq::detail::kControl);
+static_assert(kC1Blank == tq::detail::kBlank && kC1XDigit == tq::detail::kHexDigit);
+static_assert(kC1Alpha == tq::detail::kAlpha);
 
 int TqCharOp::tqMultiByteToWideChar(unsigned int codePage, unsigned int flags, const char* src, int srcCount,
                                     wchar_t* dst, int dstCount) {
@@ -37,6 +37,6 @@ bool TqCharOp::GetStringType(unsigned int infoType, const wchar_t* src, int coun
         return false;
     const std::size_t length = count == -1 ? std::wcslen(src) : static_cast<std::size_t>(count);
     for (std::size_t i = 0; i < length; ++i)
-        types[i] = tq::platform::characterClasses(src[i]);
+        types[i] = tq::detail::characterClasses(src[i]);
     return length > 0;
 }

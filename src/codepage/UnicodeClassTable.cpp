@@ -1,6 +1,6 @@
 #include "codepage/UnicodeClassTable.h"
 
-#include "platform/CharacterClass.h"
+#include "base/CharacterClass.h"
 
 #include <array>
 #include <cstddef>
@@ -106,7 +106,7 @@ int charSetOfBit(int bit) noexcept {
 }
 
 int unicodeClass(wchar_t ch) noexcept {
-    const auto unit = platform::codeOf(ch);
+    const auto unit = codeOf(ch);
     return unit < kCodeUnits ? kUnicodeClasses[unit] : 0;
 }
 

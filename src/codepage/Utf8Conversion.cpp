@@ -25,7 +25,7 @@ void TqCharMapper::utf8ToUnicode(const char* src, int length, TqVector<wchar_t>&
     const auto keeper = recordWith(out, src);
     const int slots = out.physicalLength();
     wchar_t* elements = resize(out, extent + 1);
-    wchar_t* textEnd = extent == 0 ? elements : kWideKernels.utf8ToWide(src, src + extent, elements);
+    wchar_t* textEnd = extent == 0 ? elements : currentKernels().utf8ToWide(src, src + extent, elements);
     terminate(out, elements, textEnd, slots);
 }
 
@@ -34,9 +34,9 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
         return;
     // The character at index `length` belongs to the text.
     const std::size_t limit = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
-    const TextMeasure text = measure(src, limit, wideToUtf8Size);
+    const TextMeasure text = measure(src, limit, currentKernels().wideToUtf8Size);
     const auto keeper = recordWith(out, src);
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
     char* textBegin = resize(out, earlier + text.size + 1) + earlier;
-    *kWideKernels.wideToUtf8(src, src + text.count, textBegin) = 0;
+    *currentKernels().wideToUtf8(src, src + text.count, textBegin) = 0;
 }

@@ -1,4 +1,3 @@
-#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
 #include "codepage/TextMeasure.h"
@@ -14,11 +13,12 @@ namespace {
 
 // Converts the text, or the beginning of it that fits, into room that the vector has behind its elements: that needs no
 // measuring, and changes nothing that the vector counts.
-TextProgress fillSpareRoom(const wchar_t* src, std::size_t limit, TqVector<char>& out) {
+TextProgress fillSpareRoom(const TextKernels& kernels, const wchar_t* src, std::size_t limit, TqVector<char>& out) {
     const int spare = out.physicalLength() - out.logicalLength() - 1;
-    if (spare <= 0)
+    if (spare <= 0 || kernels.wideToNarrowUnmeasured == nullptr)
         return {};
-    return narrowWithAvx2(src, limit, out.asArrayPtr() + out.logicalLength(), static_cast<std::size_t>(spare));
+    return kernels.wideToNarrowUnmeasured(src, limit, out.asArrayPtr() + out.logicalLength(),
+                                          static_cast<std::size_t>(spare));
 }
 
 // What of a text is still to be converted, and the bytes that it becomes.
@@ -26,10 +26,10 @@ struct WideText {
     const wchar_t* end;
     std::size_t size = 0;
 
-    WideText(const wchar_t* src, std::size_t taken, std::size_t limit) {
+    WideText(const TextKernels& kernels, const wchar_t* src, std::size_t taken, std::size_t limit) {
         std::size_t count = taken;
         if (taken < limit && src[taken] != 0) {
-            const TextMeasure rest = measure(src + taken, limit - taken, wideToNarrowSize);
+            const TextMeasure rest = measure(src + taken, limit - taken, kernels.wideToNarrowSize);
             count += rest.count;
             size = rest.size;
         }
@@ -37,7 +37,7 @@ struct WideText {
         if (count < limit)
             return;
         // The last escape may reach beyond the limit. It is ASCII: copying it is copying its characters.
-        end = endBehindLastEscape(src, end);
+        end = endAfterLastEscape(src, end);
         size += static_cast<std::size_t>(end - (src + count));
     }
 };
@@ -52,14 +52,15 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
     }
     const auto keeper = recordWith(out, src);
     const auto limit = static_cast<std::size_t>(length);
-    TextProgress start = fillSpareRoom(src, limit, out);
-    WideText rest(src, start.taken, limit);
+    const TextKernels& kernels = currentKernels();
+    TextProgress start = fillSpareRoom(kernels, src, limit, out);
+    WideText rest(kernels, src, start.taken, limit);
     if (start.taken != 0 && earlier + start.written + rest.size + 1 > static_cast<std::size_t>(out.physicalLength())) {
         start = {};
-        rest = WideText(src, 0, limit);
+        rest = WideText(kernels, src, 0, limit);
     }
     char* textEnd = resize(out, earlier + start.written + rest.size + 1) + earlier + start.written;
     if (rest.size != 0)
-        textEnd = kWideKernels.wideToNarrow(src + start.taken, rest.end, textEnd);
+        textEnd = kernels.wideToNarrow(src + start.taken, rest.end, textEnd);
     *textEnd = 0;
 }

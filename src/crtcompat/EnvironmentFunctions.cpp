@@ -1,5 +1,5 @@
+#include "base/FileName.h"
 #include "crtcompat/SystemName.h"
-#include "platform/FileName.h"
 
 #include <TqOsBase/crtcompat/EnvironmentFunctions.h>
 
@@ -39,7 +39,7 @@ wchar_t* _wgetenv(const wchar_t* name) {
         return nullptr;
     try {
         std::wstring text;
-        platform::fromSystemText(value, text);
+        detail::fromSystemText(value, text);
         return copyForCaller(text);
     } catch (const std::bad_alloc&) {
         errno = ENOMEM;

@@ -1,5 +1,5 @@
+#include "base/CharacterClass.h"
 #include "crtcompat/Placeholder.h"
-#include "platform/CharacterClass.h"
 
 #include <TqOsBase/crtcompat/MultibyteFunctions.h>
 
@@ -26,7 +26,7 @@ int _ismbbtrail(int) {
 }
 
 int _ismbcspace(unsigned int c) {
-    return tq::platform::isSpace(static_cast<wchar_t>(c)) ? 1 : 0;
+    return tq::detail::isSpace(static_cast<wchar_t>(c)) ? 1 : 0;
 }
 
 unsigned char* _mbsinc(const unsigned char* p) {

@@ -1,4 +1,4 @@
-#include "platform/CharacterClass.h"
+#include "base/CharacterClass.h"
 
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 
@@ -92,10 +92,10 @@ int _wtoi(const wchar_t* s) {
     if (s == nullptr)
         return 0;
     // Only ASCII counts here, while wcstol() skips whatever the locale takes for white space.
-    while (platform::isAscii(*s) && platform::isSpace(*s))
+    while (detail::isAscii(*s) && detail::isSpace(*s))
         ++s;
     const bool isSigned = *s == L'-' || *s == L'+';
-    return platform::isDigit(s[isSigned ? 1 : 0]) ? static_cast<int>(std::wcstol(s, nullptr, 10)) : 0;
+    return detail::isDigit(s[isSigned ? 1 : 0]) ? static_cast<int>(std::wcstol(s, nullptr, 10)) : 0;
 }
 
 long _wtol(const wchar_t* s) {

@@ -1,6 +1,6 @@
 #include "crtcompat/Placeholder.h"
 
-#include "platform/StandardStreams.h"
+#include "base/StandardStreams.h"
 
 #include <cstdio>
 #include <exception>
@@ -10,7 +10,7 @@ namespace tq::detail {
 void endProcess(const char* function) noexcept {
     char message[128];
     std::snprintf(message, sizeof message, "TqOsBase: %s was called, which this system does not have\n", function);
-    platform::writeToStandardError(message);
+    detail::writeToStandardError(message);
     std::terminate();
 }
 

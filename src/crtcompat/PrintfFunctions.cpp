@@ -1,11 +1,11 @@
-#include "platform/FormattedText.h"
+#include "base/FormattedText.h"
 
 #include <TqOsBase/crtcompat/PrintfFunctions.h>
 
 #include <cstdio>
 #include <cwchar>
 
-using tq::platform::FormattedText;
+using tq::detail::FormattedText;
 
 // The wide functions copy the text that was formatted to measure it: formatting it again would give the same.
 

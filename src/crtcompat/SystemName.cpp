@@ -1,6 +1,6 @@
 #include "crtcompat/SystemName.h"
 
-#include "platform/FileName.h"
+#include "base/FileName.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -9,7 +9,7 @@ namespace tq::detail {
 
 int systemName(const wchar_t* text, std::string& out) noexcept {
     constexpr std::size_t kSize = 1024; // bytes, with the terminator
-    const int error = platform::fileNameError(text, out);
+    const int error = detail::fileNameError(text, out);
     return error == 0 && out.size() >= kSize ? ENAMETOOLONG : error;
 }
 

@@ -1,5 +1,5 @@
-#include "platform/StandardStreams.h"
-#include "platform/Utf8.h"
+#include "base/StandardStreams.h"
+#include "base/Utf8.h"
 
 #include <TqOsBase/diag/TqAsserter.h>
 
@@ -12,10 +12,10 @@ namespace {
 void otherAssert(const wchar_t*, const wchar_t* file, int line) {
     if (file == nullptr)
         file = L"(null)";
-    if (platform::canPrintWide(file))
+    if (detail::canPrintWide(file))
         std::wprintf(L"\nTqAsserter failed-- %ls:%d ", file, line);
     else
-        platform::printNarrow("\nTqAsserter failed-- %s:%d ", platform::utf8Of(file).c_str(), line);
+        detail::printNarrow("\nTqAsserter failed-- %s:%d ", detail::utf8Of(file).c_str(), line);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
-#include "platform/FormattedText.h"
-#include "platform/StandardStreams.h"
-#include "platform/Utf8.h"
+#include "base/FormattedText.h"
+#include "base/StandardStreams.h"
+#include "base/Utf8.h"
 
 #include <TqOsBase/diag/TqTracer.h>
 
@@ -21,14 +21,14 @@ constexpr const wchar_t* kOutOfMemory = L"Out of memory!!";
 TqTracer::TqTracer(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    platform::vprintNarrow(format, arguments);
+    detail::vprintNarrow(format, arguments);
     va_end(arguments);
 }
 
 TqTracer::TqTracer(const wchar_t* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const platform::FormattedText formatted(format, arguments);
+    const detail::FormattedText formatted(format, arguments);
     va_end(arguments);
     if (formatted.length() < 0)
         throw kOutOfMemory;
@@ -36,14 +36,14 @@ TqTracer::TqTracer(const wchar_t* format, ...) {
 }
 
 void TqTracer::defaultTraceA(const char* text) {
-    platform::printNarrow(text);
+    detail::printNarrow(text);
 }
 
 void TqTracer::defaultTraceW(const wchar_t* text) {
-    if (platform::canPrintWide(text))
+    if (detail::canPrintWide(text))
         std::wprintf(text);
     else
-        platform::printNarrow(platform::utf8Of(text).c_str()); // directives are ASCII: the same in both
+        detail::printNarrow(detail::utf8Of(text).c_str()); // directives are ASCII: the same in both
 }
 
 void TqTracer::setTraceFunctionA(void (*function)(const char*)) {

@@ -117,6 +117,18 @@ int descriptorOf(std::FILE* stream) noexcept {
     return ::fileno(stream);
 }
 
+void writeDescriptor(int descriptor, const char* bytes, std::size_t n) noexcept {
+    while (n > 0) {
+        const ssize_t done = ::write(descriptor, bytes, n);
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return;
+        bytes += done;
+        n -= static_cast<std::size_t>(done);
+    }
+}
+
 std::uint64_t fileSize(int descriptor) noexcept {
     struct stat info = {};
     return ::fstat(descriptor, &info) == 0 && info.st_size > 0 ? static_cast<std::uint64_t>(info.st_size) : 0;

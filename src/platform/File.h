@@ -47,6 +47,9 @@ bool seekStream(std::FILE* stream, std::int64_t offset, int whence) noexcept;
 std::int64_t tellStream(std::FILE* stream) noexcept;
 
 int descriptorOf(std::FILE* stream) noexcept;
+/// Writes to a file or stream of the system, past all C streams; what it refuses is dropped.
+void writeDescriptor(int descriptor, const char* bytes, std::size_t n) noexcept;
+inline constexpr int kStandardError = 2;
 /// Bytes of the file that the system knows of; 0 when it cannot say.
 std::uint64_t fileSize(int descriptor) noexcept;
 

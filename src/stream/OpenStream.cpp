@@ -1,6 +1,6 @@
+#include "base/FileName.h"
+#include "base/Utf8.h"
 #include "platform/File.h"
-#include "platform/FileName.h"
-#include "platform/Utf8.h"
 
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/diag/TqTracer.h>
@@ -29,7 +29,7 @@ Reason reasonFor(const std::wstring& name, TqIO::CreationDisposition creation, L
     if (name.empty())
         return {EINVAL, " (an empty name)"};
     std::string path;
-    if (!platform::toFileName(name.c_str(), path))
+    if (!detail::toFileName(name.c_str(), path))
         return {EILSEQ};
     if (status == Lumo::eFileLockedByProcess)
         return {EBUSY, " (locked by another process)"};
@@ -48,7 +48,7 @@ Reason reasonFor(const std::wstring& name, TqIO::CreationDisposition creation, L
     if (reason.error == ENOMEM)
         throw std::bad_alloc();
     throw std::system_error(reason.error, std::generic_category(),
-                            "cannot open " + platform::utf8Of(name.c_str()) + " for " + purpose + reason.detail);
+                            "cannot open " + detail::utf8Of(name.c_str()) + " for " + purpose + reason.detail);
 }
 
 // `create` makes the buffer and takes the place for its status.
@@ -87,7 +87,7 @@ const char* meaningOf(Lumo::ErrorStatus status) noexcept {
 }
 
 std::string textOf(const wchar_t* text) {
-    return text == nullptr ? std::string() : platform::utf8Of(text);
+    return text == nullptr ? std::string() : detail::utf8Of(text);
 }
 
 // The default hook takes its text for a format: a percent sign in a name must stay one.

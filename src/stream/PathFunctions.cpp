@@ -1,4 +1,4 @@
-#include "platform/StandardStreams.h"
+#include "base/StandardStreams.h"
 
 #include <TqOsBase/stream/PathFunctions.h>
 
@@ -43,7 +43,7 @@ std::wstring_view takeComponent(std::wstring_view& rest) {
 bool split(std::wstring_view path, const Output& drive, const Output& dir, const Output& fname, const Output& ext) {
     const std::wstring_view first = takeComponent(path);
     if (first.empty()) {
-        tq::platform::printNarrow("failed!\n");
+        tq::detail::printNarrow("failed!\n");
         return false;
     }
     if (!drive.write(first))

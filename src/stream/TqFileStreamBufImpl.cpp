@@ -1,7 +1,7 @@
-#include "platform/ErrnoKeeper.h"
+#include "base/ErrnoKeeper.h"
+#include "base/FileName.h"
 #include "platform/File.h"
 #include "platform/FileLock.h"
-#include "platform/FileName.h"
 #include "platform/StaticInit.h"
 #include "stream/FileOpenPlan.h"
 #include "stream/StreamErrors.h"
@@ -40,7 +40,7 @@ std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
 
 // Keeps what the system said of the step before.
 void releaseLock(int descriptor) noexcept {
-    const platform::ErrnoKeeper keeper;
+    const detail::ErrnoKeeper keeper;
     platform::releaseLock(descriptor);
 }
 
@@ -162,7 +162,7 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
     close(); // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall): while constructing, there is nothing to close
 
     std::string path;
-    if (!platform::toFileName(ownName.get(), path))
+    if (!detail::toFileName(ownName.get(), path))
         return Lumo::eFileOpenFailed;
     const detail::FileOpenPlan plan = detail::planFileOpen(path.c_str(), access, share, creation);
     if (isThrown(plan.status))

@@ -1,6 +1,6 @@
-#include "platform/CharacterLocale.h"
+#include "base/CharacterLocale.h"
+#include "base/FileName.h"
 #include "platform/File.h"
-#include "platform/FileName.h"
 
 #include <TqOsBase/stream/TqFileSystem.h>
 
@@ -23,8 +23,8 @@ bool isEmpty(const wchar_t* path) {
 
 // False, with errno set, when the path has no such form.
 bool toMultibyte(const wchar_t* path, std::string& out) {
-    platform::useUtf8Characters();
-    const int error = platform::utf8FileNameError(path, out);
+    detail::useUtf8Characters();
+    const int error = detail::utf8FileNameError(path, out);
     if (error != 0)
         errno = error;
     return error == 0;
@@ -49,7 +49,7 @@ bool TqFileSystem::isFileExisting(const wchar_t* path) {
 
 bool TqFileSystem::accessFile(const wchar_t* path, TqIO::AccessMode mode) {
     std::string name;
-    if (isEmpty(path) || !platform::toUtf8FileName(path, name))
+    if (isEmpty(path) || !detail::toUtf8FileName(path, name))
         return false;
     const bool toRead = (mode & TqIO::kAccessRead) != 0;
     const bool toWrite = (mode & TqIO::kAccessWrite) != 0;

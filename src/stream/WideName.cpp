@@ -1,4 +1,4 @@
-#include "platform/Utf8.h"
+#include "base/Utf8.h"
 
 #include <TqOsBase/stream/WideName.h>
 
@@ -12,7 +12,7 @@ std::wstring tq::wideName(std::string_view utf8) {
     std::wstring name;
     for (std::size_t at = 0; at < terminated.size();) {
         char32_t character = 0;
-        const std::size_t length = platform::decodeUtf8(terminated.c_str() + at, character);
+        const std::size_t length = detail::decodeUtf8(terminated.c_str() + at, character);
         if (length == 0 || character == 0)
             throw std::invalid_argument("a name that is not UTF-8");
         name += static_cast<wchar_t>(character);
@@ -25,9 +25,9 @@ std::string tq::utf8Name(std::wstring_view name) {
     std::string utf8;
     for (const wchar_t c : name) {
         const auto character = static_cast<char32_t>(c);
-        char sequence[platform::kMaxUtf8Length];
-        const std::size_t length = platform::encodeUtf8(character, sequence);
-        if (length == 0 || character == 0 || platform::isSurrogate(character))
+        char sequence[detail::kMaxUtf8Length];
+        const std::size_t length = detail::encodeUtf8(character, sequence);
+        if (length == 0 || character == 0 || detail::isSurrogate(character))
             throw std::invalid_argument("a name with a character that has no UTF-8");
         utf8.append(sequence, length);
     }

@@ -1,8 +1,7 @@
-#include "codepage/Avx2Kernels.h"
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
-#include "platform/Processor.h"
 #include "reference/GuardedBuffer.h"
+#include "reference/KernelChoice.h"
 #include "reference/TextConversionReference.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
@@ -22,6 +21,8 @@ namespace {
 
 namespace detail = tq::detail;
 using namespace std::string_literals;
+
+[[maybe_unused]] const bool kIsChosen = reference::chooseKernels();
 
 constexpr std::size_t kCapacity = 2048;
 constexpr std::size_t kLongestText = 70; // Several steps of every width, with every tail.
@@ -55,7 +56,7 @@ struct NarrowToWide {
     static const char* end(const char* src, int length) {
         if (length <= 0)
             return nullptr;
-        return detail::endBehindLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
+        return detail::endAfterLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
     }
 };
 
@@ -71,7 +72,7 @@ struct WideToNarrow {
     static const wchar_t* end(const wchar_t* src, int length) {
         if (length <= 0)
             return nullptr;
-        return detail::endBehindLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
+        return detail::endAfterLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
     }
 };
 
@@ -118,7 +119,7 @@ protected:
             return;
         const auto text = expected.substr(Direction::kReplaces ? 0 : 1);
         const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
-        for (const auto* kernels : {&detail::kPlainKernels, &detail::kWordKernels, &detail::kWideKernels}) {
+        for (const detail::TextKernels* kernels : m_kernels) {
             To* first = std::get<reference::GuardedBuffer<To>>(m_output).last(room);
             To* last = (kernels->*Direction::kForm)(src, end, first);
             ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
@@ -153,6 +154,7 @@ protected:
         }
     }
 
+    const std::vector<const detail::TextKernels*> m_kernels = reference::kernelForms();
     template <class Char>
     using Buffer = reference::GuardedBuffer<Char>;
     std::tuple<Buffer<char>, Buffer<wchar_t>> m_source{kCapacity, kCapacity};
@@ -216,7 +218,7 @@ TEST_F(TextConversion, Utf8AtEveryOffsetAndLength) {
     }
 }
 
-TEST_F(TextConversion, ReadsNothingBehindTheLengthOfAnUnterminatedText) {
+TEST_F(TextConversion, ReadsNothingAfterTheLengthOfAnUnterminatedText) {
     for (std::size_t length = 1; length <= kLongestText; ++length) {
         for (const std::string& tail : {""s, "\\U+4E2D"s, "\\M+18140"s}) {
             const std::string text = filler().substr(0, length) + tail;
@@ -230,9 +232,9 @@ TEST_F(TextConversion, ReadsNothingBehindTheLengthOfAnUnterminatedText) {
     }
 }
 
-// With any room the registers write the beginning of the result and nothing behind the room; they stop only where it
-// cannot hold what comes next, or at the end of the text.
-TEST_F(TextConversion, RegistersKeepToTheirRoom) {
+// With any room an unmeasured conversion writes the beginning of the result and nothing after the room; it stops only
+// where the room cannot hold what comes next, or at the end of the text.
+TEST_F(TextConversion, UnmeasuredConversionsKeepToTheirRoom) {
     for (const std::size_t count : {5U, 32U, 69U, 100U}) {
         for (const std::size_t every : {1U, 5U, 33U, 200U}) {
             std::wstring text(count, L'a');
@@ -241,12 +243,14 @@ TEST_F(TextConversion, RegistersKeepToTheirRoom) {
             const wchar_t* src = place(text);
             const std::string whole = reference::wideToNarrow(src, INT_MAX);
             for (std::size_t room = 0; room < whole.size() + 80; ++room) {
-                char* out = std::get<0>(m_output).last(room);
-                const auto [taken, written] = detail::narrowWithAvx2(src, INT_MAX, out, room);
-                ASSERT_LE(written, room);
-                ASSERT_EQ(reference::wideToNarrow(src, static_cast<int>(taken)), whole.substr(0, written));
-                ASSERT_EQ(std::string(out, written), whole.substr(0, written));
-                if (tq::platform::hasAvx2()) {
+                for (const detail::TextKernels* kernels : m_kernels) {
+                    if (kernels->wideToNarrowUnmeasured == nullptr)
+                        continue;
+                    char* out = std::get<0>(m_output).last(room);
+                    const auto [taken, written] = kernels->wideToNarrowUnmeasured(src, INT_MAX, out, room);
+                    ASSERT_LE(written, room);
+                    ASSERT_EQ(reference::wideToNarrow(src, static_cast<int>(taken)), whole.substr(0, written));
+                    ASSERT_EQ(std::string(out, written), whole.substr(0, written));
                     ASSERT_TRUE(taken == count || room - written < detail::kUnicodeEscapeLength) << room;
                 }
             }

@@ -1,6 +1,6 @@
 // Where C libraries differ: the locale of the process and the wide printf functions as other systems have them. The
 // linker leads the library's calls here.
-#include "platform/FileName.h"
+#include "base/FileName.h"
 #include "reference/GuardedBuffer.h"
 
 #include <TqOsBase/crtcompat/PrintfFunctions.h>
@@ -110,9 +110,9 @@ TEST(CLibraries, NoNameOfAFileBecomesAnothers) {
         g_locale = locale;
         std::string bytes;
         errno = EXDEV;
-        EXPECT_TRUE(tq::platform::toFileName(name, bytes));
+        EXPECT_TRUE(tq::detail::toFileName(name, bytes));
         std::wstring back;
-        tq::platform::fromSystemText(bytes.c_str(), back);
+        tq::detail::fromSystemText(bytes.c_str(), back);
         EXPECT_EQ(errno, EXDEV);
         g_locale = nullptr;
         EXPECT_EQ(bytes, expected);

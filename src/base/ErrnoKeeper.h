@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-namespace tq::platform {
+namespace tq::detail {
 
 /// `errno` as it was, at the end of its life: for steps of the library's own that the caller did not ask for.
 class ErrnoKeeper {
@@ -16,4 +16,4 @@ private:
     const int m_before = errno;
 };
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
-namespace tq::platform {
+namespace tq::detail {
 
 /// Wide text that the C library's vswprintf has formatted, in memory of its own. vswprintf cannot say how much room it
 /// would need, so rooms of growing size are tried.
@@ -35,4 +35,4 @@ private:
     int m_length;
 };
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -1,34 +1,35 @@
-#include "platform/CharacterLocale.h"
+#include "base/CharacterLocale.h"
 
-#include "platform/ErrnoKeeper.h"
+#include "base/ErrnoKeeper.h"
+#include "platform/LocaleNames.h"
 
 #include <algorithm>
 #include <clocale>
 #include <initializer_list>
-#include <locale.h>
+#include <iterator>
 #include <string_view>
-#if defined(__APPLE__)
-#include <xlocale.h>
-#endif
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
-bool isCurrent(std::initializer_list<std::string_view> names) noexcept {
+using platform::kUtf8LocaleNames;
+
+template <class Names>
+bool isCurrent(const Names& names) noexcept {
     const char* current = std::setlocale(LC_CTYPE, nullptr);
-    return current != nullptr && std::find(names.begin(), names.end(), current) != names.end();
+    return current != nullptr &&
+           std::find(std::begin(names), std::end(names), std::string_view(current)) != std::end(names);
 }
 
 } // namespace
 
 void useUtf8Characters() noexcept {
     const ErrnoKeeper keeper;
-    // Each system knows one of them. Asked first, because looking for a name that is not there takes a search through
-    // the file system.
-    if (isCurrent({"UTF-8", "C.UTF-8"}))
+    // Asked first, because looking for a name that is not there takes a search through the file system.
+    if (isCurrent(kUtf8LocaleNames))
         return;
-    for (const char* name : {"UTF-8", "C.UTF-8"}) {
+    for (const char* name : kUtf8LocaleNames) {
         if (std::setlocale(LC_CTYPE, name) != nullptr)
             return;
     }
@@ -36,7 +37,7 @@ void useUtf8Characters() noexcept {
 
 Utf8Thread::Utf8Thread() noexcept {
     const ErrnoKeeper keeper;
-    for (const char* name : {"UTF-8", "C.UTF-8"}) {
+    for (const char* name : kUtf8LocaleNames) {
         if (m_locale == nullptr)
             m_locale = ::newlocale(LC_CTYPE_MASK, name, nullptr);
     }
@@ -52,7 +53,7 @@ Utf8Thread::~Utf8Thread() {
 }
 
 bool isPlainLocale() noexcept {
-    return isCurrent({"C", "POSIX"});
+    return isCurrent(std::initializer_list<const char*>{"C", "POSIX"});
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -1,9 +1,9 @@
-#include "platform/CharacterClass.h"
+#include "base/CharacterClass.h"
 
 #include <array>
 #include <cwctype>
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
@@ -101,4 +101,4 @@ CharacterClasses characterClasses(wchar_t c) noexcept {
     return static_cast<CharacterClasses>(classes);
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

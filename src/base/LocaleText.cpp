@@ -1,15 +1,15 @@
-#include "platform/LocaleText.h"
+#include "base/LocaleText.h"
 
-#include "platform/CharacterClass.h"
-#include "platform/CharacterLocale.h"
-#include "platform/ErrnoKeeper.h"
+#include "base/CharacterClass.h"
+#include "base/CharacterLocale.h"
+#include "base/ErrnoKeeper.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <string_view>
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
@@ -42,4 +42,4 @@ bool fromLocaleText(const char* text, std::wstring& out) {
     return std::mbstowcs(out.data(), text, length + 1) == length && (!isPlainLocale() || isAsciiText(out));
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

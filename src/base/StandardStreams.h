@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 
-namespace tq::platform {
+namespace tq::detail {
 
 // A C stream takes either narrow or wide text, whichever came first, and drops the other kind. These calls arrive
 // whatever was written before.
@@ -19,4 +19,4 @@ void vprintNarrow(const char* format, std::va_list arguments);
 /// Writes `text` to standard error at once, without any stream.
 void writeToStandardError(const char* text) noexcept;
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace tq::platform {
+namespace tq::detail {
 
 /// Writes `name` to `out` as the system is to see it, at full length and so that no name becomes another's: in the
 /// encoding of the current locale where that holds the whole name exactly, else as UTF-8. In the locales "C" and
@@ -24,4 +24,4 @@ int utf8FileNameError(const wchar_t* name, std::string& out) noexcept;
 /// left alone. Throws std::bad_alloc.
 void fromSystemText(const char* text, std::wstring& out);
 
-} // namespace tq::platform
+} // namespace tq::detail

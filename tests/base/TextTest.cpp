@@ -1,6 +1,6 @@
-#include "platform/CharacterClass.h"
-#include "platform/FileName.h"
-#include "platform/Utf8.h"
+#include "base/CharacterClass.h"
+#include "base/FileName.h"
+#include "base/Utf8.h"
 #include "reference/GuardedBuffer.h"
 #include "reference/Locales.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-using namespace tq::platform;
+using namespace tq::detail;
 
 struct ClassRow {
     bool (*ours)(wchar_t) noexcept;

@@ -1,31 +1,18 @@
-#include "platform/StandardStreams.h"
+#include "base/StandardStreams.h"
 
-#include "platform/LocaleText.h"
+#include "base/LocaleText.h"
+#include "platform/File.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <string>
-#include <unistd.h>
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
-
-void writeAll(int descriptor, const char* bytes, std::size_t count) noexcept {
-    while (count > 0) {
-        const ssize_t done = ::write(descriptor, bytes, count);
-        if (done < 0 && errno == EINTR)
-            continue;
-        if (done <= 0)
-            return;
-        bytes += done;
-        count -= static_cast<std::size_t>(done);
-    }
-}
 
 std::string formatted(const char* format, std::va_list arguments) {
     std::va_list copy;
@@ -59,11 +46,11 @@ void vprintNarrow(const char* format, std::va_list arguments) {
     }
     const std::string text = formatted(format, arguments);
     std::fflush(stdout);
-    writeAll(::fileno(stdout), text.data(), text.size());
+    platform::writeDescriptor(platform::descriptorOf(stdout), text.data(), text.size());
 }
 
 void writeToStandardError(const char* text) noexcept {
-    writeAll(STDERR_FILENO, text, std::strlen(text));
+    platform::writeDescriptor(platform::kStandardError, text, std::strlen(text));
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

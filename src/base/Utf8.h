@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace tq::platform {
+namespace tq::detail {
 
 /// The longest UTF-8 sequence of one character, in bytes.
 inline constexpr std::size_t kMaxUtf8Length = 4;
@@ -27,4 +27,4 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 /// `text` as UTF-8 up to its terminator, with the replacement character for what lies outside Unicode.
 std::string utf8Of(const wchar_t* text);
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -1,8 +1,8 @@
-#include "platform/FileName.h"
+#include "base/FileName.h"
 
-#include "platform/CharacterClass.h"
-#include "platform/LocaleText.h"
-#include "platform/Utf8.h"
+#include "base/CharacterClass.h"
+#include "base/LocaleText.h"
+#include "base/Utf8.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
@@ -81,4 +81,4 @@ void fromSystemText(const char* text, std::wstring& out) {
     }
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

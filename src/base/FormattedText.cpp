@@ -1,12 +1,12 @@
-#include "platform/FormattedText.h"
+#include "base/FormattedText.h"
 
-#include "platform/CharacterLocale.h"
+#include "base/CharacterLocale.h"
 
 #include <cerrno>
 #include <cwchar>
 #include <optional>
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
@@ -51,4 +51,4 @@ FormattedText::FormattedText(const wchar_t* format, std::va_list arguments) noex
     }
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

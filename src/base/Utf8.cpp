@@ -1,6 +1,6 @@
-#include "platform/Utf8.h"
+#include "base/Utf8.h"
 
-namespace tq::platform {
+namespace tq::detail {
 
 namespace {
 
@@ -81,4 +81,4 @@ std::string utf8Of(const wchar_t* text) {
     return bytes;
 }
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace tq::platform {
+namespace tq::detail {
 
 /// `text` in the encoding of the current C locale: true when converting `out` back gives the same text. A C library may
 /// drop characters that it cannot express, or write one of another language for them, without saying so. The locales
@@ -13,4 +13,4 @@ bool toLocaleText(const wchar_t* text, std::string& out);
 /// The way back: true when all of `text` is valid in that encoding.
 bool fromLocaleText(const char* text, std::wstring& out);
 
-} // namespace tq::platform
+} // namespace tq::detail

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "codepage/TextKernels.h"
+
+namespace tq::detail {
+
+extern const TextKernels kPortableKernels;
+
+/// Null on processors that have no such registers.
+const TextKernels* sse2Kernels() noexcept;
+
+} // namespace tq::detail
