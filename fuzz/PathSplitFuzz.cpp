@@ -60,7 +60,7 @@ int split(const std::wstring& path, Parts& parts) {
                          parts.fname.data(), parts.fname.size(), parts.ext.data(), parts.ext.size());
 }
 
-// The path with single slashes, in front too, and of its dotted components behind the first only the last.
+// The path with single slashes, in front too, and of its dotted components after the first only the last.
 std::wstring joinedAgain(const std::wstring& path) {
     std::wstring folders;
     std::wstring fileName;

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that the rooms include each other in one direction only, and that no operating system is named outside the
-platform room. Prints every offence as file:line and exits with 1 if there is one."""
+"""Checks that the rooms include each other in one direction only, that no operating system is named outside the
+platform room, and that the files that CONTRIBUTING.md names are there. Prints every offence as file:line and exits with
+1 if there is one."""
 
 import pathlib
 import re
@@ -14,6 +15,7 @@ RANK = {room: rank for rank, rooms in enumerate(ORDER) for room in rooms}
 ALLOWED = {("codepage", "crtcompat"), ("platform", "base")}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+(?:"([a-z]+)/|<TqOsBase/([a-z]+)/)')
+NAMED = re.compile(r"`((?:src|include|tests|tools|docs|bench|fuzz)/[\w./-]+\.\w+)`")
 SYSTEM = re.compile(r"^\s*#\s*(?:el)?if.*\b(__linux__|__APPLE__|__MACH__|_WIN32|__unix__)\b")
 
 
@@ -42,6 +44,9 @@ def main() -> int:
                     offences.append(f"{where}: {room} includes {target}, which stands above or beside it")
                 if base != "src" and match.group(1):
                     offences.append(f"{where}: a public header includes an internal one")
+    for number, line in enumerate((root / "CONTRIBUTING.md").read_text(encoding="utf-8").splitlines(), 1):
+        offences += [f"CONTRIBUTING.md:{number}: there is no {name}" for name in NAMED.findall(line)
+                     if not (root / name).exists()]
     print("\n".join(offences) if offences else f"{count} files, every include points downwards")
     return 1 if offences else 0
 

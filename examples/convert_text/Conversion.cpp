@@ -65,7 +65,7 @@ Utf8Character utf8At(std::string_view text) {
 } // namespace
 
 const std::string& Conversion::convert(std::string_view piece) {
-    const bool decoding = m_direction == Direction::ToUtf8;
+    const bool decoding = m_direction == Direction::kToUtf8;
     m_out.clear();
     m_back.clear();
     if (decoding) {
@@ -153,7 +153,7 @@ void Conversion::appendDecoded(std::string_view escaped, std::string& out) {
 void Conversion::appendEncoded(std::string_view utf8, std::string& out) {
     if (utf8.empty())
         return;
-    // The conversion also reads the byte behind the last one, so it gets a terminated copy.
+    // The conversion also reads the byte after the last one, so it gets a terminated copy.
     const std::string text(utf8);
     TqCharMapper::utf8ToUnicode(text.c_str(), static_cast<int>(text.size()), m_wide);
     m_narrow.setLogicalLength(0);

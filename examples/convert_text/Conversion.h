@@ -8,11 +8,11 @@
 #include <string_view>
 
 /// Converts drawing text between its escaped narrow form and UTF-8, a line (or a piece of a very long line) at a time.
-/// Every piece stands in front of a byte that ends it: a 0 or the next byte of the text; pieces never end inside an
+/// Every piece stands before a byte that ends it: a 0 or the next byte of the text; pieces never end inside an
 /// escape or a UTF-8 sequence. Bytes of value 0 pass through.
 class Conversion {
 public:
-    enum class Direction { ToUtf8, ToEscaped };
+    enum class Direction { kToUtf8, kToEscaped };
 
     Conversion(Direction direction, Report& report) : m_direction(direction), m_report(report) {}
 

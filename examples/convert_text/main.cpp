@@ -104,7 +104,7 @@ int main(int argc, char** argv) {
     }
     try {
         const std::vector<files::Name> names = files::namesOf(argc, argv);
-        return run(option == "--to-utf8" ? Conversion::Direction::ToUtf8 : Conversion::Direction::ToEscaped, names[2],
+        return run(option == "--to-utf8" ? Conversion::Direction::kToUtf8 : Conversion::Direction::kToEscaped, names[2],
                    names[3]);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "convert_text: %s\n", error.what());

@@ -14,5 +14,5 @@ int displayWidth(std::wstring_view text);
 /// Appends `text` to `line` and blanks up to `columns`; a longer text is cut, with an ellipsis at its end.
 void appendPadded(std::wstring& line, std::wstring_view text, int columns);
 
-/// `text` in UTF-8, behind what `out` holds.
+/// `text` in UTF-8, after what `out` holds.
 void appendUtf8(std::string& out, const std::wstring& text);

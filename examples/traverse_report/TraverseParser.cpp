@@ -73,16 +73,16 @@ TraverseParser::TraverseParser(const FixedSettings& fixed) : m_fixed(fixed) {
 TraverseParser::Result TraverseParser::parse(std::string_view line) {
     line = trimmed(line);
     if (line.empty() || line.front() == '#')
-        return Result::Nothing;
+        return Result::kNothing;
     if (line.find(';') != std::string_view::npos) {
         if (!parsePoint(line))
-            return Result::Bad;
+            return Result::kBad;
         m_sawPoint = true;
-        return Result::Point;
+        return Result::kPoint;
     }
     std::string_view value = line;
     const std::string_view name = takeUntil(value, ' ');
-    return parseSetting(name, trimmed(value)) ? Result::Nothing : Result::Bad;
+    return parseSetting(name, trimmed(value)) ? Result::kNothing : Result::kBad;
 }
 
 bool TraverseParser::expect(const std::string& what, std::string_view found) {

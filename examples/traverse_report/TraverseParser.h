@@ -25,7 +25,7 @@ class TraverseParser {
 public:
     explicit TraverseParser(const FixedSettings& fixed);
 
-    enum class Result { Nothing, Point, Bad };
+    enum class Result { kNothing, kPoint, kBad };
     /// Reads one line: a point is then in point(), what is wrong with a bad one in expectation().
     Result parse(std::string_view line);
 

@@ -109,9 +109,9 @@ bool report(const Arguments& arguments, files::Input& in, files::Output* out) {
     files::Complaints badLines;
     while (reader.next()) {
         const TraverseParser::Result result = parser.parse(reader.text());
-        if (result == TraverseParser::Result::Point && !reader.isCut()) {
+        if (result == TraverseParser::Result::kPoint && !reader.isCut()) {
             report.add(parser.point(), parser.settings());
-        } else if (result == TraverseParser::Result::Bad || reader.isCut()) {
+        } else if (result == TraverseParser::Result::kBad || reader.isCut()) {
             const std::string reason = reader.isCut()
                                            ? "expected at most " + std::to_string(LineReader::kMaxLine) + " bytes"
                                            : parser.expectation();

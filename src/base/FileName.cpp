@@ -5,6 +5,7 @@
 #include "base/Utf8.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -50,6 +51,7 @@ int errorOf(Convert convert, const wchar_t* name, std::string& out) noexcept {
 } // namespace
 
 bool toFileName(const wchar_t* name, std::string& out) {
+    assert(name != nullptr);
     const std::wstring_view characters = name;
     if (!isUnicode(characters))
         return false;
@@ -63,6 +65,7 @@ int fileNameError(const wchar_t* name, std::string& out) noexcept {
 }
 
 bool toUtf8FileName(const wchar_t* name, std::string& out) {
+    assert(name != nullptr);
     if (!isUnicode(name))
         return false;
     out = utf8Of(name);
@@ -74,7 +77,8 @@ int utf8FileNameError(const wchar_t* name, std::string& out) noexcept {
 }
 
 void fromSystemText(const char* text, std::wstring& out) {
-    if (!fromUtf8(text, out)) {
+    assert(text != nullptr);
+    if (!fromUtf8(text, out)) { // "caf\xE9", an e with an acute accent in a Latin-1 locale
         std::wstring inLocale;
         if (fromLocaleText(text, inLocale))
             out = std::move(inLocale);

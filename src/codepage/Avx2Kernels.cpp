@@ -67,7 +67,7 @@ __attribute__((target("avx2"))) TextProgress widen(const char* const begin, cons
                 continue; // a backslash that is in its place already
             widenStep(after, escapeOut);
             out -= distance(escape, after) - 1;
-            if (after > next) [[unlikely]] {
+            if (after > next) [[unlikely]] { // as by an escape that begins at byte 30 of the step
                 out += distance(next, after);
                 next = after;
             }

@@ -61,7 +61,8 @@ FontMap& userDefinedFonts() {
     return g_mapCP2Bigfont;
 }
 
-// substr() and at() throw std::out_of_range where the line is too short for what must be there.
+// substr(), and at() in readLine(), throw std::out_of_range where the line is too short for what must be there: "a;5"
+// and "kai.shx;" throw, "kaishu;5" is no font, "kai.shx;5" is one.
 bool hasFontExtension(const std::wstring& name) {
     return isSameName(name.substr(name.size() - kFontExtension.size()), kFontExtension);
 }

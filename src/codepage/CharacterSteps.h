@@ -9,7 +9,7 @@
 #include <cstring>
 
 // One character of each conversion, as every form of the kernels takes those that are not plain ASCII. Each writes its
-// character and moves `src` and `out` behind it.
+// character and moves `src` and `out` after it.
 
 namespace tq::detail {
 

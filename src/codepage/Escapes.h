@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -90,6 +91,7 @@ constexpr bool isAsciiMifValue(int value) {
 /// there is one, otherwise at `end`. An escape holds no second backslash, so only the last one can begin it.
 template <class Char>
 const Char* endAfterLastEscape(const Char* src, const Char* end) {
+    assert(src <= end);
     const Char* const first = end - std::min<std::ptrdiff_t>(end - src, kMifEscapeLength - 1);
     for (const Char* p = end; p != first;) {
         --p;

@@ -8,7 +8,7 @@
 
 using namespace tq::detail;
 
-// Rows: the class in front of the place, columns: the class behind it. 0 direct, 1 indirect, 2 combining indirect,
+// Rows: the class before the place, columns: the class after it. 0 direct, 1 indirect, 2 combining indirect,
 // 3 prohibited. A combining mark without a base (row CM) counts as a letter.
 // clang-format off
 const unsigned char LmCodePage::s_arrFullAnalyzeLineBreak[448] = {

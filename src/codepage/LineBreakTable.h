@@ -10,12 +10,12 @@ namespace tq::detail {
 inline constexpr std::size_t kLowPartCount = 0x3200;
 inline constexpr std::size_t kHighPartRowCount = 154;
 
-/// A range of code points: from behind the row before it up to `last`. Between `last` and `next` lie code points
-/// without a class of their own, which so take the class of the row that follows.
+/// A range of code points. It begins after the `last` of the row before and ends with its own `last`. The code points
+/// between `last` and `next` have no class of their own; the ranges give them that of the row that follows.
 struct LineBreakRow {
     std::int32_t last;
     std::int32_t lineBreakClass;
-    std::int32_t next; ///< Where the range of the following row really begins; 0 behind the last row. For readers only.
+    std::int32_t next; ///< The first code point of the next row that has a class; 0 in the last row. For readers only.
 };
 
 extern const std::array<std::uint8_t, kLowPartCount> s_LowPartBrakClass;

@@ -4,6 +4,7 @@
 #include <TqOsBase/codepage/TqCharMapper.h>
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cstddef>
 #include <cstring>
@@ -28,6 +29,7 @@ int digitValue(char byte) noexcept {
 
 // Gives `out`, which is empty, these bytes. The room asked for is the caller's limit and may be absurd.
 void store(TqStringA& out, const char* bytes, int count, int room) {
+    assert(out.isEmpty() && count >= 0);
     if (count == 0)
         return;
     char* buffer = nullptr;

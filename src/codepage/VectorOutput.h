@@ -5,6 +5,7 @@
 #include <TqOsBase/containers/TqVector.h>
 
 #include <algorithm>
+#include <cassert>
 #include <climits>
 #include <cstddef>
 #include <new>
@@ -32,6 +33,7 @@ T* resize(TqVector<T>& out, std::size_t length) {
 /// given back.
 template <class T>
 void terminate(TqVector<T>& out, const T* elements, T* end, int slotsBefore) {
+    assert(end >= elements && end - elements < out.physicalLength());
     *end = 0;
     const int length = static_cast<int>(end - elements) + 1;
     out.setLogicalLength(length);

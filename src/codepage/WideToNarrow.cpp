@@ -11,7 +11,7 @@ using namespace tq::detail;
 
 namespace {
 
-// Converts the text, or the beginning of it that fits, into room that the vector has behind its elements: that needs no
+// Converts the text, or the beginning of it that fits, into room that the vector has after its elements: that needs no
 // measuring, and changes nothing that the vector counts.
 TextProgress fillSpareRoom(const TextKernels& kernels, const wchar_t* src, std::size_t limit, TqVector<char>& out) {
     const int spare = out.physicalLength() - out.logicalLength() - 1;
@@ -36,7 +36,8 @@ struct WideText {
         end = src + count;
         if (count < limit)
             return;
-        // The last escape may reach beyond the limit. It is ASCII: copying it is copying its characters.
+        // The last escape may reach beyond the limit, as in L"ab\\U+00E9" with a limit of 3. It is ASCII: copying it is
+        // copying its characters.
         end = endAfterLastEscape(src, end);
         size += static_cast<std::size_t>(end - (src + count));
     }

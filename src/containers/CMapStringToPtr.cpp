@@ -1,6 +1,7 @@
 #include <TqOsBase/containers/CMapStringToPtr.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -105,6 +106,7 @@ void CMapStringToPtr::InitHashTable(unsigned int count, bool allocNow) {
 
 // The link to the entry of a key, or the null at the end of its chain. There must be a bucket array.
 [[gnu::always_inline]] inline CMapStringToPtr::CAssoc** CMapStringToPtr::findLink(const Key& key) const {
+    assert(m_pHashTable != nullptr && m_nHashTableSize != 0);
     CAssoc** link = &m_pHashTable[key.hash % m_nHashTableSize];
     while (*link != nullptr && !key.isKeyOf(**link))
         link = &(*link)->pNext;
@@ -181,6 +183,7 @@ CMapStringToPtr::CAssoc* CMapStringToPtr::NewAssoc() {
             m_pFreeList = &entries[i];
         }
     }
+    assert(m_pFreeList != nullptr);
     CAssoc* fresh = m_pFreeList;
     m_pFreeList = fresh->pNext;
     ++m_nCount;
@@ -188,6 +191,7 @@ CMapStringToPtr::CAssoc* CMapStringToPtr::NewAssoc() {
 }
 
 void CMapStringToPtr::FreeAssoc(CAssoc* assoc) noexcept {
+    assert(m_nCount > 0);
     assoc->pNext = m_pFreeList;
     m_pFreeList = assoc;
     if (--m_nCount == 0)

@@ -3,6 +3,7 @@
 #include <TqOsBase/containers/CStringArray.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -35,6 +36,7 @@ void requireCount(long long count) {
 
 // Neither is negative. A sum that cannot be expressed is a size that cannot be had.
 long long sum(long long a, long long b) {
+    assert(a >= 0 && b >= 0);
     if (b > kMost - a)
         throw std::bad_alloc();
     return a + b;
@@ -102,6 +104,7 @@ void CStringArray::reserve(long long size) {
 }
 
 void CStringArray::moveTo(long long capacity, long long room) {
+    assert(m_nSize <= capacity && capacity <= room);
     String* fresh = allocate(room);
     relocate(fresh, m_pData, static_cast<std::size_t>(m_nSize));
     release(m_pData);
@@ -213,6 +216,7 @@ void CStringArray::InsertEmpty(long long index, long long count) {
 
 // Inserts source[0], source[step] and so on, which lie outside this array; all or none of them.
 void CStringArray::insertCopies(long long index, const String* source, long long count, long long step) {
+    assert(count == 0 || source + (count - 1) * step < m_pData || source >= m_pData + m_nSize);
     const long long oldSize = m_nSize;
     InsertEmpty(index, count);
     try {

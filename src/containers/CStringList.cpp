@@ -2,6 +2,7 @@
 
 #include <TqOsBase/containers/CStringList.h>
 
+#include <cassert>
 #include <memory>
 #include <new>
 #include <utility>
@@ -235,6 +236,7 @@ __POSITION* CStringList::insert(CNode* prev, CNode* next, std::wstring_view valu
             RemoveAll();
         throw;
     }
+    assert((prev == nullptr || prev->pNext == next) && (next == nullptr || next->pPrev == prev));
     CNode* fresh = m_pNodeFree;
     m_pNodeFree = fresh->pNext;
     fresh->pPrev = prev;
@@ -246,6 +248,8 @@ __POSITION* CStringList::insert(CNode* prev, CNode* next, std::wstring_view valu
 }
 
 void CStringList::unlinkAndFree(CNode* node) noexcept {
+    assert(m_nCount > 0 && (node->pPrev == nullptr) == (node == m_pNodeHead));
+    assert((node->pNext == nullptr) == (node == m_pNodeTail));
     (node->pPrev != nullptr ? node->pPrev->pNext : m_pNodeHead) = node->pNext;
     (node->pNext != nullptr ? node->pNext->pPrev : m_pNodeTail) = node->pPrev;
     std::destroy_at(&node->data);

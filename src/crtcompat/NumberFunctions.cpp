@@ -3,6 +3,7 @@
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 
 #include <algorithm>
+#include <cassert>
 #include <charconv>
 #include <cstdlib>
 #include <cwchar>
@@ -25,6 +26,7 @@ public:
     // Writes the first `count` characters and a terminator; the digits and the sign have the same codes in both types.
     template <class Char>
     Char* write(Char* buf, std::size_t count) const {
+        assert(count <= length());
         *std::copy_n(m_text, count, buf) = Char{};
         return buf;
     }
@@ -38,7 +40,8 @@ private:
     char* m_end;
 };
 
-// The length of `s`, as the base that the text is to be read in; 1, which is none, for a length that is none either.
+// The base that the length of `s` stands for: 0 and 2 to 36 as they are. A text that is longer gives 1, as one of
+// length 1 does: no number can be read in that base.
 int lengthAsBase(const wchar_t* s) {
     constexpr std::size_t kHighestBase = 36;
     const std::size_t length = std::wcslen(s);

@@ -12,7 +12,7 @@ FileOpenPlan refused(Lumo::ErrorStatus status) {
 }
 
 FileOpenPlan openAs(OpenMode mode) {
-    return {.status = Lumo::eOk, .mode = mode};
+    return {.status = Lumo::kOk, .mode = mode};
 }
 
 } // namespace
@@ -23,7 +23,7 @@ FileOpenPlan planFileOpen(const char* path, TqIO::AccessMode access, TqIO::Share
     const bool toWrite = (access & TqIO::kAccessWrite) != 0;
     const bool isAccessible = platform::canAccess(path, toRead, toWrite);
     if (isAccessible && platform::isDirectory(path))
-        return refused(Lumo::eInvalidFileTarget);
+        return refused(Lumo::kInvalidFileTarget);
 
     // All that the share mode decides: one that denies anything opens for update even to read, and one combination is
     // exclusive.
@@ -33,26 +33,26 @@ FileOpenPlan planFileOpen(const char* path, TqIO::AccessMode access, TqIO::Share
     switch (creation) {
     case TqIO::kCreateNew:
         if (isUpdatable)
-            return refused(Lumo::eInvalidFileTarget);
+            return refused(Lumo::kInvalidFileTarget);
         return openAs({.read = toRead, .write = true, .creation = Creation::kExclusive});
     case TqIO::kCreateAlways:
         return openAs({.read = toRead, .write = true, .truncate = true, .creation = Creation::kIfMissing});
     case TqIO::kOpenExisting:
         if (!isAccessible)
-            return refused(Lumo::eFileNotAccessible);
-        return {.status = Lumo::eOk, .isExclusive = isExclusive, .mode = existing};
+            return refused(Lumo::kFileNotAccessible);
+        return {.status = Lumo::kOk, .isExclusive = isExclusive, .mode = existing};
     case TqIO::kOpenAlways:
         if (isUpdatable)
             return openAs(existing);
-        if (platform::canAccess(path, false, false))
-            return refused(Lumo::eFileOpenFailed);
+        if (platform::canAccess(path, false, false)) // there, but read-only or write-only
+            return refused(Lumo::kFileOpenFailed);
         return openAs({.read = toRead, .write = true, .creation = Creation::kIfMissing});
     case TqIO::kTruncateExisting:
         if (!isUpdatable || !toWrite)
-            return refused(Lumo::eInvalidFileTarget);
+            return refused(Lumo::kInvalidFileTarget);
         return openAs({.read = toRead, .write = true, .truncate = true});
     }
-    return refused(Lumo::eInvalidDisposition);
+    return refused(Lumo::kInvalidDisposition);
 }
 
 } // namespace tq::detail

@@ -7,7 +7,7 @@
 
 namespace tq::detail {
 
-/// How a file is to be opened, or, with a status other than eOk, why it is not.
+/// How a file is to be opened, or, with a status other than kOk, why it is not.
 struct FileOpenPlan {
     Lumo::ErrorStatus status;
     bool isExclusive = false; ///< Only if no other process holds a lock and this one has not opened it exclusively.

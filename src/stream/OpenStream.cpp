@@ -31,11 +31,11 @@ Reason reasonFor(const std::wstring& name, TqIO::CreationDisposition creation, L
     std::string path;
     if (!detail::toFileName(name.c_str(), path))
         return {EILSEQ};
-    if (status == Lumo::eFileLockedByProcess)
+    if (status == Lumo::kFileLockedByProcess)
         return {EBUSY, " (locked by another process)"};
     if (error != 0)
         return {error};
-    if (status == Lumo::eFileNotAccessible)
+    if (status == Lumo::kFileNotAccessible)
         return {EBUSY, " (open exclusively in this process)"};
     if (platform::isDirectory(path.c_str()))
         return {EISDIR};
@@ -57,30 +57,30 @@ StreamPointer openAs(const char* purpose, const std::wstring& name, TqIO::Creati
                      const Create& create) {
     if (name.find(L'\0') != std::wstring::npos)
         refuse(name, purpose, {EINVAL, " (a name with a character 0)"});
-    Lumo::ErrorStatus status = Lumo::eOk;
+    Lumo::ErrorStatus status = Lumo::kOk;
     errno = 0;
     StreamPointer stream(create(&status));
     const int error = errno;
-    if (status != Lumo::eOk || stream->fileName() == nullptr)
+    if (status != Lumo::kOk || stream->fileName() == nullptr)
         refuse(name, purpose, reasonFor(name, creation, status, error));
     return stream;
 }
 
 const char* meaningOf(Lumo::ErrorStatus status) noexcept {
     switch (status) {
-    case Lumo::eOk:
+    case Lumo::kOk:
         return "success";
-    case Lumo::eInvalidDisposition:
+    case Lumo::kInvalidDisposition:
         return "no such way to open a file";
-    case Lumo::eFileOpenFailed:
+    case Lumo::kFileOpenFailed:
         return "the system refused to open the file";
-    case Lumo::eFileNotAccessible:
+    case Lumo::kFileNotAccessible:
         return "the file is missing, may not be accessed, or is open exclusively";
-    case Lumo::eInvalidFileTarget:
+    case Lumo::kInvalidFileTarget:
         return "a directory, a file that exists already, or one that cannot be emptied";
-    case Lumo::eEmptyPath:
+    case Lumo::kEmptyPath:
         return "an empty path";
-    case Lumo::eFileLockedByProcess:
+    case Lumo::kFileLockedByProcess:
         return "another process has locked the file";
     }
     return "a status of the application";

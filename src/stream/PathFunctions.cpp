@@ -3,6 +3,7 @@
 #include <TqOsBase/stream/PathFunctions.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cwchar>
 #include <string_view>
 #include <wchar.h> // wcsnlen is POSIX's
@@ -49,13 +50,14 @@ bool split(std::wstring_view path, const Output& drive, const Output& dir, const
     if (!drive.write(first))
         return false;
 
-    wchar_t directory[kPathCapacity]; // each component with a slash in front, so never longer than the path
+    wchar_t directory[kPathCapacity]; // each component with a slash before it, so never longer than the path
     std::size_t directoryLength = 0;
     bool hasFileName = false;
     std::wstring_view fileName;
     for (auto component = takeComponent(path); !component.empty(); component = takeComponent(path)) {
         const std::size_t stop = component.find(L'.');
         if (stop == std::wstring_view::npos) {
+            assert(directoryLength + 1 + component.size() < kPathCapacity);
             directory[directoryLength++] = L'/';
             directoryLength += component.copy(directory + directoryLength, component.size());
         } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,7 @@ constexpr bool fits(std::uint64_t pos, std::uint64_t n, std::uint64_t length) no
 
 /// memmove, with the sizes of the usual records as single moves; pointers may be null when n is 0.
 inline void moveBytes(unsigned char* to, const unsigned char* from, std::size_t n) noexcept {
+    assert(n == 0 || (to != nullptr && from != nullptr));
     if (n == 8) {
         std::uint64_t value = 0;
         std::memcpy(&value, from, sizeof value);

@@ -3,7 +3,7 @@
 namespace tq::detail {
 
 // What the layer throws. Each text is one constant, so that a catcher may compare pointers as well as texts. The
-// functions are out of line and cold: the checks in front of them stay short.
+// functions are out of line and cold, which keeps the checks that call them short.
 inline constexpr const wchar_t* kNoFileName = L"No filename!";
 inline constexpr const wchar_t* kFileInternalError = L"File internal error!";
 inline constexpr const wchar_t* kWriteFileError = L"Write file error!";

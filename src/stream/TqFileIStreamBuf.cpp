@@ -4,6 +4,8 @@
 
 #include <TqOsBase/stream/FileStreamBuf.h>
 
+#include <cassert>
+
 using namespace tq;
 using detail::kEndOfFile;
 using detail::kWriteFileError;
@@ -12,7 +14,7 @@ using detail::throwFileError;
 TqFileIStreamBuf::TqFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                    TqIO::ShareMode share, TqIO::CreationDisposition creation)
     : TqFileStreamBufImpl(name, status, access, share, creation) {
-    if (status != nullptr && *status != Lumo::eOk)
+    if (status != nullptr && *status != Lumo::kOk)
         TqFileStreamBufImpl::close();
     else if (hasFile())
         m_view = platform::mapFile(descriptor(), m_viewLength);
@@ -85,6 +87,7 @@ void TqFileIStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
         return;
     }
     const std::uint64_t position = m_viewPosition;
+    assert(position <= m_viewLength);
     if (n > m_viewLength - position)
         throwFileError(kEndOfFile);
     m_viewPosition = position + n;

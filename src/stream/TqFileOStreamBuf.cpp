@@ -6,6 +6,7 @@
 #include <TqOsBase/stream/FileStreamBuf.h>
 
 #include <algorithm>
+#include <cassert>
 
 using namespace tq;
 
@@ -38,7 +39,7 @@ TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
                                    TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize)
     : TqFileStreamBufImpl(name, status, access, share, creation) {
     m_pending.reserve(std::min(bufferSize, kWriteBehind));
-    if (status != nullptr && *status != Lumo::eOk)
+    if (status != nullptr && *status != Lumo::kOk)
         TqFileStreamBufImpl::close();
 }
 
@@ -52,6 +53,8 @@ TqFileOStreamBuf::~TqFileOStreamBuf() {
 }
 
 void TqFileOStreamBuf::flushPending() {
+    assert(m_pending.tell() <= kWriteBehind);
+    assert(m_pending.length() == m_pending.tell() || m_pending.length() == kWriteBehind);
     const auto count = static_cast<std::uint32_t>(m_pending.tell());
     if (count == 0)
         return;

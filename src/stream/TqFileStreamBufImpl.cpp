@@ -28,7 +28,7 @@ constexpr std::uint64_t kQuietOffset = 0xFFFFFFFF;
 
 // Some refusals are returned and some are thrown: callers rely on which.
 bool isThrown(Lumo::ErrorStatus status) {
-    return status == Lumo::eInvalidFileTarget || status == Lumo::eInvalidDisposition;
+    return status == Lumo::kInvalidFileTarget || status == Lumo::kInvalidDisposition;
 }
 
 std::unique_ptr<wchar_t[]> copyName(const wchar_t* name) {
@@ -96,7 +96,7 @@ TqFileStreamBufImpl::TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus*
                                          TqIO::ShareMode share, TqIO::CreationDisposition creation) {
     try {
         const Lumo::ErrorStatus result = open(name, access, share, creation);
-        if (result != Lumo::eOk && status != nullptr)
+        if (result != Lumo::kOk && status != nullptr)
             *status = result;
     } catch (...) { // NOLINT(bugprone-empty-catch): the contract; the buffer has no file then
     }
@@ -163,26 +163,26 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
 
     std::string path;
     if (!detail::toFileName(ownName.get(), path))
-        return Lumo::eFileOpenFailed;
+        return Lumo::kFileOpenFailed;
     const detail::FileOpenPlan plan = detail::planFileOpen(path.c_str(), access, share, creation);
     if (isThrown(plan.status))
         throw plan.status;
-    if (plan.status != Lumo::eOk)
+    if (plan.status != Lumo::kOk)
         return plan.status;
 
     // Asked before the file is opened: closing a second stream of it would give up the lock that the first one holds.
     if (plan.isExclusive && m_cstrAlreadyOpenFiles.Find(ownName.get()) != nullptr) {
         m_stream = nullptr;
-        return Lumo::eFileNotAccessible;
+        return Lumo::kFileNotAccessible;
     }
     std::unique_ptr<std::FILE, HandleCloser> stream(platform::openStream(path.c_str(), plan.mode));
     if (stream == nullptr)
-        return Lumo::eFileOpenFailed;
+        return Lumo::kFileOpenFailed;
     const int descriptor = platform::descriptorOf(stream.get());
     if (plan.isExclusive) {
         if (platform::isLockedByAnotherProcess(descriptor)) {
             m_stream = nullptr;
-            return Lumo::eFileLockedByProcess;
+            return Lumo::kFileLockedByProcess;
         }
         m_cstrAlreadyOpenFiles.AddTail(ownName.get());
         m_isRegistered = 1;
@@ -192,7 +192,7 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
     m_descriptor = descriptor;
     m_name = ownName.release();
     m_shareMode = share;
-    return Lumo::eOk;
+    return Lumo::kOk;
 }
 
 const wchar_t* TqFileStreamBufImpl::fileName() const {

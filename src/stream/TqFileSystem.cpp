@@ -64,12 +64,12 @@ std::uint64_t TqFileSystem::getFileSize(const wchar_t* path) {
 TqFileStreamBuf* TqFileSystem::createFileBuf(const wchar_t* path, TqIO::AccessMode access, TqIO::ShareMode share,
                                              TqIO::CreationDisposition creation) {
     if (isEmpty(path))
-        throw Lumo::eEmptyPath;
-    Lumo::ErrorStatus status = Lumo::eOk;
+        throw Lumo::kEmptyPath;
+    Lumo::ErrorStatus status = Lumo::kOk;
     TqFileStreamBuf* buffer = (access & TqIO::kAccessWrite) != 0
                                   ? createFileOStreamBuf(path, &status, access, share, creation, kOutputBufferSize)
                                   : createFileIStreamBuf(path, &status, access, share, creation);
-    if (status == Lumo::eOk)
+    if (status == Lumo::kOk)
         return buffer;
     destoryFileIOStreamBuf(buffer);
     return nullptr;

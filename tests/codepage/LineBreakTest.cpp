@@ -41,7 +41,7 @@ std::vector<int> assignedClasses() {
     return classes;
 }
 
-// Areas whose unassigned code points go with what is in front of them.
+// Areas whose unassigned code points go with what is before them.
 bool isInOneBlock(int c) {
     return (c >= 0x3200 && c <= 0xDFFF) || (c >= 0xF900 && c <= 0xFAFF) || (c >= 0x1D400 && c <= 0x1D7FF);
 }

@@ -137,7 +137,7 @@ protected:
         return std::get<reference::GuardedBuffer<From>>(m_source).place(text.c_str(), text.size() + 1);
     }
 
-    // The piece at every offset in the text, with nothing behind it, a little, and enough for another step of each
+    // The piece at every offset in the text, with nothing after it, a little, and enough for another step of each
     // width; taken whole, too far, not at all, and cut at each of its characters.
     template <class Direction, class From>
     void sweep(const std::basic_string<From>& around, const std::basic_string<From>& piece) {

@@ -13,7 +13,7 @@ namespace {
 
 using Puncts = std::vector<wchar_t>;
 
-// Among objects of the first priority this one precedes the library's own, which are linked behind it.
+// Among objects of the first priority this one precedes the library's own, which are linked after it.
 struct EarlyReader {
     EarlyReader() : puncts(TqCharCategory::s_instance.allPuncts()) {}
     const Puncts puncts;

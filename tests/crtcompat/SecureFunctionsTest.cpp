@@ -56,7 +56,7 @@ TEST(WmemcpyS, EverySizeCountAndLength) {
                 EXPECT_EQ(wcsncpy_s(dst, static_cast<int>(size), src, static_cast<int>(count)), isTooLong ? -1 : 0);
                 EXPECT_EQ(std::wstring(dst, size), expected) << size << " " << count << " " << length;
             }
-            // No terminator at all: nothing is read behind what may be copied, or one character more.
+            // No terminator at all: nothing is read after what may be copied, or one character more.
             const wchar_t* src = source.place(kText.c_str(), std::min(count, size + 1));
             EXPECT_EQ(wmemcpy_s(freshRoom(size), size, src, count), count > size ? -1 : 0) << size << " " << count;
         }

@@ -85,7 +85,7 @@ TEST(TqErrorStatus, CopiesDropTheInnerExceptionAndDuplicateABuiltDescription) {
         original.m_flag = true;
         if (built)
             original.description();
-        TqErrorStatus assigned(Lumo::eOk, L"elsewhere", 1);
+        TqErrorStatus assigned(Lumo::kOk, L"elsewhere", 1);
         assigned.description();
         assigned = original;
         for (const TqErrorStatus* copy : {&assigned, new TqErrorStatus(original)}) {

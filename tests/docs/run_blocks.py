@@ -3,10 +3,10 @@
 
     ```cpp with `int main`        a program
     ```cpp otherwise              statements, or with `<!-- shared -->` on the line before it declarations for the page
-    ```text behind a ```cpp       what that block prints; a block without one is only compiled
+    ```text after a ```cpp       what that block prints; a block without one is only compiled
     <!-- check: f({1}, {2}) = {3} -->
                                   before a table, one or more: for every row the call, with the code of the cells put
-                                  in for the numbers, gives the text of the cell behind the equals sign
+                                  in for the numbers, gives the text of the cell after the equals sign
 
 Statements and calls of a page are one program, and each runs in a process of its own, so that settings of one are not
 seen by the next. Prints every difference; fails when there is one or when the page claims nothing.

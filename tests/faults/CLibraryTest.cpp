@@ -144,7 +144,7 @@ TEST(CLibraries, NothingIsReadThatWasNotWritten) {
         expected[0] = L'a';
         EXPECT_EQ(std::wstring(dst, expected.size()), expected);
     }
-    const TqErrorStatus error(Lumo::eOk);
+    const TqErrorStatus error(Lumo::kOk);
     g_refusesWide = true;
     EXPECT_EQ(error.description(), nullptr);
     g_refusesWide = false;

@@ -143,7 +143,7 @@ TEST(Members, Exceptions) {
     EXPECT_EQ(placeOf(withMessage, withMessage.m_pszFile), 24);
     EXPECT_EQ(placeOf(withMessage, withMessage.m_nLine), 32);
     EXPECT_EQ(placeOf(withMessage, withMessage.m_pszMessage), 40);
-    const TqErrorStatus status(Lumo::eOk);
+    const TqErrorStatus status(Lumo::kOk);
     EXPECT_EQ(placeOf(status, status.m_pszMessage), 40);
     EXPECT_EQ(placeOf(status, status.m_pszDescription), 48);
     EXPECT_EQ(placeOf(status, status.m_errorType), 56);
@@ -248,7 +248,7 @@ TEST(Members, Streams) {
     TqFileOStreamBuf output(L"/dev/null", nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, TqIO::kOpenExisting,
                             0);
     output.writeBytes(reinterpret_cast<const u8*>("abc"), 3);
-    EXPECT_EQ(heldAt<uint32_t>(output, 40 + 16), 3U) << "pending in a memory stream behind the base";
+    EXPECT_EQ(heldAt<uint32_t>(output, 40 + 16), 3U) << "pending in a memory stream after the base";
     output.close();
 }
 

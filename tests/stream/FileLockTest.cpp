@@ -72,7 +72,7 @@ protected:
     void SetUp() override { writeFile(m_folder.path("f"), bytesOf("0123456789")); }
 
     BufPtr openExclusively(const std::wstring& name) {
-        m_status = Lumo::eOk;
+        m_status = Lumo::kOk;
         return BufPtr(createFileIOStreamBuf(name.c_str(), &m_status, TqIO::kAccessReadWrite, TqIO::kShareDenyWrite,
                                             TqIO::kOpenExisting));
     }
@@ -80,7 +80,7 @@ protected:
     const TempFolder m_folder;
     const std::wstring m_name = m_folder.wide("f");
     OtherProcess m_other{m_folder.path("f")};
-    Lumo::ErrorStatus m_status = Lumo::eOk;
+    Lumo::ErrorStatus m_status = Lumo::kOk;
     const CStringList& m_registry = TqFileStreamBufImpl::m_cstrAlreadyOpenFiles;
 };
 

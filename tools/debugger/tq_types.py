@@ -5,7 +5,7 @@ which each debugger's file implements:
 
     field(name)        a member, its base classes' included; None when there is none
     number()           as an integer; of a pointer, its address
-    at(index)          what lies `index` elements behind where a pointer, or the start of an array, points
+    at(index)          what lies `index` elements after where a pointer, or the start of an array, points
     pointer_to(name)   a pointer, as one to the type with that name
     memory(count)      `count` bytes from where a pointer points, or from the start of an array or object
     shown()            as the debugger itself shows it

@@ -36,7 +36,7 @@ protected:
 /// the same value.
 ///
 /// A file that cannot be opened, or whose path takes 512 bytes or more, changes nothing. A line of more than 511 bytes
-/// ends the reading. A line that ends with its semicolon, or has fewer than four characters in front of it, throws
+/// ends the reading. A line that ends with its semicolon, or has fewer than four characters before it, throws
 /// std::out_of_range, with the entries read before it kept.
 TQ_API void ReadBigfontIni(const wchar_t* path);
 

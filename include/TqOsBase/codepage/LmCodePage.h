@@ -102,7 +102,7 @@ public:
 
     /// The pair table of the line breaking algorithm of Unicode 4.0, for callers: what holds between a character of
     /// class b and, spaces apart, the next one of class a is the TqLineBreakAction at [b * 21 + a], b and a being
-    /// kLineBreakOP to kLineBreakWJ. The seven bytes behind the 21 rows are 0.
+    /// kLineBreakOP to kLineBreakWJ. The seven bytes after the 21 rows are 0.
     static const unsigned char s_arrFullAnalyzeLineBreak[448];
     /// The first byte of that table.
     static const unsigned char* const s_ptrAnalyzeLineBreak;

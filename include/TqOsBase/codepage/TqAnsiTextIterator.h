@@ -6,7 +6,7 @@
 
 /// Walks narrow text (see TqCharMapper) character by character: a plain byte, a `\U+XXXX` escape (U and digits in
 /// either case) as the character it names, a `\M+nXXXX` escape as its double-byte code XXXX without n. A backslash that
-/// begins neither is a plain byte. Lead bytes would be joined with the byte behind them, but TqCharMapper::isLeadByte
+/// begins neither is a plain byte. Lead bytes would be joined with the byte after them, but TqCharMapper::isLeadByte
 /// knows none, so double-byte text comes in single bytes.
 ///
 /// The text is not owned: it must outlive the iterator and stay unchanged. Its first 0 byte ends it, whatever its
@@ -45,9 +45,9 @@ public:
     ///
     /// Returns 3 when the limit was reached and 1 when the text ended first; `out` is then the bytes from the mark to
     /// the first byte of the character read last, with room for maxBytes bytes if such a block can be had and the piece
-    /// is not empty. Returns 0, and `out` empty although a character was read, when the text ends behind that first
+    /// is not empty. Returns 0, and `out` empty although a character was read, when the text ends after that first
     /// one: odd, but relied upon.
-    /// A character of value 0 counts as the end. The position stays behind the last character read. `out` must not be
+    /// A character of value 0 counts as the end. The position stays after the last character read. `out` must not be
     /// the text walked. Throws std::bad_alloc when there is no memory for the piece, `out` then empty.
     int breakSafely(int maxBytes, TqStringA& out);
 
@@ -61,7 +61,7 @@ protected:
     code_page_id m_codePage;      ///< As it was given.
     unsigned int m_current;       ///< The character read last.
     const char* m_characterStart; ///< Its first byte.
-    const char* m_end;            ///< Behind the last byte of the text.
+    const char* m_end;            ///< After the last byte of the text.
     bool m_multiByte;             ///< Whether lead bytes are asked for.
 
 private:

@@ -12,11 +12,11 @@ public:
     /// Builds the five lists. Throws std::bad_alloc.
     TqCharCategory();
 
-    /// Opening brackets and signs in front of numbers, 29 entries; U+FF08 and U+FFE5 twice.
+    /// Opening brackets and signs before numbers, 29 entries; U+FF08 and U+FFE5 twice.
     const std::vector<wchar_t>& leftPuncts() const { return built().m_leftPuncts; }
     /// Closing brackets, 13 entries.
     const std::vector<wchar_t>& rightPuncts() const { return built().m_rightPuncts; }
-    /// Other punctuation and signs behind numbers, 45 entries; U+00B0 and U+FFE0 twice. The full-width closing
+    /// Other punctuation and signs after numbers, 45 entries; U+00B0 and U+FFE0 twice. The full-width closing
     /// parenthesis U+FF09 is here and among the closing brackets.
     const std::vector<wchar_t>& normalPuncts() const { return built().m_normalPuncts; }
     /// Quotation marks, 10 entries.

@@ -19,7 +19,7 @@ class CReadUserDefBigfontIni;
 /// them are given back.
 class TQ_API TqCharMapper {
 public:
-    /// Narrow to wide, appended with a terminating 0 behind what `out` holds. Converts `length` bytes or up to the
+    /// Narrow to wide, appended with a terminating 0 after what `out` holds. Converts `length` bytes or up to the
     /// first 0 byte; a length of 0 or less appends the terminator only. `\U+XXXX` becomes that character (also
     /// `\U+0000`, which puts a 0 into the text, so that only the logical length tells where it ends), `\M+nXXXX` with a
     /// value of 1 to 127 that character and otherwise stays as it stands, every other byte becomes the character of its
@@ -33,7 +33,7 @@ public:
     static void multiByteToWideChar(code_page_id id, unsigned int flags, const char* src, int length,
                                     TqVector<wchar_t>& out);
 
-    /// Wide to narrow, appended with a terminating 0 behind what `out` holds. Converts `length` characters or up to the
+    /// Wide to narrow, appended with a terminating 0 after what `out` holds. Converts `length` characters or up to the
     /// first 0; a length of 0 or less appends the terminator only. A character above 127 becomes `\U+XXXX` with
     /// upper-case digits of its low 16 bits (U+1F600 is written `\U+F600`), any other one its low byte. Escapes in the
     /// text stay as they are. Deliberately not the inverse of the way in: byte 0xE9 comes back as `\U+00E9`.
@@ -63,7 +63,7 @@ public:
     /// is read as a three-byte one, and every byte that fits no sequence becomes the character of its value.
     static void utf8ToUnicode(const char* src, int length, TqVector<wchar_t>& out);
 
-    /// Wide to UTF-8, appended behind what `out` holds. A null source or a length of 0 leaves `out` untouched, without
+    /// Wide to UTF-8, appended after what `out` holds. A null source or a length of 0 leaves `out` untouched, without
     /// a terminator; a negative length or an empty text appends the terminator only. Otherwise converts up to the first
     /// 0, at most length + 1 characters: the one at index `length` deliberately belongs to the text. Characters above
     /// U+FFFF are dropped, surrogates are written in three bytes, negative characters as their low byte.
@@ -77,7 +77,7 @@ public:
     /// The same over `count` bytes, read as signed.
     static double getCheckSumAnsi(const void* data, int count);
 
-    /// The code page that text drawn with a big font is in, by the font's file name: the part behind the last slash of
+    /// The code page that text drawn with a big font is in, by the font's file name: the part after the last slash of
     /// `fontPath`, with ".shx" added when it has no full stop, is compared without regard to case with the built-in
     /// list, else asked of findCodepageByBigfontInUserDefined (see Bigfont.h, also for `reader` and what is thrown).
     /// kCodePageUndefined for a font of no known code page and for an index outside 1 to 5. Null is taken as empty.

@@ -27,7 +27,7 @@ public:
 
     /// Fills `dst` with dstCount zero bytes, converts the 0-terminated `src` in the current C locale into at most
     /// dstCount bytes, and returns the bytes converted plus 1 for the terminator, which is there only when it fits.
-    /// Returns 0 when a character has no form in the locale (dst then holds what came before it, zeros behind) or `src`
+    /// Returns 0 when a character has no form in the locale (dst then holds what came before it, zeros after) or `src`
     /// is null, and writes nothing and returns 0 when dstCount is negative. A null `dst` only counts. srcCount is
     /// ignored.
     static int WideCharToMultiByteCIF(unsigned int codePage, unsigned int flags, const wchar_t* src, int srcCount,

@@ -29,7 +29,7 @@ public:
         unsigned int nBucket;      ///< Index of its bucket, not the hash.
         wchar_t key[kKeyCapacity]; ///< Terminated.
         unsigned short nLength;    ///< Of the key.
-        bool isPadded;             ///< False while what lies behind the key's terminator still has to be zeroed.
+        bool isPadded;             ///< False while what lies after the key's terminator still has to be zeroed.
         void* value;               ///< The caller's.
     };
 
@@ -79,7 +79,7 @@ public:
 
     /// Where to begin an iteration: a special position, all bits set, or null when the map is empty.
     __POSITION* GetStartPosition() const noexcept;
-    /// Gives key and value of the entry at `pos` and moves `pos` to the next one, null behind the last: bucket by
+    /// Gives key and value of the entry at `pos` and moves `pos` to the next one, null after the last: bucket by
     /// bucket, each chain from the entry inserted last. Throws std::out_of_range when there is none at `pos`. The entry
     /// just given may be removed, the others not, while the iteration goes on.
     void GetNextAssoc(__POSITION*& pos, CStdStr<wchar_t>& key, void*& value) const;

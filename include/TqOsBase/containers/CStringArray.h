@@ -11,7 +11,7 @@
 /// more is made with room for twice its capacity, so that most of those steps leave the elements where they are.
 ///
 /// It holds between any two calls:
-///   0 <= size <= capacity,  the elements [0, size) are alive, the slots behind them are not,  no array <=> capacity =
+///   0 <= size <= capacity,  the elements [0, size) are alive, the slots after them are not,  no array <=> capacity =
 ///   0
 ///
 /// Reading and assigning an element does not check its index, except by assert. What changes the size does: a negative
@@ -59,7 +59,7 @@ public:
     /// Takes the other array's elements in place of its own; grow-by stays.
     void Copy(const CStringArray& other);
 
-    /// Destroys the elements behind `size` or appends empty ones. 0 gives the array back. The capacity never shrinks
+    /// Destroys the elements after `size` or appends empty ones. 0 gives the array back. The capacity never shrinks
     /// otherwise; a first array has exactly `size` slots. growBy is remembered: slots to grow by, 0 for the automatic
     /// steps, negative to leave it as it is.
     void SetSize(long long size, long long growBy = -1);
@@ -68,12 +68,12 @@ public:
     /// Destroys the elements and gives the array back; grow-by stays.
     void RemoveAll() noexcept;
 
-    /// Puts `count` empty elements in front of element `index`. From the end on, the array grows to index + count.
+    /// Puts `count` empty elements before element `index`. From the end on, the array grows to index + count.
     void InsertEmpty(long long index, long long count);
     /// InsertEmpty, then `value` in each of the new elements.
     void InsertAt(long long index, const wchar_t* value, long long count = 1);
     void InsertAt(long long index, const String& value, long long count = 1);
-    /// Puts copies of the other array's elements, which may be this array, in front of element `index`. An empty array
+    /// Puts copies of the other array's elements, which may be this array, before element `index`. An empty array
     /// or null inserts nothing, wherever `index` is.
     void InsertAt(long long index, const CStringArray* other);
     /// Removes `count` elements from `index` on.

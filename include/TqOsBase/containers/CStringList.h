@@ -67,17 +67,17 @@ public:
     void SetAt(__POSITION* pos, const wchar_t* value);
     void SetAt(__POSITION* pos, const String& value);
 
-    /// Adds in front of the head and returns the new position. A null `const wchar_t*` adds an empty string (a bare
+    /// Adds before the head and returns the new position. A null `const wchar_t*` adds an empty string (a bare
     /// nullptr could also mean a list and does not compile).
     __POSITION* AddHead(const wchar_t* value);
     __POSITION* AddHead(const String& value);
-    /// The same behind the tail.
+    /// The same after the tail.
     __POSITION* AddTail(const wchar_t* value);
     __POSITION* AddTail(const String& value);
-    /// Adds copies of the other list's strings, in its order, in front of the head. A list added to itself is doubled;
+    /// Adds copies of the other list's strings, in its order, before the head. A list added to itself is doubled;
     /// null adds nothing. All strings are added or none.
     void AddHead(CStringList* other);
-    /// The same behind the tail.
+    /// The same after the tail.
     void AddTail(CStringList* other);
 
     /// A new node before `pos`; null position: as AddHead. Returns the new position.
@@ -96,9 +96,9 @@ public:
     /// Gives everything back.
     void RemoveAll() noexcept;
 
-    /// The node `index` steps behind the head; null when there is none.
+    /// The node `index` steps after the head; null when there is none.
     __POSITION* FindIndex(long long index) const noexcept;
-    /// The first node behind `startAfter` (null: from the head on) whose string equals `value`, null being the empty
+    /// The first node after `startAfter` (null: from the head on) whose string equals `value`, null being the empty
     /// string; null when there is none. The start itself is never returned.
     __POSITION* Find(const wchar_t* value, __POSITION* startAfter = nullptr) const;
 

@@ -69,7 +69,7 @@ struct TqPodReallocator {
     }
 };
 
-/// Shared copy-on-write storage behind a string: one pointer to the characters, the header in front of them. T is a
+/// Shared copy-on-write storage behind a string: one pointer to the characters, the header before them. T is a
 /// byte type: lengths are counted in bytes. Header derives from TqMemDataHeader and supplies `emptyData()`, the
 /// characters of its shared empty instance, and `assignAttributes(const Header&)`, which copies what else it holds.
 template <class T, class Header, class Allocator, class Reallocator>

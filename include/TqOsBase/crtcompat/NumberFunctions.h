@@ -28,7 +28,7 @@ TQ_API wchar_t* _ui64tow(long long value, wchar_t* buf, int radix);
 /// size 0 nothing is written, and null gives -1.
 TQ_API int _itow_s(int value, wchar_t* buf, std::size_t size, int radix);
 
-/// The decimal integer at the start of `s`, behind ASCII white space and an optional sign, whatever follows it; 0 when
+/// The decimal integer at the start of `s`, after ASCII white space and an optional sign, whatever follows it; 0 when
 /// there is none or `s` is null. A number outside int gives the low 32 bits of its 64-bit value, which stops at the
 /// ends of that range; the namesake stops at the ends of int.
 TQ_API int _wtoi(const wchar_t* s);

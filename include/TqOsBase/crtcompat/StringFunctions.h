@@ -18,7 +18,7 @@ TQ_API wchar_t* _wcslwr(wchar_t* s);
 /// Upper-cases exactly `size` characters, terminator or not, and returns `s`. Its namesake stops at the terminator and
 /// returns an error code.
 TQ_API wchar_t* _wcsupr_s(wchar_t* s, std::size_t size);
-/// Reverses the characters in front of the terminator in place, and returns `s`.
+/// Reverses the characters before the terminator in place, and returns `s`.
 TQ_API wchar_t* _wcsrev(wchar_t* s);
 
 /// wcscoll(): the order of the locale, with regard to case despite the name. INT_MAX when either is null.
@@ -39,9 +39,9 @@ TQ_API unsigned int _wcsnextc(const wchar_t* p);
 /// namesake, so only one thread may use it. Null `delimiters` give null.
 TQ_API wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters);
 
-/// Bytes in front of the terminator; 0 for null.
+/// Bytes before the terminator; 0 for null.
 TQ_API int lstrlenA(const char* s);
-/// Characters in front of the terminator; 0 for null.
+/// Characters before the terminator; 0 for null.
 TQ_API int lstrlenW(const wchar_t* s);
 /// wcscpy(): `dst` must have room. Returns `dst`; null, with nothing written, when either is null.
 TQ_API wchar_t* lstrcpy(wchar_t* dst, const wchar_t* src);

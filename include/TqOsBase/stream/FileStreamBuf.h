@@ -44,14 +44,14 @@ protected:
 /// Reads and writes a file through a C stream, at 64-bit positions. Not thread-safe, and neither is the registry of
 /// exclusive opens, which all buffers share.
 ///
-/// Every open takes a read lock over the whole file, which other processes see; not getting it is no failure. These are
+/// Every open takes a read lock over the whole file, which other processes see; failing to get it is ignored. These are
 /// the system's record locks: closing any stream of a file gives up this process's lock on it.
 class TQ_API TqFileStreamBufImpl : public TqFileStreamBuf {
 public:
     /// No file.
     TqFileStreamBufImpl() = default;
-    /// Opens as open() does but never throws: what open() throws is dropped, and a result other than eOk is stored in
-    /// `status` (which may be null). On success nothing is stored, so the caller sets it to eOk before.
+    /// Opens as open() does but never throws: what open() throws is dropped, and a result other than kOk is stored in
+    /// `status` (which may be null). On success nothing is stored, so the caller sets it to kOk before.
     TqFileStreamBufImpl(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
                         TqIO::CreationDisposition creation);
     /// Takes over `handle`, an open FILE* of the caller's, which close() will close: no name, share mode 0, no lock.
@@ -62,17 +62,17 @@ public:
 
     /// Closes what is open (close() may throw) and opens `name`, in the encoding of the current locale where that holds
     /// it exactly, else and in the locale "C" as UTF-8.
-    /// Returned: eOk; eFileOpenFailed, the system refuses the file, or an existing one may not be read and written as
-    /// kCreateNew or kOpenAlways needs, or the name has no encoding; eFileNotAccessible, kOpenExisting and the file is
-    /// missing or refused, or already open exclusively here; eFileLockedByProcess. Thrown by value as
-    /// Lumo::ErrorStatus: eInvalidFileTarget, a directory, kCreateNew of a file that is there, or kTruncateExisting of
-    /// a missing file or without write access; eInvalidDisposition. A null or empty name throws the text "No filename!"
+    /// Returned: kOk; kFileOpenFailed, the system refuses the file, or an existing one may not be read and written as
+    /// kCreateNew or kOpenAlways needs, or the name has no encoding; kFileNotAccessible, kOpenExisting and the file is
+    /// missing or refused, or already open exclusively here; kFileLockedByProcess. Thrown by value as
+    /// Lumo::ErrorStatus: kInvalidFileTarget, a directory, kCreateNew of a file that is there, or kTruncateExisting of
+    /// a missing file or without write access; kInvalidDisposition. A null or empty name throws the text "No filename!"
     /// and leaves what is open as it was. After any other failure there is no file.
     ///
     /// An open for kAccessReadWrite, kShareDenyWrite, kOpenExisting is exclusive: its name, compared as it was given,
     /// is in the registry until it closes, and it is refused when another process holds any lock on the file. Reading
     /// alone with any share mode but kShareDenyNone opens for update, so it needs write permission, and writing is not
-    /// refused then. A name with a character below 0 or above U+10FFFF gives eFileOpenFailed whatever else is asked; a
+    /// refused then. A name with a character below 0 or above U+10FFFF gives kFileOpenFailed whatever else is asked; a
     /// surrogate is encoded like any other character.
     Lumo::ErrorStatus open(const wchar_t* name, TqIO::AccessMode access, TqIO::ShareMode share,
                            TqIO::CreationDisposition creation);
@@ -161,7 +161,7 @@ private:
 /// that all gets advance. It never writes.
 class TQ_API TqFileIStreamBuf : public TqFileStreamBufImpl {
 public:
-    /// As the base's; in addition, a status other than eOk, even one that the caller left there, closes the file.
+    /// As the base's; in addition, a status other than kOk, even one that the caller left there, closes the file.
     TqFileIStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
                      TqIO::CreationDisposition creation);
     ~TqFileIStreamBuf() override;
@@ -194,14 +194,14 @@ private:
     std::uint64_t m_viewPosition = 0; // <= m_viewLength
 };
 
-/// Writes a file behind a buffer of 16,384 bytes in memory. What is written goes on to the C stream when the buffer is
-/// full and before every read, and to the file on every move and at close(); other processes see what is in the file.
+/// Writes a file through a buffer of 16,384 bytes in memory. The buffer goes to the C stream when it is full and before
+/// every read, and to the file on every move and at close(); other processes see what is in the file.
 /// tell() and length() count what is pending. A write that fails may take along what was pending before it: close()
 /// throws then, and no write is accepted any more.
 class TQ_API TqFileOStreamBuf : public TqFileStreamBufImpl {
 public:
     /// As the base's; in addition `bufferSize` bytes, at most those 16,384, are reserved at once, and a status other
-    /// than eOk, even one that the caller left there, closes the file. Throws std::bad_alloc.
+    /// than kOk, even one that the caller left there, closes the file. Throws std::bad_alloc.
     TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
                      TqIO::CreationDisposition creation, unsigned bufferSize);
     ~TqFileOStreamBuf() override;

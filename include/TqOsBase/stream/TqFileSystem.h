@@ -29,7 +29,7 @@ public:
 
     /// A new output buffer of 16,384 bytes where `access` has kAccessWrite, else a new mapped input buffer; the caller
     /// releases it with destoryFileIOStreamBuf(). Null when opening it stores a status. Where opening throws, such as
-    /// for a directory, a buffer without a file comes back (see FileStreamBuf.h). Throws Lumo::eEmptyPath by value for
+    /// for a directory, a buffer without a file comes back (see FileStreamBuf.h). Throws Lumo::kEmptyPath by value for
     /// null and the empty path, and std::bad_alloc.
     static TqFileStreamBuf* createFileBuf(const wchar_t* path, TqIO::AccessMode access, TqIO::ShareMode share,
                                           TqIO::CreationDisposition creation);

@@ -3,6 +3,9 @@
 #include <TqOsBase/containers/TqVector.h>
 #include <TqOsBase/stream/TqMemStreamBuf.h>
 
+#include <cassert>
+#include <cstdint>
+
 /// A growable byte array with a stream position. A copy shares the bytes until one of the two is written to.
 ///
 /// Failures are a TqException, "Out of stream buffer!" unless another text is named: a range beyond the data, or a sum
@@ -34,10 +37,10 @@ public:
     using TqMemStreamBuf::readByte;
     /// Throws "End of stream buffer!" at the end.
     unsigned char readByte() override;
-    /// Everything behind the written byte is dropped.
+    /// Everything after the written byte is dropped.
     void writeByte(unsigned char byte) override;
     /// Deliberately odd: a byte written at pos = length (other than 0) lies in the storage just past the data and does
-    /// not lengthen it; with pos > length the data ends at pos, in front of the byte; on an empty buffer pos 0 gives
+    /// not lengthen it; with pos > length the data ends at pos, before the byte; on an empty buffer pos 0 gives
     /// length 1. The position becomes `pos`, not the place after the byte.
     void writeByte(std::uint64_t pos, unsigned char byte) override;
     /// Deliberately advances by one, unlike the other gets.
@@ -85,6 +88,7 @@ private:
     // Moves on by `n` and returns the place that the position had, to be written to: for an owner that has given nobody
     // a copy of the buffer and knows that the data is that long.
     [[gnu::visibility("hidden")]] unsigned char* advanceUnshared(std::uint32_t n) noexcept {
+        assert(n <= length() - m_position);
         const TqByteVector& bytes = m_bytes;
         auto* const place = const_cast<unsigned char*>(bytes.asArrayPtr()) + m_position;
         m_position += n;

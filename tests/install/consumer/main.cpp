@@ -52,7 +52,7 @@ void containers() {
 
 void streams(const char* path) {
     const std::wstring name(path, path + std::strlen(path));
-    Lumo::ErrorStatus status = Lumo::eOk;
+    Lumo::ErrorStatus status = Lumo::kOk;
     const unsigned char bytes[] = {1, 2, 3};
     TqFileStreamBuf* out =
         createFileOStreamBuf(name.c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways, 0);
@@ -60,7 +60,7 @@ void streams(const char* path) {
     destoryFileIOStreamBuf(out);
     TqFileStreamBuf* in =
         createFileIStreamBuf(name.c_str(), &status, TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting);
-    expect(status == Lumo::eOk && in->length() == 3 && in->readByte() == 1, "what was written is read");
+    expect(status == Lumo::kOk && in->length() == 3 && in->readByte() == 1, "what was written is read");
     destoryFileIOStreamBuf(in);
 }
 
@@ -122,7 +122,7 @@ void exceptions() {
                    std::wstring(error.description()) == L"thrown in the program";
         });
     expectThrown<TqException>(
-        "the description is built", [] { throw TqErrorStatus(Lumo::eFileOpenFailed, L"no disk", L"main.cpp", 1); },
+        "the description is built", [] { throw TqErrorStatus(Lumo::kFileOpenFailed, L"no disk", L"main.cpp", 1); },
         [](const TqException& error) {
             return std::wstring(error.description()) == L"error type: 53\tmessage:no disk";
         });
