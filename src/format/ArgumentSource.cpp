@@ -45,7 +45,7 @@ private:
     int m_count;
 };
 
-void fetch(FormatParameters& parameter, platform::ArgumentCursor& cursor) {
+void fetch(FormatParameters& parameter, detail::ArgumentCursor& cursor) {
     switch (parameter.type) {
     case kParameterInt:
     case kParameterCharacter:
@@ -165,7 +165,7 @@ bool FormatUtil::valist2FormatParameters(va_list args, FormatParameters* params,
         }
         types.set(directive.position, directive.kind->parameter);
     }
-    tq::platform::ArgumentCursor cursor(args);
+    tq::detail::ArgumentCursor cursor(args);
     std::for_each(params, params + count, [&cursor](FormatParameters& parameter) { fetch(parameter, cursor); });
     return true;
 }

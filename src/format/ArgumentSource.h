@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/ArgumentCursor.h"
 #include "format/Directive.h"
-#include "platform/ArgumentCursor.h"
 
 #include <TqOsBase/format/FormatUtil.h>
 
@@ -66,7 +66,7 @@ private:
     const wchar_t* collectedString(int number) const;
     bool collectPositions(const wchar_t* format, va_list args);
 
-    platform::ArgumentCursor m_cursor;
+    detail::ArgumentCursor m_cursor;
     ParameterArray m_parameters;
     bool m_positional = false;
 };

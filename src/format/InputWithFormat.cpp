@@ -1,6 +1,6 @@
+#include "base/CharacterClass.h"
 #include "format/Directive.h"
 #include "format/ScanFields.h"
-#include "platform/CharacterClass.h"
 
 #include <TqOsBase/format/InputWithFormat.h>
 
@@ -73,7 +73,7 @@ IntegerField integerField(const ScanDirective& directive) {
 }
 
 // Reads the field of one directive; true ends the scan.
-bool scanField(const ScanDirective& directive, ScanfSourceBuf& source, tq::platform::ArgumentCursor& arguments,
+bool scanField(const ScanDirective& directive, ScanfSourceBuf& source, tq::detail::ArgumentCursor& arguments,
                int& assigned) {
     switch (directive.letter) {
     case L'd':
@@ -126,11 +126,11 @@ bool matchOne(ScanfSourceBuf& source, wchar_t c) {
 int InputWithFormat(bool fromStream, const void* source, const wchar_t* format, va_list args) {
     const auto* text = static_cast<const wchar_t*>(source);
     ScanfSourceBuf buffer(text != nullptr ? text : L"", fromStream);
-    tq::platform::ArgumentCursor arguments(args);
+    tq::detail::ArgumentCursor arguments(args);
     int assigned = 0;
     bool stop = false;
     for (const wchar_t* p = format != nullptr ? format : L""; *p != L'\0' && !stop;) {
-        if (tq::platform::isSpace(*p)) {
+        if (tq::detail::isSpace(*p)) {
             buffer.skipSpace();
             ++p;
         } else if (*p == L'%' && p[1] != L'%') {

@@ -12,10 +12,10 @@
 
 namespace {
 
+using tq::detail::ArgumentCursor;
 using tq::detail::DigitSpan;
 using tq::detail::IntegerField;
 using tq::detail::StoreSize;
-using tq::platform::ArgumentCursor;
 
 // Far beyond any exponent that the length of a text could balance, and far from overflow.
 constexpr std::int64_t kExponentLimit = std::int64_t{1} << 56;

@@ -25,17 +25,17 @@ struct IntegerField {
 
 /// A number beyond the stored type is stored as the type's limit.
 bool scanfIntegerFromBuf(const tq::detail::IntegerField& field, unsigned width, ScanfSourceBuf& source, bool assign,
-                         tq::platform::ArgumentCursor& arguments, int& assigned);
+                         tq::detail::ArgumentCursor& arguments, int& assigned);
 
 /// A double, or with `isDouble` false a float.
 bool scanfDoubleFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, bool isDouble,
-                        tq::platform::ArgumentCursor& arguments, int& assigned);
+                        tq::detail::ArgumentCursor& arguments, int& assigned);
 
 /// Characters up to white space, stored with a terminating 0.
-bool scanfStringFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::platform::ArgumentCursor& arguments,
+bool scanfStringFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::detail::ArgumentCursor& arguments,
                         int& assigned);
 
 /// `width` characters of any kind, stored without a terminator. When the source ends before, the scan ends too; what
 /// was read counts as assigned.
-bool scanfCharFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::platform::ArgumentCursor& arguments,
+bool scanfCharFromBuf(unsigned width, ScanfSourceBuf& source, bool assign, tq::detail::ArgumentCursor& arguments,
                       int& assigned);

@@ -1,6 +1,6 @@
 #include "format/ScanSource.h"
 
-#include "platform/CharacterClass.h"
+#include "base/CharacterClass.h"
 
 #include <cassert>
 
@@ -12,7 +12,7 @@ ScanfSourceBuf::ScanfSourceBuf(const wchar_t* text, bool isStream)
 
 void ScanfSourceBuf::readCurrent() {
     // A character with the code of kEnd ends the text too.
-    current = *position != L'\0' ? static_cast<std::int32_t>(tq::platform::codeOf(*position)) : kEnd;
+    current = *position != L'\0' ? static_cast<std::int32_t>(tq::detail::codeOf(*position)) : kEnd;
     if (atEnd())
         return;
     ++position;
@@ -31,11 +31,11 @@ void ScanfSourceBuf::stepBack() {
     if (!atEnd())
         --position;
     --consumed;
-    current = static_cast<std::int32_t>(tq::platform::codeOf(position[-1]));
+    current = static_cast<std::int32_t>(tq::detail::codeOf(position[-1]));
 }
 
 bool ScanfSourceBuf::atSpace() const {
-    return current > 0 && tq::platform::isSpace(static_cast<wchar_t>(current));
+    return current > 0 && tq::detail::isSpace(static_cast<wchar_t>(current));
 }
 
 void ScanfSourceBuf::skipSpace() {

@@ -1,7 +1,0 @@
-#pragma once
-
-#include "base/ArgumentCursor.h"
-
-namespace tq::platform {
-using detail::ArgumentCursor;
-}

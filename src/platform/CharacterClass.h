@@ -1,8 +1,0 @@
-#pragma once
-
-#include "base/CharacterClass.h"
-
-namespace tq::platform {
-using detail::codeOf;
-using detail::isSpace;
-} // namespace tq::platform
