@@ -29,9 +29,9 @@ TOP = """\
 
 /// \\file
 /// Warnings for ported code: after this header is included, every call of a Windows function that the library answers
-/// otherwise than its namesake is a warning of the compiler, which says what differs and what to use. Include it from the
-/// code that is being ported, or for all of it by `-include TqOsBase/porting/Warnings.h`. TQ_PORTING_WARNINGS chooses,
-/// before it is included:
+/// otherwise than its namesake is a warning of the compiler, which says what differs and what to use. Include it from
+/// the code that is being ported, or for all of it by `-include TqOsBase/porting/Warnings.h`. TQ_PORTING_WARNINGS
+/// chooses, before it is included:
 ///   1   functions whose difference loses data or ends the process
 ///   2   also those that differ otherwise, or do nothing (this is the default)
 /// A call that is right as it is says so by `#pragma GCC diagnostic ignored "-Wdeprecated-declarations"` around it.
