@@ -53,7 +53,8 @@ class Measure:
 
     def __init__(self, entry: dict) -> None:
         self.is_bytes = "bytes" in entry
-        nanoseconds = entry["cpu_time"] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
+        clock = "real_time" if entry["run_name"].endswith("/real_time") else "cpu_time"
+        nanoseconds = entry[clock] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
         self.amount = entry["bytes"] if self.is_bytes else nanoseconds
 
     def __truediv__(self, other: "Measure") -> float:

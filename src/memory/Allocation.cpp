@@ -6,6 +6,7 @@
 #include <cwchar>
 
 using tq::detail::g_tqGlobalHeap;
+using tq::detail::HeapVisit;
 using tq::detail::kPageBytes;
 using tq::detail::kSegmentBytes;
 
@@ -112,4 +113,11 @@ void* tqAllocPageHeap(std::size_t size) {
 
 void tqFreePageHeap(void* unit) {
     g_tqGlobalHeap.freeHeapPage(unit);
+}
+
+void tqHeapTrim() {
+    if (const HeapVisit visit; visit)
+        g_tqGlobalHeap.trim();
+    else
+        g_tqGlobalHeap.askToTrim();
 }

@@ -35,11 +35,14 @@ void unlinkSegment(Segment*& head, Segment& segment) noexcept {
         segmentWith(segment.next)->previous = segment.previous;
 }
 
-// Chains fresh descriptors of pages [first, last) in address order and returns the first.
-Page* chainPages(std::byte* segment, std::size_t first, std::size_t last, std::uint16_t flags) noexcept {
+// Chains fresh descriptors of pages [first, last) in address order, with the flags that `flagsOf` gives for what each
+// descriptor was in an earlier use of the segment, and returns the first.
+template <class FlagsOf>
+Page* chainPages(std::byte* segment, std::size_t first, std::size_t last, FlagsOf flagsOf) noexcept {
     Page* next = nullptr;
     for (std::size_t i = last; i > first; --i) {
-        next = new (pageAt(segment, i - 1)) Page{.next = next, .flags = flags};
+        Page* const page = pageAt(segment, i - 1);
+        next = new (page) Page{.next = next, .flags = flagsOf(*page)};
     }
     return next;
 }
@@ -78,6 +81,7 @@ std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) 
             if (segment->uncommittedCount != 0)
                 pushSegment(m_withUncommitted, *segment);
         }
+        segments.waiting().use(1);
         startRun(pool, page, pageAddress(page));
     }
     return takeUnit(pool, *pool.partial);
@@ -89,7 +93,7 @@ Segment* BlockPools::segmentToServe(SegmentTable& segments) noexcept {
         return m_withCommitted;
     Segment* segment = m_withUncommitted;
     if (segment != nullptr) {
-        if (!reallocBlockFromPage(*segment))
+        if (!reallocBlockFromPage(*segment, segments.waiting()))
             return nullptr;
         unlinkSegment(m_withUncommitted, *segment);
     } else {
@@ -106,14 +110,24 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
     std::byte* const base = segments.preallocNewPage(0);
     if (base == nullptr)
         return nullptr;
+    const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
+    const std::size_t held = segments.waiting().takeSegment(identifier);
     if (!SegmentTable::commit(base, 0, kInitialPages)) {
-        segments.release(base);
+        segments.release(base, held);
         return nullptr;
     }
     platform::markUsed(base, kHeaderPages * kPageBytes);
     platform::markFree(base + kHeaderPages * kPageBytes, kUsablePages * kPageBytes);
-    return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages, 0),
-                              .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment, kUncommitted),
+    // Where all pages hold memory, what lies here need not be descriptors.
+    const auto laterFlags = [&](const Page& before) {
+        const bool holdsMemory =
+            held == kPagesPerSegment || (held != 0 && (before.flags & (kUncommitted | kWaiting)) != kUncommitted);
+        segments.waiting().addPages(identifier, holdsMemory ? 1 : 0);
+        return static_cast<std::uint16_t>(holdsMemory ? kUncommitted | kWaiting : kUncommitted);
+    };
+    const auto noFlags = [](const Page&) { return std::uint16_t{0}; };
+    return new (base) Segment{.committedFree = chainPages(base, kHeaderPages, kInitialPages, noFlags),
+                              .uncommitted = chainPages(base, kInitialPages, kPagesPerSegment, laterFlags),
                               .next = 0,
                               .previous = 0,
                               .committedCount = kInitialPages - kHeaderPages,
@@ -123,7 +137,7 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
 
 // Turns the run of adjacent pages at the head of a segment's uncommitted list, which is not empty, into its committed
 // free list, which is. Pages below the high-water mark are accessible already and only take their memory again.
-bool BlockPools::reallocBlockFromPage(Segment& segment) noexcept {
+bool BlockPools::reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) noexcept {
     Page* const first = segment.uncommitted;
     Page* last = first;
     std::uint32_t count = 1;
@@ -138,7 +152,7 @@ bool BlockPools::reallocBlockFromPage(Segment& segment) noexcept {
         segment.highWater = end;
     }
     for (std::uint32_t i = 0; i < count; ++i)
-        first[i].flags = 0;
+        waiting.remove(first[i]);
     segment.committedFree = first;
     segment.committedCount = count;
     segment.uncommitted = std::exchange(last->next, nullptr);
@@ -183,9 +197,13 @@ void BlockPools::returnParked(SegmentTable& segments) noexcept {
 // Returns a wholly free page, already out of its pool, to its segment.
 void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
     Segment& segment = *segmentHeader(&page);
+    WaitingMemory& waiting = segments.waiting();
     page.poolNumber = 0;
     page.flags = 0;
     page.nextUnit = nullptr;
+    waiting.unuse(1);
+    const bool isWhollyFree = segment.committedCount + segment.uncommittedCount + 1 == kUsablePages;
+    const bool isOnlySource = m_withUncommitted == nullptr && m_withCommitted == &segment && segment.next == 0;
     if (segment.committedCount < kCommittedReserve) {
         pushPage(segment.committedFree, page);
         if (segment.committedCount++ == 0) {
@@ -193,18 +211,17 @@ void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
                 unlinkSegment(m_withUncommitted, segment);
             pushSegment(m_withCommitted, segment);
         }
-        return;
-    }
-    const bool isWhollyFree = segment.committedCount + segment.uncommittedCount + 1 == kUsablePages;
-    const bool isOnlySource = m_withUncommitted == nullptr && m_withCommitted == &segment && segment.next == 0;
-    if (isWhollyFree && !isOnlySource) {
+    } else if (isWhollyFree && !isOnlySource) {
         unlinkSegment(m_withCommitted, segment);
-        segments.release(segmentStart(&segment));
-        return;
+        const std::size_t held =
+            kHeaderPages + segment.committedCount + 1 + waiting.pagesOf(TqHeapConfigurator::segmentOf(&segment));
+        segments.release(segmentStart(&segment), held);
+    } else {
+        pushPage(segment.uncommitted, page);
+        ++segment.uncommittedCount;
+        waiting.add(page);
     }
-    pushPage(segment.uncommitted, page);
-    ++segment.uncommittedCount;
-    segments.giveBackPage(page);
+    segments.settle();
 }
 
 } // namespace tq::detail

@@ -52,7 +52,7 @@ public:
 
 private:
     static Segment* allocPage(SegmentTable& segments) noexcept;
-    static bool reallocBlockFromPage(Segment& segment) noexcept;
+    static bool reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) noexcept;
     Segment* segmentToServe(SegmentTable& segments) noexcept;
     void freePage(Page& page, BlockPool& pool, SegmentTable& segments) noexcept;
     void returnParked(SegmentTable& segments) noexcept;

@@ -1,8 +1,10 @@
 #include "memory/HeapCheck.h"
 
+#include <algorithm>
 #include <bitset>
 #include <map>
 #include <unordered_set>
+#include <utility>
 
 namespace tq::detail {
 
@@ -42,7 +44,7 @@ public:
                 checkBlockSegment(id);
         }
         checkParked();
-        checkPending();
+        checkWaiting();
     }
 
 private:
@@ -193,6 +195,7 @@ private:
             require(!(committed[index] && uncommitted[index]), "page in two lists", id, index);
             require(!isFree || m_listed.count(base + index * kPageBytes) == 0, "free page in a pool", id, index);
             require(((page.flags & kUncommitted) != 0) == uncommitted[index], "mark of an uncommitted page", id, index);
+            require((page.flags & kWaiting) == 0 || uncommitted[index], "waiting page in use", id, index);
             require(page.poolNumber <= kBlockPoolCount, "pool number of a run", id, index);
             if (!isFree && m_listed.count(base + index * kPageBytes) == 0)
                 checkFull(page, &m_heap.blockPools().pool(page.poolNumber), id, index);
@@ -226,21 +229,35 @@ private:
                 TqHeapConfigurator::segmentOf(page), pageIndex(*page));
     }
 
-    void checkPending() const {
-        const PendingPages& pending = m_heap.segments().pending();
-        require(pending.count() < PendingPages::kMost, "pending pages", 0);
-        for (std::size_t i = 0; i < pending.count(); ++i) {
-            const Page& page = pending[i];
-            baseOf(page);
-            const std::size_t id = TqHeapConfigurator::segmentOf(&page);
-            if ((page.flags & kPending) == 0)
-                continue;
-            std::bitset<kPagesPerSegment> uncommitted;
-            const Segment& segment = *segmentHeader(&page);
-            walkFreePages(segment.uncommitted, id, uncommitted);
-            require(uncommitted[pageIndex(page)] && pageIndex(page) < segment.highWater, "pending page in use", id,
-                    pageIndex(page));
+    void checkWaiting() const {
+        const WaitingMemory& waiting = m_heap.segments().waiting();
+        std::size_t total = 0;
+        std::size_t released = 0;
+        std::size_t inUse = 0;
+        for (std::size_t id = 1; id < kSegmentCount; ++id) {
+            const unsigned state = m_heap.segments().state(id);
+            const std::size_t pages = waiting.pagesOf(id);
+            require(pages == 0 || id >= waiting.lowest(), "lowest segment with waiting pages", id);
+            total += pages;
+            if ((state & kSegmentInUse) == 0) {
+                require(pages <= kPagesPerSegment, "waiting pages of a free segment", id);
+                released += pages;
+            } else if ((state & kSegmentOfUnits) != 0) {
+                require(pages == 0, "waiting pages of units", id);
+                inUse += kPagesPerSegment;
+            } else {
+                std::byte* const base = TqHeapConfigurator::segmentAddress(id);
+                const Segment& segment = *segmentHeader(base);
+                inUse += kUsablePages - segment.committedCount - segment.uncommittedCount;
+                const auto isWaiting = [](const Page& page) { return (page.flags & kWaiting) != 0; };
+                require(std::cmp_equal(pages, std::count_if(pageAt(base, kHeaderPages), pageAt(base, kPagesPerSegment),
+                                                            isWaiting)),
+                        "waiting pages", id);
+            }
         }
+        require(total == waiting.total() && released == waiting.released(), "sum of the waiting pages", 0);
+        require(inUse == waiting.inUse(), "sum of the pages in use", 0);
+        require(total <= waiting.most(), "bound of the waiting pages", 0);
     }
 
     const GlobalHeap& m_heap;

@@ -6,13 +6,15 @@ namespace tq::detail {
 
 namespace {
 
-constexpr std::uintptr_t kNoReservation = std::uintptr_t{0} - kReservationBytes;
-
 // The hints repeat after this counter.
 constexpr std::uint32_t kLastDistinctCounter = 4;
 
 constexpr bool isAcceptable(std::uintptr_t address) {
     return address != 0 && address % kSegmentBytes == 0;
+}
+
+void setStart(std::uintptr_t address) {
+    __atomic_store_n(&TqHeapConfigurator::pStartAddress, address, __ATOMIC_RELAXED);
 }
 
 } // namespace
@@ -29,7 +31,7 @@ bool TqHeapConfigurator::reserveMemory() noexcept {
             if (!platform::reserveAt(hint, kReservationBytes))
                 continue;
             if (isAcceptable(hint)) {
-                pStartAddress = hint;
+                setStart(hint);
                 return true;
             }
             platform::unreserve(hint, kReservationBytes);
@@ -38,7 +40,7 @@ bool TqHeapConfigurator::reserveMemory() noexcept {
     const std::uintptr_t address = platform::reserveAnywhere(kReservationBytes, kSegmentBytes);
     if (!isAcceptable(address))
         return false;
-    pStartAddress = address;
+    setStart(address);
     return true;
 }
 

@@ -13,13 +13,17 @@ inline constexpr std::size_t kPagesPerSegment = kSegmentBytes / kPageBytes;
 inline constexpr std::size_t kSegmentCount = 8192;
 inline constexpr std::size_t kReservationBytes = kSegmentCount * kSegmentBytes;
 
+/// What stands for the start of a reservation where there is none: so high that no address of a process lies in the
+/// range after it.
+inline constexpr std::uintptr_t kNoReservation = std::uintptr_t{0} - kReservationBytes;
+
 /// Where the heap's address space lies. Segment k begins at pStartAddress + k * kSegmentBytes.
 struct TqHeapConfigurator {
     /// The highest usable segment identifier.
     static constexpr std::int16_t kMaxPageId = kSegmentCount - 1;
     /// Identifier whose state comes first in the segment state table.
     static constexpr std::int16_t mOffSetId = 0;
-    /// Start of the reservation. Without one it is so high that no address of a process lies in the range after it.
+    /// Start of the reservation, kNoReservation without one.
     [[gnu::visibility("hidden")]] static constinit std::uintptr_t pStartAddress;
 
     /// Pages that fill one page of the system: a power of two, 1 where it is no larger.
@@ -38,7 +42,8 @@ struct TqHeapConfigurator {
 
     /// Distance of an address from the start of the reservation; kReservationBytes or more for one outside.
     static std::uintptr_t offsetOf(const void* address) noexcept {
-        return reinterpret_cast<std::uintptr_t>(address) - pStartAddress;
+        // Any thread may ask; where the heap is built meanwhile, the address is not the heap's either way.
+        return reinterpret_cast<std::uintptr_t>(address) - __atomic_load_n(&pStartAddress, __ATOMIC_RELAXED);
     }
     static std::byte* segmentAddress(std::size_t identifier) noexcept {
         return reinterpret_cast<std::byte*>(pStartAddress + (identifier << kSegmentShift));

@@ -3,6 +3,7 @@
 #include "memory/HeapConfigurator.h"
 #include "platform/MemoryMarks.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -27,9 +28,9 @@
 //   c == length of committedFree <= kCommittedReserve,   n == length of uncommitted
 //   c + n + (pages in pools) == kUsablePages             each usable page is in exactly one place
 //   pages [0, h) are accessible and no others: pages in pools and committed free pages lie below h
-//   pages [h, 256) are on the uncommitted list, at its end, in address order; those of it below h were given back, or
-//   have kPending and are to be
+//   pages [h, 256) are on the uncommitted list, at its end, in address order
 //   poolNumber == 0 for each page that is in no pool; kUncommitted marks those on the uncommitted list, and no others
+//   kWaiting marks those of them whose memory was not given back; above h it is left of an earlier use of the segment
 //   in list A  <=>  c > 0;   in list B  <=>  c == 0 and n > 0
 //
 // The system's pages may be larger than the heap's. All of the above is the same there; only rights and memory come and
@@ -40,6 +41,21 @@
 //   state of segment k has kSegmentOfUnits  <=>  identifier == k  <=>  its page pool lists it
 //   otherwise identifier == kNoSegment and all else is 0
 namespace tq::detail {
+
+/// Bits of a segment's state. A segment that may be taken has exactly kSegmentFree, or exactly kSegmentLastResort:
+/// taken after all others; nothing here produces that one. Segment 0 has no bit, so it is never taken.
+enum SegmentState : std::uint8_t {
+    kSegmentInUse = 1,
+    kSegmentFree = 2,
+    kSegmentLastResort = 4,
+    kSegmentOfUnits = 8, ///< Beside kSegmentInUse: it serves a page pool. Freeing tells the two kinds apart by it.
+};
+
+/// State of a segment that serves block pools, but for one that was taken as the last resort.
+inline constexpr std::uint8_t kBlockSegment = kSegmentInUse | kSegmentFree;
+
+/// The states of all segments, by identifier.
+using SegmentStates = std::array<std::uint8_t, kSegmentCount>;
 
 /// Pages at the start of a block segment that hold its header and page descriptors.
 inline constexpr std::size_t kHeaderPages = 2;
@@ -53,8 +69,8 @@ inline constexpr std::uint32_t kCommittedReserve = 16;
 
 /// Flag of a run: its free units are chained, or there are none; otherwise they are the rest of it from nextUnit on.
 inline constexpr std::uint16_t kFreeListMode = 1;
-/// Flag of a page on its segment's uncommitted list: its memory is yet to be given back.
-inline constexpr std::uint16_t kPending = 2;
+/// Flag of a page on its segment's uncommitted list: its memory waits and may still be given back (WaitingMemory.h).
+inline constexpr std::uint16_t kWaiting = 2;
 /// Flag of every page on its segment's uncommitted list: it holds nothing that anyone wants.
 inline constexpr std::uint16_t kUncommitted = 4;
 

@@ -34,9 +34,9 @@ struct Counts {
 State freePageState(const detail::Segment& segment, const detail::Page& page) {
     if ((page.flags & detail::kUncommitted) == 0)
         return State::eReserve;
-    if (detail::pageIndex(page) >= segment.highWater)
-        return State::eUntouched;
-    return (page.flags & detail::kPending) != 0 ? State::eWaiting : State::eGivenBack;
+    if ((page.flags & detail::kWaiting) != 0)
+        return State::eWaiting;
+    return detail::pageIndex(page) >= segment.highWater ? State::eUntouched : State::eGivenBack;
 }
 
 void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
@@ -119,10 +119,13 @@ bool isInUse(std::size_t segment) {
 
 HeapReport heapReport() {
     HeapReport report;
-    if (!g_tqGlobalHeap.blockPools().exist())
+    const detail::HeapVisit visit;
+    if (g_tqGlobalHeap.isOver())
         return report;
     report.address = TqHeapConfigurator::pStartAddress;
     report.reservedBytes = detail::kReservationBytes;
+    if (!visit)
+        return report;
     std::size_t inUse = 0;
     for (std::size_t number = 1; number < detail::kSegmentCount; ++number)
         inUse += isInUse(number);
@@ -147,6 +150,7 @@ HeapReport heapReport() {
             if (page.state == State::eHeader || page.state == State::eReserve || page.state == State::eInPool)
                 report.committedBytes += kPageBytes;
     }
+    report.waitingBytes = g_tqGlobalHeap.segments().waiting().total() * kPageBytes;
     addPools(report, counts.blocks, false);
     addPools(report, counts.units, true);
     return report;

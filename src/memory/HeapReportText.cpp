@@ -27,7 +27,7 @@ struct Look {
 
 constexpr Look kLooks[] = {
     {State::eHeader, "#5b6b7a", "header"},        {State::eInPool, "#1f6fb2", "in a pool, the darker the fuller"},
-    {State::eReserve, "#9fd3a8", "free, kept"},   {State::eWaiting, "#e8d38a", "free, about to go back"},
+    {State::eReserve, "#9fd3a8", "free, kept"},   {State::eWaiting, "#e8d38a", "free, memory waits"},
     {State::eGivenBack, "#efefef", "given back"}, {State::eUntouched, "#ffffff", "never used"},
 };
 
@@ -70,8 +70,8 @@ std::string heapReportText(const HeapReport& report) {
     std::string text;
     append(text, "heap at 0x%llx: %zu segments\n", static_cast<unsigned long long>(report.address),
            report.segments.size());
-    append(text, "reserved %zu bytes, committed %zu, resident %zu\n", report.reservedBytes, report.committedBytes,
-           report.residentBytes);
+    append(text, "reserved %zu bytes, committed %zu, resident %zu, waiting %zu\n", report.reservedBytes,
+           report.committedBytes, report.residentBytes, report.waitingBytes);
     append(text, "%-6s %6s %8s %10s %10s %14s\n", "pool", "unit", "pages", "used", "free", "asked");
     for (const HeapReport::Pool& pool : report.pools) {
         append(text, "%-5s%2d %6zu %8zu %10zu %10zu ", pool.servesPages ? "page" : "block", pool.number, pool.unitBytes,
@@ -95,9 +95,9 @@ std::string heapReportSvg(const HeapReport& report) {
     append(svg, "<text x=\"8\" y=\"18\" font-size=\"14\">Heap at 0x%llx</text>\n",
            static_cast<unsigned long long>(report.address));
     append(svg,
-           "<text x=\"8\" y=\"36\">%d segments of 1 MiB, a cell for each page; committed %zu KiB, resident %zu KiB",
-           rows, report.committedBytes / 1024, report.residentBytes / 1024);
-    svg += "</text>\n";
+           "<text x=\"8\" y=\"36\">%d segments of 1 MiB, a cell for each page; committed %zu KiB, resident %zu KiB, "
+           "waiting %zu KiB</text>\n",
+           rows, report.committedBytes / 1024, report.residentBytes / 1024, report.waitingBytes / 1024);
     int y = kTop;
     for (const HeapReport::Segment& segment : report.segments) {
         append(svg, "<text x=\"8\" y=\"%d\">%zu</text>\n", y + 10, segment.number);

@@ -25,12 +25,14 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
         std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
         if (base == nullptr)
             return nullptr;
+        const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
+        const std::size_t held = segments.waiting().takeSegment(identifier);
         if (!SegmentTable::commit(base, 0, kPagesPerSegment)) {
-            segments.release(base);
+            segments.release(base, held);
             return nullptr;
         }
+        segments.waiting().use(kPagesPerSegment);
         platform::markFree(base, kSegmentBytes);
-        const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
         m_records[identifier].setIdentifier(identifier);
         startRun(pool, m_records[identifier], base);
     }
@@ -42,13 +44,14 @@ void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexce
     if (m_pools == nullptr)
         return;
     PagePool& pool = (*m_pools)[record.poolNumber];
-    platform::markGivenBack(unit, pool.unitSize);
     if (giveUnit(pool, record, unit))
         return;
     if (hasUnit(record))
         unlinkRun(pool, record);
     record = UnitSegment{};
-    segments.release(segmentStart(unit));
+    segments.waiting().unuse(kPagesPerSegment);
+    segments.release(segmentStart(unit), kPagesPerSegment);
+    segments.settle();
 }
 
 } // namespace tq::detail

@@ -43,13 +43,17 @@ std::byte* SegmentTable::preallocNewPage(std::uint8_t kind) noexcept {
     return TqHeapConfigurator::segmentAddress(identifier);
 }
 
-void SegmentTable::release(std::byte* segment) noexcept {
+void SegmentTable::release(std::byte* segment, std::size_t held) noexcept {
     const std::size_t identifier = TqHeapConfigurator::segmentOf(segment);
     stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) & ~(kSegmentInUse | kSegmentOfUnits));
     m_searchHint = std::max(m_searchHint, static_cast<std::int16_t>(identifier));
-    m_pending.drop(segment);
-    platform::giveBack(segment, kSegmentBytes);
     platform::makeInaccessible(segment, kSegmentBytes);
+    m_waiting.addSegment(identifier, held);
+}
+
+// A sixteenth of the bound more than what exceeds it, so that this is not called for every page.
+void SegmentTable::giveBackExcess() noexcept {
+    m_waiting.giveBackTo(m_waiting.most() - m_waiting.most() / 16, m_states);
 }
 
 bool SegmentTable::commit(std::byte* segment, std::size_t from, std::size_t to) noexcept {

@@ -12,27 +12,73 @@
 
 namespace tq::detail {
 
+namespace {
+
+// A thread that has ended owns nothing, and destructors of other thread-local data that still run then do not make it
+// the owner again: no second end would be told.
+void giveUpAtThreadEnd() {
+    if (!HeapOwner::isCaller())
+        return;
+    t_heapView.isOver = true;
+    g_tqGlobalHeap.resign();
+}
+
+void abandonLostHeap() {
+    g_tqGlobalHeap.abandonLostHeap();
+}
+
+void watchThreads() noexcept {
+    platform::watchThreadEnds(giveUpAtThreadEnd);
+    platform::watchForks(abandonLostHeap);
+}
+
+} // namespace
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+bool TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::claim() {
+    if (!m_owner.claim())
+        return false;
+    if (m_isBuilt)
+        m_owner.show(&m_blockPools.pool(0), HeapConfigurator::pStartAddress);
+    else
+        build();
+    if (!m_blockPools.exist()) {
+        m_owner.resign(true);
+        return false;
+    }
+    platform::expectThreadEnd(true);
+    return true;
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::resign() noexcept {
+    platform::expectThreadEnd(false);
+    m_owner.resign();
+}
+
+// The owner sees the block pools as soon as they exist: creating the page pools may call back into the heap where the
+// program's operator new is built on it. What it asks for before that the C library serves.
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() {
-    if (m_isBuilt)
-        return;
-    // Set first: creating the pools may call back into the heap where the program's operator new is built on it. Such a
-    // call is served by the pools that exist by then, or by the C library.
     m_isBuilt = true;
     DbgDumper::init();
     for (DeferredLocker& locker : m_lockers)
         locker.create();
     if (!HeapConfigurator::reserveMemory())
         return;
+    watchThreads();
     m_segments.create();
     m_blockPools.create(PoolConfigurator::s_unitSizeOfPools);
+    m_owner.show(&m_blockPools.pool(0), HeapConfigurator::pStartAddress);
     m_pagePools.create();
-    m_servedState = kBlockSegment;
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown() noexcept {
-    m_servedState = kNoState;
+    platform::unwatchThreadEnds();
+    if (!m_owner.isCaller() && !m_owner.claim())
+        return;
+    m_owner.resign(true);
     m_blockPools.destroy();
     m_pagePools.destroy();
     for (DeferredLocker& locker : m_lockers)
@@ -44,18 +90,18 @@ template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class 
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocUncommon(std::size_t size) {
     const std::size_t wanted = std::max<std::size_t>(size, 1);
     const std::size_t number = PoolConfigurator::poolOfSize(wanted);
-    if (number != 0 && m_blockPools.exist()) [[likely]] {
-        BlockPool& pool = m_blockPools.pool(number);
-        std::byte* const block =
-            hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
-        if (platform::kMarksMemory && block != nullptr)
-            platform::markHandedOut(block, pool.unitSize);
-        return block;
-    }
-    if (m_isBuilt)
+    if (number == 0)
         return std::malloc(wanted);
-    build();
-    return allocHeap(size);
+    if (!m_owner.isCaller() && !claim()) [[unlikely]]
+        return std::malloc(wanted);
+    BlockPool& pool = m_blockPools.pool(number);
+    if (!hasUnit(*pool.partial))
+        collect();
+    std::byte* const block =
+        hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
+    if (platform::kMarksMemory && block != nullptr)
+        platform::markHandedOut(block, pool.unitSize);
+    return block;
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
@@ -77,34 +123,74 @@ void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::realloc
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
-void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeForeign(void* block) noexcept {
-    std::free(block);
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeElsewhere(void* block) noexcept {
+    const std::uintptr_t offset = HeapConfigurator::offsetOf(block);
+    if (offset >= kReservationBytes)
+        std::free(block);
+    else
+        leaveToOwner(block, m_segments.state(offset >> kSegmentShift));
 }
 
-// A page unit, a block of a last-resort segment, a stray, or anything while frees are suspended or there are no pools.
+// A block of the heap, or a stray, that a thread frees that does not own it; ignored where nobody does any more.
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::leaveToOwner(void* block,
+                                                                                     unsigned state) noexcept {
+    assert((state & kSegmentInUse) != 0 && "freed an address whose segment is not in use");
+    if ((state & kSegmentInUse) == 0 || m_owner.isOver())
+        return;
+    platform::markGivenBack(block, unitSizeOf(block, state));
+    m_owner.giveBack(static_cast<std::byte*>(block));
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::collectNews() noexcept {
+    for (std::byte* block = m_owner.takeReturned(); block != nullptr;) {
+        std::byte* const next = readLink(block);
+        if ((m_segments.state(HeapConfigurator::segmentOf(block)) & kSegmentOfUnits) != 0) {
+            m_pagePools.freeFromPagePool(block, m_segments);
+        } else {
+            Page& page = *pageOf(block);
+            m_blockPools.freeFromPool(block, page, m_blockPools.pool(page.poolNumber), m_segments);
+        }
+        block = next;
+    }
+    if (m_owner.takeTrimWish())
+        m_segments.trim();
+}
+
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::trim() noexcept {
+    collect();
+    m_segments.trim();
+}
+
+// A page unit, a block of a last-resort segment, or a stray.
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUncommon(void* block) noexcept {
     const unsigned state = m_segments.state(HeapConfigurator::segmentOf(block));
     assert((state & kSegmentInUse) != 0 && "freed an address whose segment is not in use");
-    if ((state & kSegmentInUse) == 0 || m_servedState == kNoState)
+    if ((state & kSegmentInUse) == 0)
         return;
-    if ((state & kSegmentOfUnits) != 0)
-        m_pagePools.freeFromPagePool(static_cast<std::byte*>(block), m_segments);
-    else
-        freeBlock(block);
+    if ((state & kSegmentOfUnits) == 0)
+        return freeBlock(block);
+    platform::markGivenBack(block, unitSizeOf(block, state));
+    m_pagePools.freeFromPagePool(static_cast<std::byte*>(block), m_segments);
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHeapPage(std::size_t pages,
                                                                                        std::size_t size) {
-    build();
-    PagePool* const pool = pages <= kPagePoolCount ? m_pagePools.pool(pages) : nullptr;
-    if (pool == nullptr)
+    if (pages == 0 || pages > kPagePoolCount)
         return std::malloc(size);
+    if (!m_owner.isCaller() && !claim())
+        return std::aligned_alloc(pages == kPagesPerSegment ? kSegmentBytes : kPageBytes, size);
+    PagePool& pool = *m_pagePools.pool(pages);
+    if (!hasUnit(*pool.partial))
+        collect();
     std::byte* const unit =
-        hasUnit(*pool->partial) ? takeUnit(*pool, *pool->partial) : m_pagePools.reallocFromPagePool(*pool, m_segments);
+        hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_pagePools.reallocFromPagePool(pool, m_segments);
     if (platform::kMarksMemory && unit != nullptr)
-        platform::markHandedOut(unit, pool->unitSize);
+        platform::markHandedOut(unit, pool.unitSize);
     return unit;
 }
 
@@ -112,10 +198,10 @@ template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class 
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeHeapPage(void* unit) noexcept {
     const std::uintptr_t offset = HeapConfigurator::offsetOf(unit);
     if (offset >= kReservationBytes)
-        return freeForeign(unit);
+        return std::free(unit);
     const unsigned state = m_segments.state(offset >> kSegmentShift);
     if ((state & (kSegmentInUse | kSegmentOfUnits)) != kSegmentInUse)
-        freeUncommon(unit);
+        freeHeap(unit);
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
@@ -141,11 +227,18 @@ template class TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHe
 
 constinit GlobalHeap g_tqGlobalHeap;
 
+HeapVisit::HeapVisit() : m_isGuest(!HeapOwner::isCaller() && g_tqGlobalHeap.claim()) {}
+
+HeapVisit::~HeapVisit() {
+    if (m_isGuest)
+        g_tqGlobalHeap.resign();
+}
+
 namespace {
 
 // In the file that defines the heap, so that whoever links the heap also runs this.
 struct HeapLife {
-    HeapLife() { g_tqGlobalHeap.build(); }
+    HeapLife() { static_cast<void>(HeapVisit()); } // builds it; the first to allocate shall own it
     HeapLife(const HeapLife&) = delete;
     HeapLife& operator=(const HeapLife&) = delete;
     ~HeapLife() { g_tqGlobalHeap.tearDown(); }

@@ -2,6 +2,7 @@
 
 #include "memory/BlockPools.h"
 #include "memory/HeapConfigurator.h"
+#include "memory/HeapOwner.h"
 #include "memory/PagePools.h"
 #include "memory/SegmentTable.h"
 #include "memory/SizeClasses.h"
@@ -21,13 +22,19 @@ struct TqHeapDbgDumper {
 };
 
 /// The pooled heap over one reserved stretch of address space; what no pool serves goes to the C library, and so does
-/// every pointer from outside the reservation. For one thread at a time.
+/// every pointer from outside the reservation.
+///
+/// Threads. The heap has one owner (HeapOwner.h): the first thread that allocates, until it ends; then the next that
+/// does. Any other thread gets what it asks for from the C library. What it frees of the heap's blocks waits in a list
+/// without a lock that the owner takes in when a pool has no block at hand, so before it takes a page.
 ///
 /// Life. The object is constant-initialised and its destructor is trivial, so it can be called at any time in the life
-/// of the program. build() reserves the address space and creates the pools: a static initialiser calls it at load, and
-/// the slow path does when something allocates before that. tearDown(), called at exit, removes the pools. From then on
+/// of the program. It is built, which reserves the address space and creates the pools, by a static initialiser at
+/// load, or by the first allocation before that. tearDown(), called at exit, removes the pools. From then on
 /// allocations are served by the C library, blocks of the pools can still be read, written and reallocated, and freeing
-/// them does nothing; so static objects that outlive the heap do no harm. The reservation is never unmapped.
+/// them does nothing; so static objects that outlive the heap do no harm. Where another thread than the one that exits
+/// owns the heap, and may be inside it, the pools stay. The reservation is never unmapped. In the child of a fork()
+/// that another thread than the owner made, the heap is in the same state as after tearDown().
 ///
 /// Strays. An address of the reservation whose segment is not in use was never the C library's: it is a double free or
 /// a damaged pointer. Freeing one is asserted against and does nothing, reallocating one gives null.
@@ -38,9 +45,9 @@ public:
     TqHeap(const TqHeap&) = delete;
     TqHeap& operator=(const TqHeap&) = delete;
 
-    /// Reserves the address space and creates the pools; does nothing when that was done before. Without a reservation
-    /// there are no pools. Throws std::bad_alloc.
-    void build();
+    /// Makes the calling thread the owner where that can be had, the pools included; false when it is not to be, which
+    /// it is not where the thread is the owner already. Throws std::bad_alloc.
+    bool claim();
     void tearDown() noexcept;
 
     /// A block of at least `size` bytes (0 counts as 1), or null.
@@ -53,7 +60,7 @@ public:
     void* allocAtHand(std::size_t size) noexcept {
         if (size - 1 >= PoolConfigurator::kLargestSmallSize) [[unlikely]]
             return nullptr;
-        BlockPool& pool = m_blockPools.pool(PoolConfigurator::s_poolIndexOfSize[size]);
+        BlockPool& pool = t_heapView.pools[PoolConfigurator::s_poolIndexOfSize[size]];
         Page& page = *pool.partial;
         if (!hasUnit(page)) [[unlikely]]
             return nullptr;
@@ -71,16 +78,16 @@ public:
     void* reallocHeap(void* block, std::size_t size);
 
     void freeHeap(void* block) noexcept {
-        const std::size_t segment = HeapConfigurator::segmentOf(block);
+        const std::size_t segment = (reinterpret_cast<std::uintptr_t>(block) - t_heapView.start) >> kSegmentShift;
         if (segment >= kSegmentCount)
-            return freeForeign(block);
-        if (m_segments.state(segment) != m_servedState) [[unlikely]]
+            return freeElsewhere(block);
+        if (m_segments.state(segment) != kBlockSegment) [[unlikely]]
             return freeUncommon(block);
         freeBlock(block);
     }
 
-    /// A unit of `pages` whole pages, 1 to kPagePoolCount; null when there is no memory. Any other number, like every
-    /// number while there are no pools, is served by malloc with `size` bytes.
+    /// A unit of `pages` whole pages, 1 to kPagePoolCount; null when there is no memory. The C library serves any other
+    /// number, with `size` bytes, and, with units aligned as the heap's, other threads.
     void* allocHeapPage(std::size_t pages, std::size_t size);
 
     /// Frees a unit of a page pool, or a foreign block. Does nothing for a block of a block pool.
@@ -89,32 +96,62 @@ public:
     /// The bytes that the block or unit at `block` has room for; 0 for a stray.
     std::size_t sizeOf(void* block) const noexcept;
 
+    /// Gives all waiting memory back to the system. For the owner; other threads can ask it to.
+    void trim() noexcept;
+    void askToTrim() noexcept { m_owner.askToTrim(); }
+
+    /// Lets the next thread that allocates own the heap. For the owner.
+    void resign() noexcept;
+    /// In a child after fork().
+    void abandonLostHeap() noexcept { m_owner.abandonLostHeap(); }
+
     const BlockPools& blockPools() const noexcept { return m_blockPools; }
     const PagePools& pagePools() const noexcept { return m_pagePools; }
     const SegmentTable& segments() const noexcept { return m_segments; }
+    /// There are no pools, and will be none any more.
+    bool isOver() const noexcept { return m_owner.isOver(); }
 
 private:
     static_assert(kPoolCount == kBlockPoolCount);
-    static constexpr std::uint8_t kNoState = 0xFF;
 
+    void build();
     void freeBlock(void* block) noexcept {
         Page& page = *pageOf(block);
         BlockPool& pool = m_blockPools.pool(page.poolNumber);
         platform::markGivenBack(block, pool.unitSize);
         m_blockPools.freeFromPool(static_cast<std::byte*>(block), page, pool, m_segments);
     }
-    static void freeForeign(void* block) noexcept;
     void freeUncommon(void* block) noexcept;
+    void freeElsewhere(void* block) noexcept;
+    void leaveToOwner(void* block, unsigned state) noexcept;
+    void collect() noexcept {
+        if (m_owner.hasNews()) [[unlikely]]
+            collectNews();
+    }
+    void collectNews() noexcept;
     std::size_t unitSizeOf(const void* block, unsigned kind) const noexcept;
 
     DeferredLocker m_lockers[3]; ///< Held for callers' sake; no operation locks.
     BlockPools m_blockPools;
     PagePools m_pagePools;
     SegmentTable m_segments;
-    /// Frees of the heap's own blocks are ignored while they are suspended, as they are from tearDown() on. It shows in
-    /// the state that freeHeap looks for in a segment: kBlockSegment, or kNoState, which none has.
-    std::uint8_t m_servedState = 0;
+    HeapOwner m_owner;
     bool m_isBuilt = false; ///< Stays set after tearDown(), so that the heap is never built again.
+};
+
+/// The heap for the time of a call that looks at all of it or tidies it: for its owner, and where there is none. To be
+/// asked whether it was had.
+class HeapVisit {
+public:
+    HeapVisit();
+    HeapVisit(const HeapVisit&) = delete;
+    HeapVisit& operator=(const HeapVisit&) = delete;
+    ~HeapVisit();
+
+    explicit operator bool() const noexcept { return HeapOwner::isCaller(); }
+
+private:
+    bool m_isGuest;
 };
 
 using GlobalHeap = TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;

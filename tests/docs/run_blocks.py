@@ -29,6 +29,7 @@ PREAMBLE = """\
 #include <cwchar>
 #include <limits>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 [[maybe_unused]] static void emit(const std::wstring& text) {

@@ -1,6 +1,8 @@
 #include "HeapFixture.h"
 #include "platform/VirtualMemory.h"
 
+#include <TqOsBase/memory/HeapReport.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -9,6 +11,7 @@
 #include <random>
 #include <string>
 #include <sys/resource.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -142,6 +145,7 @@ TEST_F(Heap, MemoryGoesBackToTheSystemInFewMappings) {
     if (!std::ifstream(kMappingsFile))
         GTEST_SKIP() << "this system does not tell";
     constexpr std::size_t kCount = 16000; // 63 segments
+    tqHeapTrim();
     const std::ptrdiff_t mappingsBefore = mappings();
     const std::size_t residentBefore = residentPages();
     std::vector<char*> blocks = allocate(kCount, 4096);
@@ -159,6 +163,12 @@ TEST_F(Heap, MemoryGoesBackToTheSystemInFewMappings) {
     std::stable_partition(blocks.begin(), blocks.end(), isEven(kPageBytes));
     freeAll(blocks);
     EXPECT_LT(mappings() - mappingsBefore, 4 * 63);
+    const auto& waiting = g_tqGlobalHeap.segments().waiting();
+    EXPECT_LE(waiting.total(), kCount / 4) << "half of what is in use";
+    EXPECT_GT(waiting.total(), kCount / 4 - kCount / 16);
+    EXPECT_EQ(tq::heapReport().waitingBytes, waiting.total() * kPageBytes);
+    tqHeapTrim();
+    EXPECT_EQ(tq::heapReport().waitingBytes, 0U);
     const std::size_t half = residentPages();
     EXPECT_LT(half + kCount / 4, peak)
         << "half of the pages, less the reserve of 16 a segment and what shares pages of the system with it";
@@ -178,6 +188,10 @@ TEST_F(Heap, MemoryGoesBackToTheSystemInFewMappings) {
     for (const char* block : again)
         ASSERT_EQ(block[kPageBytes - 1], 2);
     freeAll(again);
+    EXPECT_GT(waiting.total(), waiting.most() / 2) << "of the last ones to come back";
+    EXPECT_EQ(waiting.most(), waiting.kLeastBound);
+    tqHeapTrim();
+    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
     EXPECT_LT(residentPages(), residentBefore + tq::detail::kPagesPerSegment) << "only what the one left may hold";
     EXPECT_LT(mappings() - mappingsBefore, 4 * 63);
 }
@@ -222,6 +236,44 @@ TEST_F(Heap, ARefusedCommitGivesNullAndIsMendedLater) {
     freeAll(blocks);
 }
 
+TEST_F(Heap, BelongsToOneThreadAtATime) {
+    const std::vector<char*> mine = allocate(65, 64); // more than a page, so the last of them is in another one
+    void* const unit = tqAllocPageHeap(8192);
+    const auto inAnother = [](auto work) { std::thread(work).join(); };
+    inAnother([&] {
+        void* const small = tqMalloc(64);
+        void* const megabyte = tqAllocPage();
+        EXPECT_FALSE(isPooled(small) || isPooled(megabyte)) << "served by the C library";
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(megabyte) % kSegmentBytes, 0U);
+        EXPECT_EQ(tqMsize(mine[0]) + tqMsize(unit), 64U + 8192U);
+        EXPECT_NE(tq::heapReport().address, 0U);
+        EXPECT_TRUE(tq::heapReport().segments.empty());
+        tqFreePage(mine[1]); // a pool's block, which is left alone
+        tqFree(mine[0]);
+        tqFreePage(unit);
+        tqFree(tqRealloc(mine[64], 10));
+        tqFree(small);
+        tqFree(megabyte);
+        tqHeapTrim();
+    });
+    EXPECT_EQ(tqMsize(unit), 8192U) << "nothing comes back before the owner takes it in";
+    std::vector<char*> more;
+    while (std::find(more.begin(), more.end(), mine[0]) == more.end() && more.size() < 65)
+        more.push_back(static_cast<char*>(tqMalloc(64)));
+    EXPECT_LT(more.size(), 65U) << "taken in before another page is taken";
+    EXPECT_EQ(tqMsize(unit), 0U) << "taken in, too";
+    EXPECT_EQ(tq::heapReport().waitingBytes, 0U) << "trimmed as was asked";
+
+    g_tqGlobalHeap.resign();
+    char* theirs = nullptr;
+    inAnother([&theirs] { theirs = static_cast<char*>(tqMalloc(64)); });
+    char* const again = static_cast<char*>(tqMalloc(64));
+    EXPECT_TRUE(isPooled(theirs) && isPooled(again)) << "the next to allocate, until it ends";
+    freeAll(more);
+    freeAll(std::vector<char*>{theirs, again});
+    freeAll(std::vector<char*>(mine.begin() + 1, mine.end() - 1));
+}
+
 TEST_F(Heap, HintsComeRoundAfterFour) {
     constexpr std::uintptr_t kGiB = std::uintptr_t{1} << 30;
     const std::uintptr_t expected[] = {64 * kGiB, 0 - 128 * kGiB, 0 - 64 * kGiB, 0};
@@ -263,6 +315,7 @@ TEST_F(Heap, DamageIsSeenByTheCheckThatTheseTestsRelyOn) {
     expectSeen(segment.committedCount, segment.committedCount + 1, "committed count");
     expectSeen(segment.committedFree->poolNumber, 3, "pool number of a free page");
     expectSeen(segment.highWater, kInitialPages - 1, "high water");
+    expectSeen(segment.uncommitted->flags, segment.uncommitted->flags ^ kWaiting, "waiting pages");
     expectSeen(segment.uncommitted->flags, 0, "mark of an uncommitted page");
     expectSeen(segment.previous, 77, "back link of a segment");
 

@@ -15,11 +15,18 @@
 /// any function here that takes a block.
 ///
 /// Blocks of the pools are aligned to 8 bytes, to 16 where the unit is a multiple of 16; units of pages are aligned to
-/// 4096; malloc's blocks as malloc aligns. When the address space cannot be reserved, every request goes to malloc.
+/// 4096; malloc's blocks as malloc aligns. When the address space cannot be reserved, the C library serves every
+/// request.
 ///
-/// For one thread at a time: nothing here takes a lock. The functions may be called before main and after it: static
-/// objects that are destroyed after the heap may still use and free their blocks (that then has no effect) and allocate
-/// (from malloc then).
+/// Any thread may call everything here, with any block that no other thread uses at that moment; nothing takes a lock.
+/// The pools belong to one thread, the first that allocates, until it ends, and then to the next that does. Other
+/// threads get their blocks from the C library. A pool's block or a unit of pages that another thread frees is put on a
+/// list, which the owner takes in before it takes another page; it can be used again from then on. A child after fork()
+/// has all of the heap when the thread that owns it called fork(); when another one did, it allocates from the C
+/// library, and freeing blocks of the heap has no effect in it.
+///
+/// The functions may be called before main and after it: static objects that are destroyed after the heap may still use
+/// and free their blocks (that then has no effect) and allocate (from malloc then).
 ///
 /// A block freed twice, or an address that no call returned, is an error of the caller. The heap notices it only where
 /// the address lies in a part of its address space that is not in use: freeing does nothing then (builds with
@@ -77,18 +84,23 @@ TQ_API std::size_t tqMsizeDbg(void* block);
 TQ_API std::size_t tqAllocSizeOfDbg(void* block);
 /// @}
 
-/// One unit of 1 MiB, aligned to 1 MiB when a pool serves it (always, but for a heap without address space). Null when
-/// there is no memory.
+/// One unit of 1 MiB, aligned to 1 MiB. Null when there is no memory.
 TQ_API void* tqAllocPage();
 
 /// Frees a unit of pages, or a block of malloc (null included). A pool's block is left alone: it is not freed here.
 TQ_API void tqFreePage(void* unit);
 
 /// A unit of `size` bytes when that is a multiple of 4096 up to 1 MiB: whole pages, aligned to 4096. Any other size is
-/// served by malloc (0 counts as 1). Null when there is no memory.
+/// served by malloc (0 counts as 1). Null when there is no memory. What a unit holds at first is undefined.
 TQ_API void* tqAllocPageHeap(std::size_t size);
 
 /// As tqFreePage.
 TQ_API void tqFreePageHeap(void* unit);
+
+/// Gives the free memory that waits for its next use back to the system. At most 4 MiB wait, or half of what the pools
+/// have in use when that is more, and never more than 64 MiB; the pages that each segment keeps in reserve are not
+/// among them. Called while another thread owns the heap, it leaves that thread a note, which it follows when one of
+/// its pools next has no block at hand.
+TQ_API void tqHeapTrim();
 
 } // extern "C"

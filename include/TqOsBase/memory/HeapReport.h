@@ -33,9 +33,9 @@ struct HeapReport {
     /// What a page is there for.
     enum class PageState : std::uint8_t {
         eHeader,    ///< Holds the descriptors of the segment's pages.
-        eUntouched, ///< Was never committed.
+        eUntouched, ///< Was not committed since its segment was taken into use.
         eGivenBack, ///< Free; its memory went back to the system, or does once all in the system's page are free.
-        eWaiting,   ///< Free; its memory is about to be given back.
+        eWaiting,   ///< Free; its memory waits to be used again, or given back.
         eReserve,   ///< Free, with its memory, for the next pool that needs a page.
         eInPool,    ///< Belongs to a pool.
     };
@@ -62,12 +62,15 @@ struct HeapReport {
     std::size_t residentBytes = 0;  ///< What of the segments in use holds memory, as the system tells; else 0.
     std::vector<Pool> pools;        ///< Those that own memory: block pools, then page pools, by number.
     std::vector<Segment> segments;  ///< Those in use, by number.
+    std::size_t waitingBytes = 0;   ///< Free memory that is not given back yet, that of released segments included.
 };
 
 /// Takes a snapshot of the global heap, which costs nothing while this is not called. Empty while the heap has no
-/// pools: before it is built, after it is torn down, and where its address space cannot be had. Time in proportion to
-/// the segments in use and to the free units of page pools. Throws std::bad_alloc. As all of the heap: for one thread
-/// at a time.
+/// pools: after it is torn down, and where its address space cannot be had. Time in proportion to the segments in use
+/// and to the free units of page pools. Throws std::bad_alloc.
+///
+/// May be called from any thread. While another thread owns the heap, `address` and `reservedBytes` are all that the
+/// report says. Blocks of the heap that other threads freed count as used until the owner has taken them in.
 TQ_API HeapReport heapReport();
 
 /// The report as lines of text: the totals, then a table of the pools. Ends with a newline.

@@ -1,0 +1,48 @@
+#include "memory/HeapOwner.h"
+
+namespace tq::detail {
+
+alignas(kPoolAlignment) constinit std::array<BlockPool, kBlockPoolCount + 1> g_noPools;
+
+constinit thread_local HeapView t_heapView{g_noPools.data(), kNoReservation};
+
+namespace {
+
+// Where a thread keeps its view tells it from every other one that lives.
+std::uintptr_t markOfCaller() noexcept {
+    return reinterpret_cast<std::uintptr_t>(&t_heapView);
+}
+
+} // namespace
+
+bool HeapOwner::claim() noexcept {
+    std::uintptr_t none = 0;
+    return m_owner.load(std::memory_order_relaxed) == none && !t_heapView.isOver &&
+           m_owner.compare_exchange_strong(none, markOfCaller(), std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+void HeapOwner::show(BlockPool* pools, std::uintptr_t start) noexcept {
+    t_heapView.pools = pools;
+    t_heapView.start = start;
+}
+
+void HeapOwner::resign(bool isLast) noexcept {
+    show(g_noPools.data(), kNoReservation);
+    m_owner.store(isLast ? kNobody : 0, std::memory_order_release);
+}
+
+void HeapOwner::abandonLostHeap() noexcept {
+    const std::uintptr_t owner = m_owner.load(std::memory_order_relaxed);
+    if (owner != 0 && owner != markOfCaller())
+        m_owner.store(kNobody, std::memory_order_relaxed);
+}
+
+// The owner takes the whole list at once, so that a block cannot come back to its head between the two steps here.
+void HeapOwner::giveBack(std::byte* block) noexcept {
+    std::byte* next = m_returned.load(std::memory_order_relaxed);
+    do
+        writeLink(block, next);
+    while (!m_returned.compare_exchange_weak(next, block, std::memory_order_release, std::memory_order_relaxed));
+}
+
+} // namespace tq::detail

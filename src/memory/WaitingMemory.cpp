@@ -1,0 +1,47 @@
+#include "memory/WaitingMemory.h"
+
+#include "platform/VirtualMemory.h"
+
+#include <algorithm>
+
+namespace tq::detail {
+
+namespace {
+
+// A page of the system goes back when all pages in it are on the uncommitted list and one of them waits. Where others
+// are not, the page stays, and goes with the last of them that comes here: then that one waits.
+void giveBackPages(std::byte* segment) noexcept {
+    const std::size_t step = TqHeapConfigurator::pagesOfSystemPage;
+    std::size_t start = 0; // of the run that goes back, up to the page at hand
+    for (std::size_t first = 0; first <= kPagesPerSegment; first += step) {
+        bool goesBack = false;
+        bool isFree = first >= kHeaderPages && first != kPagesPerSegment;
+        for (std::size_t i = std::max(first, kHeaderPages); i < std::min(first + step, kPagesPerSegment); ++i) {
+            Page& page = *pageAt(segment, i);
+            isFree = isFree && (page.flags & kUncommitted) != 0;
+            goesBack = goesBack || (page.flags & kWaiting) != 0;
+            page.flags = static_cast<std::uint16_t>(page.flags & ~kWaiting);
+        }
+        if (isFree && goesBack)
+            continue;
+        if (start < first)
+            platform::giveBack(segment + start * kPageBytes, (first - start) * kPageBytes);
+        start = first + step;
+    }
+}
+
+} // namespace
+
+void WaitingMemory::giveBackTo(std::size_t target, const SegmentStates& states) noexcept {
+    for (std::size_t id = m_lowest; m_total > target && m_released > 0; ++id)
+        if ((states[id] & kSegmentInUse) == 0 && takeSegment(id) != 0)
+            platform::giveBack(TqHeapConfigurator::segmentAddress(id), kSegmentBytes);
+    for (; m_total > target; ++m_lowest) {
+        if (m_pages[m_lowest] == 0)
+            continue;
+        giveBackPages(TqHeapConfigurator::segmentAddress(m_lowest)); // those of page pools have none that wait
+        removePages(m_lowest, m_pages[m_lowest]);
+    }
+}
+
+} // namespace tq::detail
