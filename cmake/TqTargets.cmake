@@ -12,6 +12,10 @@ if(TQ_VALGRIND)
   add_compile_definitions(TQ_VALGRIND)
 endif()
 
+if(TQ_HEAP_CHECK_EVERY)
+  add_compile_definitions(TQ_HEAP_CHECK_EVERY=${TQ_HEAP_CHECK_EVERY})
+endif()
+
 # The library's sources alone are counted; with counters of their own the tests would take minutes.
 if(TQ_COVERAGE)
   add_link_options(--coverage)

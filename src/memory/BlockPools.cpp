@@ -1,6 +1,7 @@
 #include "memory/BlockPools.h"
 
 #include <algorithm>
+#include <cassert>
 #include <new>
 #include <utility>
 
@@ -27,6 +28,7 @@ void pushSegment(Segment*& head, Segment& segment) noexcept {
 }
 
 void unlinkSegment(Segment*& head, Segment& segment) noexcept {
+    assert(segment.previous != 0 ? segmentWith(segment.previous)->next == identifierOf(&segment) : head == &segment);
     if (segment.previous != 0)
         segmentWith(segment.previous)->next = segment.next;
     else
@@ -138,6 +140,7 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
 // Turns the run of adjacent pages at the head of a segment's uncommitted list, which is not empty, into its committed
 // free list, which is. Pages below the high-water mark are accessible already and only take their memory again.
 bool BlockPools::reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) noexcept {
+    assert(segment.uncommitted != nullptr && segment.committedFree == nullptr);
     Page* const first = segment.uncommitted;
     Page* last = first;
     std::uint32_t count = 1;

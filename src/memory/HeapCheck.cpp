@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bitset>
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <unordered_set>
 #include <utility>
@@ -266,6 +268,19 @@ private:
 };
 
 } // namespace
+
+#if defined(TQ_HEAP_CHECK_EVERY)
+void countOperation() {
+    static unsigned count = 0; // the owner's
+    if (!HeapOwner::isCaller() || ++count % TQ_HEAP_CHECK_EVERY != 0)
+        return;
+    const std::string violation = checkHeap(g_tqGlobalHeap);
+    if (violation.empty())
+        return;
+    std::fprintf(stderr, "the heap is out of order: %s\n", violation.c_str());
+    std::abort();
+}
+#endif
 
 std::string checkHeap(const GlobalHeap& heap) {
     try {

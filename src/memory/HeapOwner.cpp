@@ -1,5 +1,7 @@
 #include "memory/HeapOwner.h"
 
+#include <cassert>
+
 namespace tq::detail {
 
 alignas(kPoolAlignment) constinit std::array<BlockPool, kBlockPoolCount + 1> g_noPools;
@@ -27,6 +29,7 @@ void HeapOwner::show(BlockPool* pools, std::uintptr_t start) noexcept {
 }
 
 void HeapOwner::resign(bool isLast) noexcept {
+    assert(m_owner.load(std::memory_order_relaxed) == markOfCaller());
     show(g_noPools.data(), kNoReservation);
     m_owner.store(isLast ? kNobody : 0, std::memory_order_release);
 }

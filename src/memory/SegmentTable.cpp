@@ -3,6 +3,7 @@
 #include "platform/VirtualMemory.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace tq::detail {
 
@@ -45,6 +46,7 @@ std::byte* SegmentTable::preallocNewPage(std::uint8_t kind) noexcept {
 
 void SegmentTable::release(std::byte* segment, std::size_t held) noexcept {
     const std::size_t identifier = TqHeapConfigurator::segmentOf(segment);
+    assert(segment == segmentStart(segment) && (state(identifier) & kSegmentInUse) != 0);
     stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) & ~(kSegmentInUse | kSegmentOfUnits));
     m_searchHint = std::max(m_searchHint, static_cast<std::int16_t>(identifier));
     platform::makeInaccessible(segment, kSegmentBytes);
@@ -57,6 +59,7 @@ void SegmentTable::giveBackExcess() noexcept {
 }
 
 bool SegmentTable::commit(std::byte* segment, std::size_t from, std::size_t to) noexcept {
+    assert(from < to && to <= kPagesPerSegment);
     const std::size_t first = systemPageUp(from) * kPageBytes;
     const std::size_t end = systemPageUp(to) * kPageBytes;
     if (first == end)

@@ -90,13 +90,18 @@ template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class 
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocUncommon(std::size_t size) {
     const std::size_t wanted = std::max<std::size_t>(size, 1);
     const std::size_t number = PoolConfigurator::poolOfSize(wanted);
-    if (number == 0)
-        return std::malloc(wanted);
-    if (!m_owner.isCaller() && !claim()) [[unlikely]]
-        return std::malloc(wanted);
+    std::byte* const block = takeAtHand(t_heapView.pools[number]);
+    return block != nullptr ? block : allocWithoutUnit(wanted, number);
+}
+
+// The pool has no unit at hand, or the caller no pool.
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocWithoutUnit(std::size_t size,
+                                                                                          std::size_t number) {
+    if (number == 0 || (!m_owner.isCaller() && !claim()))
+        return std::malloc(size);
+    collect();
     BlockPool& pool = m_blockPools.pool(number);
-    if (!hasUnit(*pool.partial))
-        collect();
     std::byte* const block =
         hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
     if (platform::kMarksMemory && block != nullptr)
@@ -180,6 +185,7 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::freeUnco
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocHeapPage(std::size_t pages,
                                                                                        std::size_t size) {
+    countOperation();
     if (pages == 0 || pages > kPagePoolCount)
         return std::malloc(size);
     if (!m_owner.isCaller() && !claim())

@@ -14,6 +14,14 @@
 
 namespace tq::detail {
 
+#if defined(TQ_HEAP_CHECK_EVERY)
+/// Walks the heap at every TQ_HEAP_CHECK_EVERYth call, one before each operation of its owner, and ends the program
+/// when an invariant is violated. Not for programs whose operator new is built on the heap: the walk uses it.
+void countOperation();
+#else
+inline void countOperation() {}
+#endif
+
 /// Hooks for a debugging aid; all of them do nothing.
 struct TqHeapDbgDumper {
     static void init() {}
@@ -58,16 +66,10 @@ public:
 
     /// The block that allocHeap() would return, if it is small and its pool has a page with a free one; else null.
     void* allocAtHand(std::size_t size) noexcept {
-        if (size - 1 >= PoolConfigurator::kLargestSmallSize) [[unlikely]]
+        countOperation();
+        if (size > PoolConfigurator::kLargestSmallSize) [[unlikely]]
             return nullptr;
-        BlockPool& pool = t_heapView.pools[PoolConfigurator::s_poolIndexOfSize[size]];
-        Page& page = *pool.partial;
-        if (!hasUnit(page)) [[unlikely]]
-            return nullptr;
-        std::byte* const block = takeUnit(pool, page);
-        if (platform::kMarksMemory)
-            platform::markHandedOut(block, pool.unitSize);
-        return block;
+        return takeAtHand(t_heapView.pools[PoolConfigurator::s_poolIndexOfSize[size]]); // none for size 0
     }
 
     /// What allocHeap() does for all other blocks.
@@ -78,6 +80,7 @@ public:
     void* reallocHeap(void* block, std::size_t size);
 
     void freeHeap(void* block) noexcept {
+        countOperation();
         const std::size_t segment = (reinterpret_cast<std::uintptr_t>(block) - t_heapView.start) >> kSegmentShift;
         if (segment >= kSegmentCount)
             return freeElsewhere(block);
@@ -113,6 +116,18 @@ public:
 
 private:
     static_assert(kPoolCount == kBlockPoolCount);
+
+    // A unit of the pool's current page, or null.
+    static std::byte* takeAtHand(BlockPool& pool) noexcept {
+        Page& page = *pool.partial;
+        if (!hasUnit(page)) [[unlikely]]
+            return nullptr;
+        std::byte* const block = takeUnit(pool, page);
+        if (platform::kMarksMemory)
+            platform::markHandedOut(block, pool.unitSize);
+        return block;
+    }
+    void* allocWithoutUnit(std::size_t size, std::size_t number);
 
     void build();
     void freeBlock(void* block) noexcept {

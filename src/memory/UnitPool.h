@@ -64,7 +64,12 @@ struct UnitPool {
     std::uint64_t unitSize = 0;
     std::uint32_t lastOffset = 0; ///< Where in a run its last unit lies.
     std::uint32_t unitsPerRun = 0;
-    Run end{};             ///< Ends the list. It has no unit, as if it were full, and knows the number of its pool.
+    /// Ends the list. It has no unit, as if it were full, and knows the number of its pool.
+    Run end = [] {
+        Run full{};
+        full.flags = kFreeListMode;
+        return full;
+    }();
     DeferredLocker locker; ///< Held for callers' sake; no operation locks.
 };
 
@@ -73,7 +78,8 @@ using PagePool = UnitPool<UnitSegment>;
 inline constexpr std::size_t kPoolAlignment = 64;
 static_assert(sizeof(BlockPool) == kPoolAlignment && sizeof(PagePool) == kPoolAlignment);
 
-/// `yes` or `no`, without a branch: for conditions that no processor can predict.
+/// `yes` or `no`, without a branch: for conditions that no processor can predict. Compilers that are told so choose a
+/// conditional move by themselves, but a branch where two values depend on one condition.
 template <class Node>
 Node* select(bool condition, Node* yes, Node* no) noexcept {
     const std::uintptr_t mask = std::uintptr_t{0} - static_cast<std::uintptr_t>(condition);
@@ -92,6 +98,7 @@ void pushRun(UnitPool<Run>& pool, Run& run) noexcept {
 
 template <class Run>
 void unlinkRun(UnitPool<Run>& pool, Run& run) noexcept {
+    assert(pool.partial == &run || run.previous->next == &run);
     (pool.partial == &run ? pool.partial : run.previous->next) = run.next;
     run.next->previous = run.previous;
 }
@@ -99,6 +106,7 @@ void unlinkRun(UnitPool<Run>& pool, Run& run) noexcept {
 /// Makes a run at `base`, which is in no list, the pool's current one; all its units are free.
 template <class Run>
 void startRun(UnitPool<Run>& pool, Run& run, std::byte* base) noexcept {
+    assert(pool.unitSize != 0 && offsetInRun<Run>(base) == 0);
     run.poolNumber = pool.end.poolNumber;
     run.nextUnit = base;
     run.flags = 0;
@@ -113,10 +121,10 @@ std::size_t freeUnits(const UnitPool<Run>& pool, const Run& run) noexcept {
                                             : pool.unitsPerRun - offsetInRun<Run>(run.nextUnit) / pool.unitSize;
 }
 
-/// True when the run has a unit to take.
+/// True when the run, which a pool lists or owns, has a unit to take: in bump mode it always has.
 template <class Run>
 bool hasUnit(const Run& run) noexcept {
-    return run.nextUnit != nullptr;
+    return (run.flags & kFreeListMode) == 0 || run.nextUnit != nullptr;
 }
 
 /// Takes a unit from the pool's current run, which has one. A run that becomes full leaves the pool's list.
@@ -125,12 +133,18 @@ bool hasUnit(const Run& run) noexcept {
 /// mode that happens without a branch, here and in giveUnit.
 template <class Run>
 std::byte* takeUnit(UnitPool<Run>& pool, Run& run) noexcept {
+    assert(&run == pool.partial && hasUnit(run));
     std::byte* const unit = run.nextUnit;
     if ((run.flags & kFreeListMode) != 0) {
         Run* const next = run.next;
         run.nextUnit = readLink(unit);
-        pool.partial = select(--run.freeCount == 0, next, &run);
-    } else if (offsetInRun<Run>(unit) != pool.lastOffset) [[likely]] {
+        const bool isFull = --run.freeCount == 0;
+        pool.partial = __builtin_expect_with_probability(isFull, true, 0.5) ? next : &run;
+        return unit;
+    }
+    if (unit == nullptr)
+        __builtin_unreachable(); // the caller need not test it
+    if (offsetInRun<Run>(unit) != pool.lastOffset) [[likely]] {
         run.nextUnit = unit + pool.unitSize;
     } else {
         run.nextUnit = nullptr;
@@ -144,6 +158,7 @@ std::byte* takeUnit(UnitPool<Run>& pool, Run& run) noexcept {
 /// Chains the units of a run in bump mode from its bump position to its last and sets free-list mode.
 template <class Run>
 void chainRest(const UnitPool<Run>& pool, Run& run) noexcept {
+    assert((run.flags & kFreeListMode) == 0);
     std::byte* unit = run.nextUnit;
     run.freeCount = 1;
     for (; offsetInRun<Run>(unit) != pool.lastOffset; unit += pool.unitSize) {
@@ -158,6 +173,7 @@ void chainRest(const UnitPool<Run>& pool, Run& run) noexcept {
 /// comes to the front of the pool's; where its last unit is the first that comes back, it is in bump mode again.
 template <class Run>
 void chainUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
+    assert((run.flags & kFreeListMode) != 0 && run.freeCount + 1U < pool.unitsPerRun);
     const bool wasFull = run.freeCount == 0;
     if (offsetInRun<Run>(unit) == pool.lastOffset && wasFull) [[unlikely]]
         run.flags = 0;
@@ -175,6 +191,9 @@ void chainUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
 /// in a run that no pool has, is ignored.
 template <class Run>
 bool giveUnit(UnitPool<Run>& pool, Run& run, std::byte* unit) noexcept {
+    assert(run.poolNumber == 0 || (run.poolNumber == pool.number() && offsetInRun<Run>(unit) % pool.unitSize == 0 &&
+                                   offsetInRun<Run>(unit) <= pool.lastOffset));
+    assert(run.poolNumber == 0 || (run.flags & kFreeListMode) != 0 || unit < run.nextUnit);
     if ((run.flags & kFreeListMode) == 0) {
         if (unit + pool.unitSize == run.nextUnit) [[likely]] {
             if (offsetInRun<Run>(unit) == 0)

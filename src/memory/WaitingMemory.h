@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -29,7 +30,10 @@ public:
     /// Pages that are put to use.
     void use(std::size_t count) noexcept { m_inUse += count; }
     /// Pages that are in use no more. The bound may be exceeded until settle().
-    void unuse(std::size_t count) noexcept { m_inUse -= count; }
+    void unuse(std::size_t count) noexcept {
+        assert(count <= m_inUse);
+        m_inUse -= count;
+    }
     /// A page that comes onto its segment's uncommitted list with its memory; it is marked so.
     void add(Page& page) noexcept {
         page.flags = kWaiting | kUncommitted;
@@ -58,6 +62,7 @@ public:
     void addPages(std::size_t identifier, std::size_t count) noexcept {
         m_pages[identifier] = static_cast<std::uint16_t>(m_pages[identifier] + count);
         m_total += count;
+        assert(m_pages[identifier] <= kPagesPerSegment);
         m_lowest = std::min(m_lowest, identifier);
     }
 
@@ -73,6 +78,7 @@ public:
 
 private:
     void removePages(std::size_t identifier, std::size_t count) noexcept {
+        assert(count <= m_pages[identifier]);
         m_pages[identifier] = static_cast<std::uint16_t>(m_pages[identifier] - count);
         m_total -= count;
     }

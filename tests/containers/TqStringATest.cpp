@@ -96,6 +96,10 @@ TEST(TqMemData, SizesThatWouldWrapChangeNothing) {
         EXPECT_THROW(data.copyBeforeWrite(SIZE_MAX - less), std::bad_alloc) << less;
     EXPECT_EQ(data.data(), text);
     EXPECT_EQ(data.header().m_usedLength, 4U);
+    EXPECT_TRUE(tq::detail::isInOrder(data.header()));
+    data.header().m_usedLength = data.header().m_capacity + 1;
+    EXPECT_FALSE(tq::detail::isInOrder(data.header())) << "damage is seen by what assertions rely on";
+    data.header().m_usedLength = 4;
 }
 
 TEST(TqStringA, BuffersKeepTheTextAndAreCutToTheBlock) {

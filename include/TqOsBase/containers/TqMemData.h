@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -16,7 +17,7 @@
 ///   m_refCount = S                         (S + 1 in the static empty headers, which are so never freed)
 ///   m_refCount = kPermanentCount           header that is neither counted up nor down nor freed
 ///   m_usedLength <= m_capacity             0 used means: the empty string, whose characters are not read
-/// Counts change atomically; the characters, and the heap that blocks come from and go to, are not protected.
+/// Counts change atomically; the characters are not protected.
 struct TQ_API TqMemDataHeader {
     /// Count of a header that is never released, however often it is held or let go.
     static constexpr std::uint32_t kPermanentCount = 0xFFFFFFFFU;
@@ -49,6 +50,15 @@ struct TQ_API TqMemDataHeader {
     /// The shared empty header of data without a header type of its own.
     static TqMemDataHeader sm_EmptyHeader;
 };
+
+namespace tq::detail {
+
+// Whether what is stated above of a header that is held is true of this one.
+inline bool isInOrder(const TqMemDataHeader& header) noexcept {
+    return header.m_refCount.load(std::memory_order_relaxed) >= 1 && header.m_usedLength <= header.m_capacity;
+}
+
+} // namespace tq::detail
 
 /// Blocks of shared data from tqMalloc and tqFree.
 struct TqMemDataAllocator {
@@ -148,6 +158,7 @@ private:
     }
     void release() noexcept {
         Header& held = header();
+        assert(tq::detail::isInOrder(held));
         if (held.letGo()) {
             held.~Header();
             Allocator::release(&held);

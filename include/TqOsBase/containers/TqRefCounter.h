@@ -3,7 +3,7 @@
 #include <atomic>
 
 /// A 32-bit share count that only changes by atomic steps, so that the holders of one record may be on different
-/// threads. Neither the data it counts for nor the heap that the record goes back to is protected by it.
+/// threads. The data it counts for is not protected by it.
 class TqRefCounter {
 public:
     /// Starts at `count`.

@@ -36,9 +36,8 @@ struct TQ_API TqEmptyStrHeaderA : TqStrHeaderA {
 };
 
 /// Reference-counted, copy-on-write narrow string that remembers the code page of its bytes. The object is one
-/// pointer; copies share their characters until one of them is changed. Counts are atomic, but blocks come from the
-/// library's heap, which serves one thread at a time: on another thread a copy may be made, read and let go, not
-/// changed, and the last one not let go, while the heap is in use elsewhere. The text may hold zero bytes; what is read
+/// pointer; copies share their characters until one of them is changed, and may be made, read, changed and let go on
+/// different threads; one string object belongs to one thread at a time. The text may hold zero bytes; what is read
 /// from `const char*` ends at the first one. Every operation that needs a block and cannot have it throws
 /// std::bad_alloc and leaves the string as it was; blocks hold at most 2 GiB.
 ///

@@ -13,9 +13,8 @@
 /// changed. The object is one pointer. Allocator says where the slots come from, RefCounter (TqRefCounter or int)
 /// whether the share count is atomic, GrowPolicy how capacity grows.
 ///
-/// Threads: with TqRefCounter copies may be made, read and let go on different threads as long as none of these calls
-/// allocates or frees. What does (a write that unshares or grows, letting the last copy go) uses the library's heap,
-/// which serves one thread at a time. One vector object belongs to one thread.
+/// Threads: with TqRefCounter copies may be made, read, written and let go on different threads. One vector object
+/// belongs to one thread at a time.
 ///
 /// The logical length counts the elements in use, the physical length the slots. Lengths are `int`: a negative one
 /// throws std::length_error; slots that cannot be had throw std::bad_alloc; the vector is unchanged in both cases.

@@ -5,6 +5,7 @@
 #include <TqOsBase/memory/Allocation.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -122,6 +123,18 @@ TqVectorData<T, Allocator, RefCounter, GrowPolicy>* const
     TqVectorData<T, Allocator, RefCounter, GrowPolicy>::gpEmptyVectorData =
         &TqVectorData<T, Allocator, RefCounter, GrowPolicy>::gEmptyVectorData;
 
+namespace tq::detail {
+
+// Whether what is stated above of a record that is held is true of this one.
+template <class Record>
+bool isInOrder(const Record& record) noexcept {
+    const bool isEmptyRecord = record.m_elementBits == ~std::uintptr_t{0};
+    return record.m_refCount >= 1 && record.m_logicalLength >= 0 && record.m_logicalLength <= record.m_physicalLength &&
+           (record.m_physicalLength == 0) == isEmptyRecord && record.m_elementBits != 0;
+}
+
+} // namespace tq::detail
+
 /// A counted reference to a record, or null.
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
 class TQ_API TqVectorDataPtr {
@@ -159,6 +172,7 @@ private:
             tq::detail::addReference(m_data->m_refCount);
     }
     void release() noexcept {
+        assert(m_data == nullptr || tq::detail::isInOrder(*m_data));
         if (m_data != nullptr && tq::detail::dropReference(m_data->m_refCount))
             Data::destroy(m_data);
     }
