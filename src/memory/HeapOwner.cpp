@@ -19,7 +19,7 @@ std::uintptr_t markOfCaller() noexcept {
 
 bool HeapOwner::claim() noexcept {
     std::uintptr_t none = 0;
-    return m_owner.load(std::memory_order_relaxed) == none && !t_heapView.isOver &&
+    return !isTaken() && !t_heapView.isOver &&
            m_owner.compare_exchange_strong(none, markOfCaller(), std::memory_order_acquire, std::memory_order_relaxed);
 }
 

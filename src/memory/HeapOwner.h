@@ -41,6 +41,8 @@ public:
     /// Whether the calling thread owns the heap.
     static bool isCaller() noexcept { return t_heapView.start != kNoReservation; }
 
+    /// Whether a thread owns the heap, or none can any more.
+    bool isTaken() const noexcept { return m_owner.load(std::memory_order_relaxed) != 0; }
     /// Makes the calling thread the owner, if there is none; it does not see the heap yet.
     bool claim() noexcept;
     /// Lets the calling thread, which is the owner, see the heap.

@@ -89,19 +89,26 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocUncommon(std::size_t size) {
     const std::size_t wanted = std::max<std::size_t>(size, 1);
+    if (!HeapOwner::isCaller()) [[unlikely]]
+        return allocElsewhere(wanted);
     const std::size_t number = PoolConfigurator::poolOfSize(wanted);
-    std::byte* const block = takeAtHand(t_heapView.pools[number]);
-    return block != nullptr ? block : allocWithoutUnit(wanted, number);
+    if (number == 0)
+        return std::malloc(wanted);
+    BlockPool& pool = m_blockPools.pool(number);
+    std::byte* const block = takeAtHand(pool);
+    return block != nullptr ? block : allocWithoutUnit(pool);
 }
 
-// The pool has no unit at hand, or the caller no pool.
+// For a thread that does not own the heap, or not yet.
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
-void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocWithoutUnit(std::size_t size,
-                                                                                          std::size_t number) {
-    if (number == 0 || (!m_owner.isCaller() && !claim()))
-        return std::malloc(size);
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocElsewhere(std::size_t size) {
+    return m_owner.isTaken() || !claim() ? std::malloc(size) : allocUncommon(size);
+}
+
+// The pool has no unit at hand.
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+void* TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::allocWithoutUnit(BlockPool& pool) noexcept {
     collect();
-    BlockPool& pool = m_blockPools.pool(number);
     std::byte* const block =
         hasUnit(*pool.partial) ? takeUnit(pool, *pool.partial) : m_blockPools.reallocFromPool(pool, m_segments);
     if (platform::kMarksMemory && block != nullptr)

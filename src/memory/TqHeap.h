@@ -127,7 +127,9 @@ private:
             platform::markHandedOut(block, pool.unitSize);
         return block;
     }
-    void* allocWithoutUnit(std::size_t size, std::size_t number);
+    // Apart, so that the usual path needs no stack frame.
+    [[gnu::noinline]] void* allocElsewhere(std::size_t size);
+    [[gnu::noinline]] void* allocWithoutUnit(BlockPool& pool) noexcept;
 
     void build();
     void freeBlock(void* block) noexcept {
