@@ -33,10 +33,10 @@ struct Counts {
 
 State freePageState(const detail::Segment& segment, const detail::Page& page) {
     if ((page.flags & detail::kUncommitted) == 0)
-        return State::eReserve;
+        return State::kReserve;
     if ((page.flags & detail::kWaiting) != 0)
-        return State::eWaiting;
-    return detail::pageIndex(page) >= segment.highWater ? State::eUntouched : State::eGivenBack;
+        return State::kWaiting;
+    return detail::pageIndex(page) >= segment.highWater ? State::kUntouched : State::kGivenBack;
 }
 
 void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
@@ -45,7 +45,7 @@ void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
     for (std::size_t index = 0; index < kPagesPerSegment; ++index) {
         HeapReport::Page& out = report.pages[index];
         if (index < detail::kHeaderPages) {
-            out = {State::eHeader, 0, 0, 0};
+            out = {State::kHeader, 0, 0, 0};
             continue;
         }
         const detail::Page& page = *detail::pageAt(base, index);
@@ -56,11 +56,11 @@ void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
         const detail::BlockPool& pool = g_tqGlobalHeap.blockPools().pool(page.poolNumber);
         const std::size_t free = detail::freeUnits(pool, page);
         if (free == pool.unitsPerRun) { // parked, so as good as in its segment's reserve
-            out = {State::eReserve, 0, 0, 0};
+            out = {State::kReserve, 0, 0, 0};
             continue;
         }
         const std::size_t used = pool.unitsPerRun - free;
-        out = {State::eInPool, page.poolNumber, static_cast<std::uint16_t>(used),
+        out = {State::kInPool, page.poolNumber, static_cast<std::uint16_t>(used),
                static_cast<std::uint16_t>(pool.unitsPerRun)};
         Count& count = counts.blocks[page.poolNumber];
         ++count.pages;
@@ -84,7 +84,7 @@ void fillUnitSegment(HeapReport::Segment& report, Counts& counts) {
         const std::size_t unit = index / record.poolNumber;
         const bool isUsed = unit < pool.unitsPerRun && !free[unit];
         const bool isPartOfUnit = unit < pool.unitsPerRun; // pages at the end may be left over
-        report.pages[index] = {State::eInPool, record.poolNumber, isUsed, isPartOfUnit};
+        report.pages[index] = {State::kInPool, record.poolNumber, isUsed, isPartOfUnit};
     }
     Count& count = counts.units[record.poolNumber];
     count.pages += kPagesPerSegment;
@@ -147,7 +147,7 @@ HeapReport heapReport() {
             fillBlockSegment(segment, counts);
         report.residentBytes += segment.resident;
         for (const HeapReport::Page& page : segment.pages)
-            if (page.state == State::eHeader || page.state == State::eReserve || page.state == State::eInPool)
+            if (page.state == State::kHeader || page.state == State::kReserve || page.state == State::kInPool)
                 report.committedBytes += kPageBytes;
     }
     report.waitingBytes = g_tqGlobalHeap.segments().waiting().total() * kPageBytes;

@@ -26,9 +26,9 @@ struct Look {
 };
 
 constexpr Look kLooks[] = {
-    {State::eHeader, "#5b6b7a", "header"},        {State::eInPool, "#1f6fb2", "in a pool, the darker the fuller"},
-    {State::eReserve, "#9fd3a8", "free, kept"},   {State::eWaiting, "#e8d38a", "free, memory waits"},
-    {State::eGivenBack, "#efefef", "given back"}, {State::eUntouched, "#ffffff", "never used"},
+    {State::kHeader, "#5b6b7a", "header"},        {State::kInPool, "#1f6fb2", "in a pool, the darker the fuller"},
+    {State::kReserve, "#9fd3a8", "free, kept"},   {State::kWaiting, "#e8d38a", "free, memory waits"},
+    {State::kGivenBack, "#efefef", "given back"}, {State::kUntouched, "#ffffff", "never used"},
 };
 
 const Look& lookOf(State state) {
@@ -55,7 +55,7 @@ void appendCells(std::string& svg, const HeapReport::Segment& segment, std::size
     append(svg, "<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"%s\"",
            kLeft + static_cast<int>(first) * kCell, y, static_cast<int>(end - first) * kCell, kRow - 4,
            look.colour.data());
-    if (page.state != State::eInPool) {
+    if (page.state != State::kInPool) {
         append(svg, "><title>%s</title></rect>\n", look.meaning.data());
         return;
     }

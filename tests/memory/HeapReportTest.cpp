@@ -58,9 +58,9 @@ void expectConsistent(const HeapReport& report) {
         resident += segment.resident;
         EXPECT_LE(segment.resident, kSegmentBytes);
     }
-    EXPECT_EQ(pages, pagesIn(report, State::eInPool));
+    EXPECT_EQ(pages, pagesIn(report, State::kInPool));
     EXPECT_EQ(report.committedBytes,
-              (pages + pagesIn(report, State::eHeader) + pagesIn(report, State::eReserve)) * kPageBytes);
+              (pages + pagesIn(report, State::kHeader) + pagesIn(report, State::kReserve)) * kPageBytes);
     EXPECT_EQ(report.residentBytes, resident);
     EXPECT_GE(report.residentBytes, used == 0 ? 0 : kPageBytes);
 }
@@ -139,8 +139,8 @@ TEST_F(Report, AgreesWithTheHeapAtEveryMoment) {
         const auto& header = *tq::detail::segmentHeader(tq::detail::TqHeapConfigurator::segmentAddress(segment.number));
         reserve += header.committedCount;
     }
-    EXPECT_LE(pagesIn(report, State::eReserve) - reserve, 1U) << "but for a parked page";
-    EXPECT_GT(pagesIn(report, State::eReserve), 0U);
+    EXPECT_LE(pagesIn(report, State::kReserve) - reserve, 1U) << "but for a parked page";
+    EXPECT_GT(pagesIn(report, State::kReserve), 0U);
     for (void* block : blocks)
         tqFree(block);
 }

@@ -50,7 +50,7 @@ def test_report() -> None:
     sarif = json.loads(report("--sarif", here / "sample.cpp").stdout)
     check(len(sarif["runs"][0]["results"]) == 13, "SARIF has all but the complete one")
     text = report(here).stdout
-    check("sample.cpp:20: loses: _wtol: partial: reads in the base" in text and "instead: wcstol" in text, text)
+    check("sample.cpp:21: loses: _wtol: partial: reads in the base" in text and "instead: wcstol" in text, text)
     with tempfile.TemporaryDirectory() as folder:
         clean = pathlib.Path(folder, "clean.cpp")
         for source, status in (("int main() {}", 0), ("int p = GetACP();", 1), ("long l = _wtol(t);", 2)):

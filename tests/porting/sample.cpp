@@ -1,3 +1,4 @@
+// clang-format off
 // What tq-porting is to find stands in a comment at the end of its line; everything else is to be let alone.
 #include "windows.h"
 #define _strdup ourDuplicate

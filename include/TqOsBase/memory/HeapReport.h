@@ -32,12 +32,12 @@ struct HeapReport {
 
     /// What a page is there for.
     enum class PageState : std::uint8_t {
-        eHeader,    ///< Holds the descriptors of the segment's pages.
-        eUntouched, ///< Was not committed since its segment was taken into use.
-        eGivenBack, ///< Free; its memory went back to the system, or does once all in the system's page are free.
-        eWaiting,   ///< Free; its memory waits to be used again, or given back.
-        eReserve,   ///< Free, with its memory, for the next pool that needs a page.
-        eInPool,    ///< Belongs to a pool.
+        kHeader,    ///< Holds the descriptors of the segment's pages.
+        kUntouched, ///< Was not committed since its segment was taken into use.
+        kGivenBack, ///< Free; its memory went back to the system, or does once all in the system's page are free.
+        kWaiting,   ///< Free; its memory waits to be used again, or given back.
+        kReserve,   ///< Free, with its memory, for the next pool that needs a page.
+        kInPool,    ///< Belongs to a pool.
     };
 
     /// One page of a segment.
