@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     code_page_id page = kUntouchedPage;
     if (parse(text, value, page)) {
         fuzz::check(std::strlen(reinterpret_cast<const char*>(text.data())) >= kLength, "an escape is whole");
-        fuzz::check(value >= 0 && value <= 0xFFFF, "sixteen bits");
+        fuzz::check(static_cast<std::uint32_t>(value) <= 0xFFFF, "sixteen bits");
         fuzz::check(page == mapCodepage(static_cast<short>(text[3])), "the digit names the code page");
         const auto written = format(text[3], static_cast<unsigned>(value), true);
         bool same = true;

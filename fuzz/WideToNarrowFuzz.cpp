@@ -82,7 +82,7 @@ void checkUtf8(const std::vector<wchar_t>& characters) {
         fuzz::check(run(kernels->wideToUtf8, src, end, result.size()) == result, "every form of wideToUtf8 agrees");
     }
 
-    const auto isRepresentable = [](wchar_t c) { return c >= 0 && c <= 0xFFFF; };
+    const auto isRepresentable = [](wchar_t c) { return static_cast<std::uint32_t>(c) <= 0xFFFF; };
     if (std::all_of(src, end, isRepresentable)) {
         TqVector<wchar_t> back;
         TqCharMapper::utf8ToUnicode(result.c_str(), 0, back);

@@ -95,7 +95,7 @@ bool TraverseParser::expect(const std::string& what, std::string_view found) {
     std::string shown;
     appendUtf8(shown, decodeDrawingText(found.substr(0, kMaxFound)));
     std::replace_if(
-        shown.begin(), shown.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; }, '?');
+        shown.begin(), shown.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
     m_expectation += ", found \"" + shown + (found.size() > kMaxFound ? "...\"" : "\"");
     return false;
 }

@@ -46,7 +46,7 @@ template <class Test>
 bool has(wchar_t c, CharacterClasses wanted, Test test) {
     if (isAscii(c))
         return asciiHas(c, wanted);
-    return c > 0 && test(static_cast<std::wint_t>(c)) != 0;
+    return signedCodeOf(c) > 0 && test(static_cast<std::wint_t>(c)) != 0;
 }
 
 } // namespace

@@ -10,6 +10,12 @@ constexpr std::uint32_t codeOf(wchar_t c) {
     return std::bit_cast<std::uint32_t>(c);
 }
 
+/// The code of `c` as a signed number: below 0 for a character with the highest bit, also where wchar_t has no sign
+/// (Linux on arm64).
+constexpr std::int32_t signedCodeOf(wchar_t c) {
+    return std::bit_cast<std::int32_t>(c);
+}
+
 /// The code of a narrow character: a byte from 128 on stays above the others where char is signed.
 constexpr unsigned char byteOf(char c) {
     return static_cast<unsigned char>(c);

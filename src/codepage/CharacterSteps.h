@@ -40,7 +40,7 @@ inline constexpr auto kHexPairs = [] {
 
 inline void stepWideToNarrow(const wchar_t*& src, char*& out) noexcept {
     const wchar_t c = *src++;
-    if (c <= kHighestAscii) {
+    if (signedCodeOf(c) <= kHighestAscii) {
         *out++ = static_cast<char>(c);
         return;
     }
@@ -74,8 +74,8 @@ inline void stepUtf8ToWide(const char*& src, wchar_t*& out) noexcept {
 }
 
 inline void stepWideToUtf8(const wchar_t*& src, char*& out) noexcept {
-    const wchar_t c = *src++;
-    const auto bits = codeOf(c);
+    const std::int32_t c = signedCodeOf(*src++);
+    const auto bits = static_cast<std::uint32_t>(c);
     if (c <= kHighestAscii) {
         *out++ = static_cast<char>(bits);
     } else if (c <= 0x7FF) {

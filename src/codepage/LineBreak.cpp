@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 using namespace tq::detail;
 
@@ -48,11 +49,12 @@ int LmCodePage::LineBreakClass(wchar_t c) {
     constexpr std::size_t kRowsOfIdeographs = 3;
     const auto* row = s_HighPartBreakClass.begin();
     const auto* const rare = row + kRowsOfIdeographs;
-    while (row != rare && row->last < c)
+    const std::int32_t code = signedCodeOf(c);
+    while (row != rare && row->last < code)
         ++row;
     if (row == rare)
-        row = std::lower_bound(rare, s_HighPartBreakClass.end(), c,
-                               [](const LineBreakRow& range, wchar_t wanted) { return range.last < wanted; });
+        row = std::lower_bound(rare, s_HighPartBreakClass.end(), code,
+                               [](const LineBreakRow& range, std::int32_t wanted) { return range.last < wanted; });
     return row == s_HighPartBreakClass.end() ? kLineBreakID : row->lineBreakClass;
 }
 

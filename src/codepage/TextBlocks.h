@@ -74,10 +74,10 @@ struct WordBlock {
         Mask m_notAscii = 0;
     };
 
-    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, wchar_t limit) {
+    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, std::int32_t limit) {
         std::uint32_t above = 0;
         for (std::size_t i = 0; i < count; ++i)
-            above += p[i] > limit ? 1U : 0U;
+            above += signedCodeOf(p[i]) > limit ? 1U : 0U;
         return above;
     }
 };
@@ -171,7 +171,7 @@ struct VectorBlock {
         __m128i m_bytes;
     };
 
-    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, wchar_t limit) {
+    static std::uint32_t countAbove(const wchar_t* p, std::size_t count, std::int32_t limit) {
         const __m128i limits = _mm_set1_epi32(limit);
         __m128i first = _mm_setzero_si128(); // Two chains of additions, each lane counting down.
         __m128i second = first;

@@ -20,13 +20,13 @@ constexpr std::uint32_t kDoubleByteIds = 0x1F021D;
 } // namespace
 
 bool TqCharMapper::unicodeToCodepage(wchar_t ch, code_page_id, wchar_t& out, bool) {
-    if (ch <= kHighestAscii)
+    if (signedCodeOf(ch) <= kHighestAscii)
         out = ch;
     return false;
 }
 
 bool TqCharMapper::codepageToUnicode(wchar_t ch, code_page_id, wchar_t& out) {
-    if (ch > kHighestAscii)
+    if (signedCodeOf(ch) > kHighestAscii)
         return false;
     out = ch;
     return true;

@@ -186,7 +186,7 @@ constexpr QModeField readQMode(const wchar_t*& p, bool positional) noexcept {
     if (*p == L'*')
         return {QModeField::kArgument, readArgumentPosition(p, positional)};
     if (isDecimalDigit(*p))
-        return {QModeField::kWord, *p++ - L'0'};
+        return {QModeField::kWord, static_cast<int>(*p++ - L'0')};
     return {QModeField::kNone, 0};
 }
 

@@ -18,7 +18,7 @@ int escapeLength(const Char* p, char letter, bool withCodePageDigit) {
     int i = 0;
     if (p[i++] != '\\')
         return 0;
-    if (p[i] != letter && p[i] != letter + ('a' - 'A'))
+    if (p[i] != static_cast<Char>(letter) && p[i] != static_cast<Char>(letter + ('a' - 'A')))
         return 0;
     if (p[++i] != '+')
         return 0;
@@ -63,7 +63,7 @@ inline std::string wideToNarrow(const wchar_t* src, int length) {
     std::string out;
     int i = 0;
     while (i < length && src[i] != 0) {
-        const wchar_t c = src[i];
+        const auto c = static_cast<std::int32_t>(src[i]);
         int n = 0;
         if (c == '\\')
             n = escapeLength(src + i, 'U', false) + escapeLength(src + i, 'M', true);
@@ -106,7 +106,7 @@ inline std::wstring utf8ToUnicode(const char* src, int length) {
 inline std::string unicodeToUtf8(const wchar_t* src, int length) {
     std::string out;
     for (std::int64_t i = 0; i <= length && src[i] != 0; ++i) {
-        const long c = src[i];
+        const long c = static_cast<std::int32_t>(src[i]);
         if (c <= 127) {
             out += static_cast<char>(c & 0xFF);
         } else if (c <= 0x7FF) {
