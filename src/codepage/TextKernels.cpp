@@ -5,6 +5,7 @@
 #include "platform/Processor.h"
 
 #include <atomic>
+#include <initializer_list>
 
 namespace tq::detail {
 
@@ -14,8 +15,8 @@ namespace {
 constinit std::atomic<const TextKernels*> g_current = nullptr;
 
 [[gnu::noinline]] const TextKernels& choose() noexcept {
-    const TextKernels* best = nullptr;
-    for (const KernelSet set : {KernelSet::kPortable, KernelSet::kSse2, KernelSet::kAvx2}) {
+    const TextKernels* best = &kPortableKernels;
+    for (const KernelSet set : {KernelSet::kSse2, KernelSet::kAvx2}) {
         if (const TextKernels* kernels = textKernels(set))
             best = kernels;
     }

@@ -43,7 +43,7 @@ void terminate(TqVector<T>& out, const T* elements, T* end, int slotsBefore) {
     try {
         out.setPhysicalLength(length);
     } catch (const std::bad_alloc&) {
-        return; // the text is whole where it is
+        return; // no memory for the smaller slots: the text is whole where it is
     }
     out.setLogicalLength(length);
 }

@@ -6,6 +6,7 @@
 #include <TqOsBase/diag/TqTracer.h>
 #include <TqOsBase/stream/OpenStream.h>
 
+#include <cassert>
 #include <cerrno>
 #include <exception>
 #include <new>
@@ -90,29 +91,41 @@ std::string textOf(const wchar_t* text) {
     return text == nullptr ? std::string() : detail::utf8Of(text);
 }
 
-// The default hook takes its text for a format: a percent sign in a name must stay one.
-void trace(std::wstring text) {
-    if (TqTracer::sm_pfnTraceW == TqTracer::defaultTraceW) {
-        for (std::size_t at = 0; (at = text.find(L'%', at)) != std::wstring::npos; at += 2)
-            text.insert(at, 1, L'%');
+// Without memory, or where the hook throws, there is no report. The default hook takes its text for a format: a percent
+// sign in a name must stay one.
+void traceLoss(const std::wstring& name, const wchar_t* reason) noexcept {
+    try {
+        std::wstring text = name + L": " + reason + L'\n';
+        if (TqTracer::sm_pfnTraceW == TqTracer::defaultTraceW) {
+            for (std::size_t at = 0; (at = text.find(L'%', at)) != std::wstring::npos; at += 2)
+                text.insert(at, 1, L'%');
+        }
+        TqTracer(L"%ls", text.c_str());
+    } catch (...) { // NOLINT(bugprone-empty-catch)
     }
-    TqTracer(L"%ls", text.c_str());
+}
+
+// The name as long as the file is open; empty when there is no memory for it.
+std::wstring nameOf(const TqFileStreamBuf& stream) noexcept {
+    try {
+        return stream.fileName() != nullptr ? stream.fileName() : L"a file without a name";
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
 }
 
 } // namespace
 
 void tq::StreamCloser::operator()(TqFileStreamBuf* stream) const noexcept {
+    assert(stream != nullptr);
+    const auto* const file = dynamic_cast<const TqFileStreamBufImpl*>(stream);
+    const bool wasReported = file != nullptr && file->m_accepted == TqFileStreamBufImpl::Accepted::kReported;
+    const std::wstring name = nameOf(*stream);
     try {
-        const auto* const file = dynamic_cast<const TqFileStreamBufImpl*>(stream);
-        const bool wasReported = file != nullptr && file->m_accepted == TqFileStreamBufImpl::Accepted::kReported;
-        const std::wstring name = stream->fileName() != nullptr ? stream->fileName() : L"a file without a name";
-        try {
-            stream->close();
-        } catch (const wchar_t* text) {
-            if (!wasReported)
-                trace(name + L": " + text + L'\n');
-        }
-    } catch (...) { // NOLINT(bugprone-empty-catch): no memory for the report, or a hook that throws
+        stream->close();
+    } catch (const wchar_t* reason) {
+        if (!wasReported)
+            traceLoss(name, reason);
     }
     destoryFileIOStreamBuf(stream);
 }

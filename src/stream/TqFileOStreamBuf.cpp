@@ -129,7 +129,7 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     if (n > kWriteBehind - m_pending.tell())
         flushPending();
     if (n > kWriteBehind) {
-        dropPending(); // nothing: should this write be refused, so are the next ones
+        dropPending(); // none are left; without room the next write comes here too, and is refused if this one is
         TqFileStreamBufImpl::writeBytes(buf, n);
         return;
     }

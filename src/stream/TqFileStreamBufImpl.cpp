@@ -274,14 +274,14 @@ std::uint64_t TqFileStreamBufImpl::seek(std::uint64_t offset, TqIO::SeekType typ
     }
     if (isPending)
         settle();
-    if ((offset & kQuietOffset) != kQuietOffset)
+    if ((offset & kQuietOffset) != kQuietOffset) // 0xFFFFFFFF and -1 are quiet, 0x7FFFFFFFFFFFFFFE is refused aloud
         refuse(kFileInternalError);
     return ~std::uint64_t{0};
 }
 
 void TqFileStreamBufImpl::readBytes(unsigned char* buf, std::uint32_t n) {
     requireFile(kEndOfFile);
-    if (m_lastOperation == LastOperation::kWrite && !settle())
+    if (m_lastOperation == LastOperation::kWrite && !settle()) // on /dev/full
         refuse(kWriteFileError);
     m_lastOperation = LastOperation::kRead;
     platform::readStream(m_stream, buf, n);

@@ -1,6 +1,8 @@
 #include "faults/FailingCalls.h"
 #include "stream/StreamTest.h"
 
+#include <TqOsBase/stream/OpenStream.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstring>
@@ -280,6 +282,14 @@ TEST(FileFaults, OpeningWithoutMemoryLeavesNothingBehind) {
         return true;
     });
     EXPECT_GT(failures, 1);
+    const int thrown = faults::sweepAllocations([&](int failing) {
+        tq::StreamPointer owned;
+        const bool ranOut = faults::runsOut(failing, [&] { owned = tq::openUpdate(name, TqIO::kShareDenyWrite); });
+        EXPECT_EQ(ranOut, owned == nullptr);
+        EXPECT_EQ(TqFileStreamBufImpl::m_cstrAlreadyOpenFiles.GetCount(), owned != nullptr ? 1 : 0);
+        return owned != nullptr;
+    });
+    EXPECT_GT(thrown, 1);
     EXPECT_EQ(readFile(folder.path("f")), pattern(10));
 }
 

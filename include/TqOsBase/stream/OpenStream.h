@@ -15,6 +15,7 @@ namespace tq {
 /// reported through TqTracer, with the name of the file: "plan.txt: Write file error!". Call close() where the program
 /// itself is to know.
 struct StreamCloser {
+    /// `stream` is not null. Throws nothing, whatever the tracing does.
     TQ_API void operator()(TqFileStreamBuf* stream) const noexcept;
 };
 
