@@ -185,16 +185,16 @@ void handOver(benchmark::State& state, const std::vector<Step>& steps, bool isPr
     report(state, kRounds, 0);
 }
 
-enum class Lifetimes { eRandom, eFifo };
+enum class Lifetimes { kRandom, kFifo };
 
 // `ranges` are ranges of sizes, each as likely as the others.
 std::vector<Step> makeSteps(Lifetimes lifetimes, const std::vector<std::pair<unsigned, unsigned>>& ranges) {
     std::mt19937 random(20240611);
     // A whole number of rounds, so that first in, first out holds across the repetition too.
-    std::vector<Step> steps(lifetimes == Lifetimes::eFifo ? kSequence / kLive * kLive : kSequence);
+    std::vector<Step> steps(lifetimes == Lifetimes::kFifo ? kSequence / kLive * kLive : kSequence);
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const auto& [first, last] = ranges[random() % ranges.size()];
-        const auto slot = static_cast<std::uint32_t>(lifetimes == Lifetimes::eFifo ? i % kLive : random() % kLive);
+        const auto slot = static_cast<std::uint32_t>(lifetimes == Lifetimes::kFifo ? i % kLive : random() % kLive);
         steps[i] = {slot, static_cast<std::uint32_t>(first + random() % (last - first + 1))};
     }
     return steps;
@@ -232,15 +232,15 @@ bool registerAll() {
         const std::string name = "heap/burst of 128 of " + std::to_string(size);
         (addHeap<Heaps>(name, [size](benchmark::State& state) { burst<Heaps>(state, size); }), ...);
     }
-    const std::vector<Step> random = makeSteps(Lifetimes::eRandom, {{8, 256}});
+    const std::vector<Step> random = makeSteps(Lifetimes::kRandom, {{8, 256}});
     (addSteps<Heaps>("heap/random lifetimes 8-256", random), ...);
-    const std::vector<Step> fifo48 = makeSteps(Lifetimes::eFifo, {{48, 48}});
+    const std::vector<Step> fifo48 = makeSteps(Lifetimes::kFifo, {{48, 48}});
     (addSteps<Heaps>("heap/FIFO 48", fifo48), ...);
-    const std::vector<Step> fifoSmall = makeSteps(Lifetimes::eFifo, {{8, 256}});
+    const std::vector<Step> fifoSmall = makeSteps(Lifetimes::kFifo, {{8, 256}});
     (addSteps<Heaps>("heap/FIFO 8-256", fifoSmall), ...);
     // The sizes of that range that the pools serve.
     const std::vector<Step> fifoLarge =
-        makeSteps(Lifetimes::eFifo, {{512, 512}, {1000, 1024}, {2000, 2048}, {4000, 4096}});
+        makeSteps(Lifetimes::kFifo, {{512, 512}, {1000, 1024}, {2000, 2048}, {4000, 4096}});
     (addSteps<Heaps>("heap/FIFO 512-4096", fifoLarge), ...);
     (addHeap<Heaps>("heap/random lifetimes 512-4096, 1000 alive",
                     [fifoLarge, random](benchmark::State& state) {

@@ -1,6 +1,7 @@
 # How the project's targets are compiled and linked, in one place.
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+include(CheckCXXCompilerFlag)
 
 if(TQ_SANITIZE)
   add_compile_options(-fsanitize=${TQ_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
@@ -48,6 +49,11 @@ function(tq_configure_objects target)
                VISIBILITY_INLINES_HIDDEN ON)
   # Calls among our own exported functions are direct and may be inlined; clang never does otherwise.
   target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+  # Callers may have subnormals read as zero. Clang must not make a comparison of doubles of one of their bits then.
+  check_cxx_compiler_flag(-fdenormal-fp-math=dynamic TQ_HAS_DYNAMIC_DENORMALS)
+  if(TQ_HAS_DYNAMIC_DENORMALS)
+    target_compile_options(${target} PRIVATE -fdenormal-fp-math=dynamic)
+  endif()
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:TqWarnings>)
   if(TQ_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage)
