@@ -171,8 +171,10 @@ template <class Map>
 void registerMap(const std::string& area, const std::string& title, void (*run)(benchmark::State&)) {
     const std::string name = area + "/" + title + "/" + Map::kName;
     if constexpr (requires { Map::kIsMissing; }) {
-        if (Map::kIsMissing)
-            return bench::addMissing(name);
+        if (Map::kIsMissing) {
+            bench::addMissing(name);
+            return;
+        }
     }
     bench::add(name, run);
 }
