@@ -130,6 +130,7 @@ void addThreadShims(ImportTable& table) {
     table.add("_pthread_cond_destroy", dropCondition);
     table.add("_pthread_once", runOnce);
     table.add("_pthread_key_create", makeKey);
+    table.add("_pthread_atfork", ::pthread_atfork);
     table.add("_pthread_mach_thread_np", threadPort);
     table.add("_pthread_threadid_np", threadNumber);
 }
