@@ -97,6 +97,7 @@ private:
             require(run == pool.partial || run->previous->next == run, "back link of a run", segment, page);
             require(m_listed.insert(base).second, "run listed twice", segment, page);
             require(run->poolNumber == number, "pool number of a run", segment, page);
+            require(pool.unitSize != 0, "run in a pool without units", segment, page);
             checkUnits(pool, *run, base, segment, page);
             const bool isWhollyFree = freeUnits(pool, *run) == pool.unitsPerRun;
             require(!isWhollyFree || isParked(*run), "run wholly free", segment, page);
