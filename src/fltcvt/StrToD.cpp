@@ -89,7 +89,7 @@ double signedDouble(std::uint64_t bits, std::uint64_t signBit) {
     return std::bit_cast<double>(bits | signBit);
 }
 
-// Zeros, more than 19 digits, and what they do not decide: 4503599627370496.5.
+// Zeros, numbers of more than 19 digits, and those that the quick product leaves undecided: 4503599627370496.5.
 template <class Char>
 [[gnu::noinline]] double readUncommon(const Char* begin, const Char* end, const Char* point, std::int64_t lastExponent,
                                       std::uint64_t signBit) {

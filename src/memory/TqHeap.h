@@ -53,8 +53,8 @@ public:
     TqHeap(const TqHeap&) = delete;
     TqHeap& operator=(const TqHeap&) = delete;
 
-    /// Makes the calling thread the owner where that can be had, the pools included; false when it is not to be, which
-    /// it is not where the thread is the owner already. Throws std::bad_alloc.
+    /// Makes the calling thread the owner, the pools included. Returns true when this call did; false otherwise, also
+    /// when the thread is the owner already. Throws std::bad_alloc.
     bool claim();
     void tearDown() noexcept;
 

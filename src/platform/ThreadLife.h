@@ -16,7 +16,7 @@ namespace tq::platform {
 /// for that: it is never called then.
 bool watchThreadEnds(void (*ended)()) noexcept;
 
-/// The calling thread's end is to be told (once), or not.
+/// Whether the end of the calling thread is reported, once.
 void expectThreadEnd(bool isExpected) noexcept;
 
 /// Ends what watchThreadEnds() began.

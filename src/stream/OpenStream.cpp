@@ -24,8 +24,8 @@ struct Reason {
     const char* detail = ""; // what the system's text for the number does not say
 };
 
-// Why there is no file, from what the buffer has stored and the system has said. What open() throws the buffer has
-// dropped; it is told apart here by asking again.
+// Why there is no file, from what the buffer has stored and the system has said. The buffer swallows
+// what open() throws, so the cause is found here by asking the system again.
 Reason reasonFor(const std::wstring& name, TqIO::CreationDisposition creation, Lumo::ErrorStatus status, int error) {
     if (name.empty())
         return {EINVAL, " (an empty name)"};
