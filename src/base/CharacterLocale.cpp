@@ -1,6 +1,7 @@
 #include "base/CharacterLocale.h"
 
 #include "base/ErrnoKeeper.h"
+#include "base/ProcessLock.h"
 #include "platform/LocaleNames.h"
 
 #include <algorithm>
@@ -17,6 +18,7 @@ using platform::kUtf8LocaleNames;
 
 template <class Names>
 bool isCurrent(const Names& names) noexcept {
+    const ProcessLock lock; // another thread's useUtf8Characters() releases the name
     const char* current = std::setlocale(LC_CTYPE, nullptr);
     return current != nullptr &&
            std::find(std::begin(names), std::end(names), std::string_view(current)) != std::end(names);
@@ -26,6 +28,7 @@ bool isCurrent(const Names& names) noexcept {
 
 void useUtf8Characters() noexcept {
     const ErrnoKeeper keeper;
+    const ProcessLock lock;
     // Asked first, because looking for a name that is not there takes a search through the file system.
     if (isCurrent(kUtf8LocaleNames))
         return;

@@ -1,5 +1,6 @@
 #include "base/CharacterClass.h"
 #include "base/FileName.h"
+#include "base/ProcessLock.h"
 #include "codepage/EastAsianScripts.h"
 
 #include <TqOsBase/codepage/Bigfont.h>
@@ -55,7 +56,8 @@ int findBuiltIn(const wchar_t* fontFile) {
     return kUndecided;
 }
 
-// Made by its first user and never destroyed, so that lookups work in any static object's constructor and destructor.
+// For whoever holds the lock. Made by its first user and never destroyed, so that lookups work in any static object's
+// constructor and destructor.
 FontMap& userDefinedFonts() {
     static FontMap& g_mapCP2Bigfont = *new FontMap;
     return g_mapCP2Bigfont;
@@ -102,6 +104,7 @@ void ReadBigfontIni(const wchar_t* path) {
     std::string fileName;
     if (path == nullptr || !toFileName(path, fileName) || fileName.size() >= kPathSize)
         return;
+    const ProcessLock lock;
     std::ifstream file(fileName);
     std::array<char, kLineSize> line{};
     while (file.getline(line.data(), line.size()))
@@ -110,6 +113,7 @@ void ReadBigfontIni(const wchar_t* path) {
 
 int findCodepageByBigfontInUserDefined(const std::wstring& fontFile, CReadUserDefBigfontIni* reader) {
     static bool g_bBigFontIniLoaded = false;
+    const ProcessLock lock;
     FontMap& fonts = userDefinedFonts();
     if (reader != nullptr && !g_bBigFontIniLoaded) {
         std::array<wchar_t, kIniPathCapacity + 1> path{}; // a full one has its terminator too

@@ -5,6 +5,7 @@
 
 #include <TqOsBase/codepage/LmCodePage.h>
 
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -31,9 +32,9 @@ constexpr CodePageCharSet kCodePages[] = {{1252, 0},   {932, 128},  {949, 129}, 
                                           {1255, 177}, {1256, 178}, {1253, 161}, {1254, 162}, {1258, 163},
                                           {874, 222},  {1250, 238}, {1251, 204}, {1257, 186}};
 
-// Caches; 0 is also the mark of one not filled yet.
-constinit std::uint32_t s_sysCodePage = 0;
-constinit std::uint16_t s_sysDefaultLCID = 0;
+// Caches; 0 is also the mark of one not filled yet. Threads that meet here fetch the same value twice.
+constinit std::atomic<std::uint32_t> s_sysCodePage = 0;
+constinit std::atomic<std::uint16_t> s_sysDefaultLCID = 0;
 
 int charSetOrDefault(std::uint32_t lcid) {
     return charSetOfLcid(lcid).value_or(kDefaultCharSet);
@@ -140,15 +141,21 @@ bool LmCodePage::LanguageIsRtoL(int lcid) {
 }
 
 int LmCodePage::SysCodePage() {
-    if (s_sysCodePage == 0)
-        s_sysCodePage = GetACP() & 0xFFFF;
-    return static_cast<int>(s_sysCodePage);
+    std::uint32_t codePage = s_sysCodePage.load(std::memory_order_relaxed);
+    if (codePage == 0) {
+        codePage = GetACP() & 0xFFFF;
+        s_sysCodePage.store(codePage, std::memory_order_relaxed);
+    }
+    return static_cast<int>(codePage);
 }
 
 LCID LmCodePage::SysDefaultLCID() {
-    if (s_sysDefaultLCID == 0)
-        s_sysDefaultLCID = static_cast<std::uint16_t>(GetSystemDefaultLCID());
-    return s_sysDefaultLCID;
+    std::uint16_t lcid = s_sysDefaultLCID.load(std::memory_order_relaxed);
+    if (lcid == 0) {
+        lcid = static_cast<std::uint16_t>(GetSystemDefaultLCID());
+        s_sysDefaultLCID.store(lcid, std::memory_order_relaxed);
+    }
+    return lcid;
 }
 
 int LmCodePage::CharSetFromUnicode(wchar_t ch, unsigned short lang1, unsigned short lang2) {

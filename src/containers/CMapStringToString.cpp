@@ -3,6 +3,35 @@
 #include <cstddef>
 #include <new>
 
+namespace {
+
+using String = CMapStringToString::String;
+
+constinit thread_local bool t_isThreadEnding = false;
+
+struct ThreadText {
+    ThreadText() = default;
+    ThreadText(const ThreadText&) = delete;
+    ThreadText& operator=(const ThreadText&) = delete;
+    ~ThreadText() { t_isThreadEnding = true; }
+
+    String text;
+};
+
+// For destructors that run after that of the thread's text, such as those of static objects: never destroyed.
+String& lastingText() {
+    alignas(String) static std::byte storage[sizeof(String)];
+    static String& s_nothing = *::new (storage) String;
+    return s_nothing;
+}
+
+String& textOfThread() {
+    thread_local ThreadText t_nothing;
+    return t_nothing.text;
+}
+
+} // namespace
+
 CMapStringToString::CMapStringToString(long long /*nBlockSize*/) {}
 CMapStringToString::~CMapStringToString() {}
 
@@ -38,11 +67,9 @@ CMapStringToString::CPair* CMapStringToString::PLookup(const wchar_t* /*key*/) {
 }
 
 CMapStringToString::String& CMapStringToString::operator[](const wchar_t* /*key*/) {
-    // Never destroyed: destructors of static objects may ask, too.
-    alignas(String) static std::byte storage[sizeof(String)];
-    static String& s_nothing = *::new (storage) String;
-    s_nothing.clear();
-    return s_nothing;
+    String& nothing = t_isThreadEnding ? lastingText() : textOfThread();
+    nothing.clear();
+    return nothing;
 }
 void CMapStringToString::SetAt(const wchar_t* /*key*/, const wchar_t* /*value*/) {}
 bool CMapStringToString::RemoveKey(const wchar_t* /*key*/) {

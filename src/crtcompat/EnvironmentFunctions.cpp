@@ -1,4 +1,5 @@
 #include "base/FileName.h"
+#include "base/ProcessLock.h"
 #include "crtcompat/SystemName.h"
 
 #include <TqOsBase/crtcompat/EnvironmentFunctions.h>
@@ -34,12 +35,15 @@ wchar_t* _wgetenv(const wchar_t* name) {
         errno = error;
         return nullptr;
     }
-    const char* value = std::getenv(narrowName.c_str());
-    if (value == nullptr)
-        return nullptr;
     try {
         std::wstring text;
-        detail::fromSystemText(value, text);
+        {
+            const detail::ProcessLock lock; // against _wputenv() alone: what else changes the environment does not ask
+            const char* value = std::getenv(narrowName.c_str());
+            if (value == nullptr)
+                return nullptr;
+            detail::fromSystemText(value, text);
+        }
         return copyForCaller(text);
     } catch (const std::bad_alloc&) {
         errno = ENOMEM;
@@ -54,6 +58,7 @@ int _wputenv(const wchar_t* text) {
         return -1;
     }
     try {
+        const detail::ProcessLock lock;
         return ::putenv(keptForever(std::move(narrowText)));
     } catch (const std::bad_alloc&) {
         errno = ENOMEM;

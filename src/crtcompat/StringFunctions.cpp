@@ -25,7 +25,7 @@ std::size_t lengthOf(const wchar_t* s) {
     return s != nullptr ? std::wcslen(s) : 0;
 }
 
-wchar_t* g_plast4wcstok = nullptr;
+thread_local wchar_t* g_plast4wcstok = nullptr;
 
 } // namespace
 

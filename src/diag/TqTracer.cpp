@@ -1,4 +1,5 @@
 #include "base/FormattedText.h"
+#include "base/Hook.h"
 #include "base/StandardStreams.h"
 #include "base/Utf8.h"
 
@@ -32,7 +33,7 @@ TqTracer::TqTracer(const wchar_t* format, ...) {
     va_end(arguments);
     if (formatted.length() < 0)
         throw kOutOfMemory;
-    sm_pfnTraceW(formatted.text());
+    detail::readHook(sm_pfnTraceW)(formatted.text());
 }
 
 void TqTracer::defaultTraceA(const char* text) {
@@ -47,9 +48,9 @@ void TqTracer::defaultTraceW(const wchar_t* text) {
 }
 
 void TqTracer::setTraceFunctionA(void (*function)(const char*)) {
-    sm_pfnTraceA = function;
+    detail::setHook(sm_pfnTraceA, function);
 }
 
 void TqTracer::setTraceFunctionW(void (*function)(const wchar_t*)) {
-    sm_pfnTraceW = function;
+    detail::setHook(sm_pfnTraceW, function);
 }

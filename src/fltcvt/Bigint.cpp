@@ -35,7 +35,7 @@ public:
     }
     ~BigintOwner() {
         if (m_block != nullptr)
-            tq::detail::giveBlock(m_block);
+            tq::detail::giveBlock(m_block, m_block->k);
     }
 
     Bigint* get() const noexcept { return m_block; }

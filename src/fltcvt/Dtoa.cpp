@@ -38,6 +38,7 @@ char* specialText(double d, int* decpt, char** rve) {
     return d == d ? smallText("Infinity", 8, rve) : smallText("NaN", 3, rve);
 }
 
+// Where they are many, or the calling thread has no block at hand.
 [[gnu::noinline]] char* manyDigits(double v, DigitRequest request, int* decpt, char** rve) {
     char digits[tq::detail::kDigitRoom];
     const DigitLayout layout = tq::detail::writeManyDigits(v, request, digits);
@@ -50,7 +51,7 @@ char* specialText(double d, int* decpt, char** rve) {
 // The block leaves the free list only when its digits are known. So nothing is left to do after the slower way, which
 // is a tail call.
 [[gnu::always_inline]] inline char* fewDigits(double v, DigitRequest request, int* decpt, char** rve) {
-    Bigint* const block = __fcvtAlloc.m_freeLists[0];
+    Bigint* const block = tq::detail::blockAtHand(0);
     if (block == nullptr) [[unlikely]]
         return manyDigits(v, request, decpt, rve);
     Bigint* const next = block->next;

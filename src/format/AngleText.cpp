@@ -167,8 +167,9 @@ private:
 double tq::detail::absoluteAngle(double angle) {
     if (!std::isfinite(angle))
         return angle;
-    const bool clockwise = g_appUnits.angleDirection != 0;
-    return reduceToOneTurn(clockwise ? g_appUnits.angleBase - angle : angle - g_appUnits.angleBase);
+    const bool clockwise = tq::detail::t_appUnits.settings.angleDirection != 0;
+    return reduceToOneTurn(clockwise ? tq::detail::t_appUnits.settings.angleBase - angle
+                                     : angle - tq::detail::t_appUnits.settings.angleBase);
 }
 
 void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags, int maxLength,

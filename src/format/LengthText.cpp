@@ -127,9 +127,9 @@ private:
         constexpr int kHeightDecimals = 6;
         m_stacked = true;
         m_writer.put(L"{\\H");
-        m_writer.putFixed(g_appUnits.fractionHeight, kHeightDecimals);
+        m_writer.putFixed(t_appUnits.settings.fractionHeight, kHeightDecimals);
         m_writer.put(L"x;\\S");
-        writePlain(numerator, g_appUnits.fractionStackStyle == 0 ? L'/' : L'#', denominator);
+        writePlain(numerator, t_appUnits.settings.fractionStackStyle == 0 ? L'/' : L'#', denominator);
         m_writer.put(L";}");
     }
 

@@ -24,7 +24,7 @@ struct UnitPair {
 };
 
 UnitPair linearPair() {
-    return {g_appUnits.linearUnitMode, g_appUnits.linearPrecision};
+    return {tq::detail::t_appUnits.settings.linearUnitMode, tq::detail::t_appUnits.settings.linearPrecision};
 }
 
 // Engineering and architectural units shown as decimal ones, with about as many decimals as their fractions tell.
@@ -45,10 +45,12 @@ UnitPair chosenPair(int qType, int flags) {
             return linearPair();
         if ((flags & kQFlagDecimalPair) != 0)
             return decimalPair();
-        return {g_appUnits.alternateUnitMode, g_appUnits.alternatePrecision};
+        return {tq::detail::t_appUnits.settings.alternateUnitMode, tq::detail::t_appUnits.settings.alternatePrecision};
     case kQTypeAngle:
     case kQTypeRelativeAngle:
-        return linear ? linearPair() : UnitPair{g_appUnits.angularUnitMode, g_appUnits.angularPrecision};
+        return linear ? linearPair()
+                      : UnitPair{tq::detail::t_appUnits.settings.angularUnitMode,
+                                 tq::detail::t_appUnits.settings.angularPrecision};
     default:
         return linearPair();
     }
@@ -65,6 +67,7 @@ UnitPair unitPair(int qType, int flags) {
 } // namespace
 
 void FormatUtil::convertQTypeToAppType(int& precision, int& unitMode, int qType, int flags) {
+    tq::detail::followUnitSettings();
     const UnitPair pair = unitPair(qType, flags);
     precision = pair.precision;
     unitMode = pair.mode;
@@ -108,6 +111,7 @@ bool allDigitsZero(const wchar_t* text) {
 } // namespace
 
 unsigned tq::detail::formatQMode(wchar_t* out, double value, int mode, unsigned maxLength) {
+    followUnitSettings();
     UnitWriter writer(out);
     writeQMode(writer, value, mode, maxLength);
     writer.terminate();

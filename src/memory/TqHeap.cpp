@@ -27,9 +27,11 @@ void abandonLostHeap() {
     g_tqGlobalHeap.abandonLostHeap();
 }
 
+constinit platform::ThreadEnds g_ownersEnd;
+
 void watchThreads() noexcept {
-    platform::watchThreadEnds(giveUpAtThreadEnd);
-    platform::watchForks(abandonLostHeap);
+    g_ownersEnd.watch(giveUpAtThreadEnd);
+    platform::watchForks(nullptr, nullptr, abandonLostHeap);
 }
 
 } // namespace
@@ -46,13 +48,13 @@ bool TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::claim() 
         m_owner.resign(true);
         return false;
     }
-    platform::expectThreadEnd(true);
+    g_ownersEnd.expect(true);
     return true;
 }
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::resign() noexcept {
-    platform::expectThreadEnd(false);
+    g_ownersEnd.expect(false);
     m_owner.resign();
 }
 
@@ -75,7 +77,7 @@ void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::build() 
 
 template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
 void TqHeap<kPoolCount, PoolConfigurator, HeapConfigurator, DbgDumper>::tearDown() noexcept {
-    platform::unwatchThreadEnds();
+    g_ownersEnd.unwatch();
     if (!m_owner.isCaller() && !m_owner.claim())
         return;
     m_owner.resign(true);

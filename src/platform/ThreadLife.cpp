@@ -1,36 +1,26 @@
 #include "platform/ThreadLife.h"
 
-#include <pthread.h>
-
 namespace tq::platform {
 
-namespace {
-
-pthread_key_t g_key;
-bool g_hasKey = false;
-void (*g_ended)() = nullptr;
-
-} // namespace
-
-bool watchThreadEnds(void (*ended)()) noexcept {
-    g_ended = ended;
-    g_hasKey = ::pthread_key_create(&g_key, [](void*) { g_ended(); }) == 0;
-    return g_hasKey;
+// The key's value, where a thread has one, is the address of what is to be called.
+void ThreadEnds::watch(void (*ended)()) noexcept {
+    m_ended = ended;
+    m_hasKey = ::pthread_key_create(&m_key, [](void* value) { (*static_cast<void (**)()>(value))(); }) == 0;
 }
 
-void expectThreadEnd(bool isExpected) noexcept {
-    if (g_hasKey)
-        ::pthread_setspecific(g_key, isExpected ? &g_key : nullptr);
+void ThreadEnds::expect(bool isExpected) noexcept {
+    if (m_hasKey)
+        ::pthread_setspecific(m_key, isExpected ? &m_ended : nullptr);
 }
 
-void unwatchThreadEnds() noexcept {
-    if (g_hasKey)
-        ::pthread_key_delete(g_key);
-    g_hasKey = false;
+void ThreadEnds::unwatch() noexcept {
+    if (m_hasKey)
+        ::pthread_key_delete(m_key);
+    m_hasKey = false;
 }
 
-void watchForks(void (*inChild)()) noexcept {
-    ::pthread_atfork(nullptr, nullptr, inChild);
+void watchForks(void (*before)(), void (*inParent)(), void (*inChild)()) noexcept {
+    ::pthread_atfork(before, inParent, inChild);
 }
 
 } // namespace tq::platform

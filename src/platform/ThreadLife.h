@@ -1,5 +1,7 @@
 #pragma once
 
+#include <pthread.h>
+
 // The beginnings and ends that a piece of state of one thread has to know of.
 namespace tq::platform {
 
@@ -11,18 +13,28 @@ namespace tq::platform {
 #define TQ_NEAR_THREAD_LOCAL __attribute__((visibility("hidden")))
 #endif
 
-/// From now on `ended` is called in every thread that ends after expectThreadEnd(), after the destructors of its
-/// thread-local objects. Not called when main returns or the process exits. Returns false when the system has no room
-/// for that: it is never called then.
-bool watchThreadEnds(void (*ended)()) noexcept;
+/// Reports the ends of threads that ask for it. Usable before its constructor would have run; nothing is destroyed.
+class ThreadEnds {
+public:
+    constexpr ThreadEnds() noexcept = default;
 
-/// Whether the end of the calling thread is reported, once.
-void expectThreadEnd(bool isExpected) noexcept;
+    /// From now on `ended` is called in every thread that ends after expect(), after the destructors of its
+    /// thread-local objects. Not called when main returns or the process exits, nor where the system has no room for
+    /// that.
+    void watch(void (*ended)()) noexcept;
+    /// Whether the end of the calling thread is reported, once.
+    void expect(bool isExpected) noexcept;
+    /// Ends what watch() began.
+    void unwatch() noexcept;
 
-/// Ends what watchThreadEnds() began.
-void unwatchThreadEnds() noexcept;
+private:
+    ::pthread_key_t m_key{};
+    bool m_hasKey = false;
+    void (*m_ended)() = nullptr;
+};
 
-/// From now on `inChild` is called in every process that fork() makes, by its one thread, before fork() returns there.
-void watchForks(void (*inChild)()) noexcept;
+/// From now on fork() calls `before` first and `inParent` last, in the thread that calls it, and `inChild` in the one
+/// thread of the new process before it returns there. Any of them may be null.
+void watchForks(void (*before)(), void (*inParent)(), void (*inChild)()) noexcept;
 
 } // namespace tq::platform

@@ -1,4 +1,5 @@
 #include "base/FileName.h"
+#include "base/Hook.h"
 #include "base/Utf8.h"
 #include "platform/File.h"
 
@@ -96,7 +97,7 @@ std::string textOf(const wchar_t* text) {
 void traceLoss(const std::wstring& name, const wchar_t* reason) noexcept {
     try {
         std::wstring text = name + L": " + reason + L'\n';
-        if (TqTracer::sm_pfnTraceW == TqTracer::defaultTraceW) {
+        if (detail::readHook(TqTracer::sm_pfnTraceW) == TqTracer::defaultTraceW) {
             for (std::size_t at = 0; (at = text.find(L'%', at)) != std::wstring::npos; at += 2)
                 text.insert(at, 1, L'%');
         }

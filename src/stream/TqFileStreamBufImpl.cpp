@@ -1,5 +1,6 @@
 #include "base/ErrnoKeeper.h"
 #include "base/FileName.h"
+#include "base/ProcessLock.h"
 #include "platform/File.h"
 #include "platform/FileLock.h"
 #include "platform/StaticInit.h"
@@ -11,6 +12,7 @@
 #include <cwchar>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -170,6 +172,10 @@ Lumo::ErrorStatus TqFileStreamBufImpl::open(const wchar_t* name, TqIO::AccessMod
     if (plan.status != Lumo::kOk)
         return plan.status;
 
+    // Until the name is in the registry no other thread may ask for it.
+    std::optional<detail::ProcessLock> registryLock;
+    if (plan.isExclusive)
+        registryLock.emplace();
     // Asked before the file is opened: closing a second stream of it would give up the lock that the first one holds.
     if (plan.isExclusive && m_cstrAlreadyOpenFiles.Find(ownName.get()) != nullptr) {
         m_stream = nullptr;
@@ -223,7 +229,8 @@ void TqFileStreamBufImpl::close() {
 
 // The state of a buffer that was never opened.
 void TqFileStreamBufImpl::forget() noexcept {
-    if (m_isRegistered != 0 && m_name != nullptr && !m_cstrAlreadyOpenFiles.IsEmpty()) {
+    if (m_isRegistered != 0 && m_name != nullptr) {
+        const detail::ProcessLock lock;
         if (__POSITION* entry = m_cstrAlreadyOpenFiles.Find(m_name))
             m_cstrAlreadyOpenFiles.RemoveAt(entry);
     }

@@ -10,7 +10,9 @@
 /// the user's BIGFONT.INI, then the system's language. The lookups that callers use are TqCharMapper::getCpByBigFont
 /// and TqCharMapper::getCpIndexByBigFont. The user's definitions are one map for the process, which lives to its
 /// very end: the destructors of static objects may look fonts up. Names are compared by folding ASCII's letters alone,
-/// whatever the locale. What reads or fills the map runs in one thread at a time.
+/// whatever the locale. Any thread may look fonts up and read files; a reader is called in the thread that looks up,
+/// while the map is locked for all others, so it must not wait for another thread that looks fonts up, opens a file
+/// exclusively or asks for the environment.
 
 /// How the application finds and reads the user's definitions; the library only calls it. The slots are in the order
 /// that callers' objects have; the caller of a lookup owns the object.

@@ -10,7 +10,7 @@
 ///
 /// Nothing here fails: an unknown input gives the default named at each function, and these differ on purpose. "Looked
 /// up" means in the table of 160 languages, compared as a whole 32-bit number. The system default LCID is 0 here.
-/// Lookups are safe from any thread; changes of the user-defined table are serialised by the caller.
+/// Any thread may call anything: each slot of the user-defined table changes as a whole.
 class TQ_API LmCodePage {
 public:
     /// Always 14.

@@ -34,7 +34,7 @@ public:
     const CPair* PLookup(const wchar_t* key) const;                   ///< Null.
     CPair* PLookup(const wchar_t* key);                               ///< Null.
 
-    /// The process's one string for this purpose, emptied by every call: what is written to it is lost with the next.
+    /// The thread's one string for this purpose, emptied by every call: what is written to it is lost with the next.
     String& operator[](const wchar_t* key);
     void SetAt(const wchar_t* key, const wchar_t* value); ///< Nothing.
     bool RemoveKey(const wchar_t* key);                   ///< True.

@@ -24,18 +24,25 @@ private:
 
 namespace tq::detail {
 
-// The same two steps for either kind of counter that a vector record may have.
+// The same steps for either kind of counter that a vector record may have. Those of a plain number are atomic too: the
+// empty vectors of all threads share one record.
 inline void addReference(TqRefCounter& counter) noexcept {
     counter.increment();
 }
 inline void addReference(int& counter) noexcept {
-    ++counter;
+    __atomic_fetch_add(&counter, 1, __ATOMIC_RELAXED);
 }
 inline bool dropReference(TqRefCounter& counter) noexcept {
     return counter.decrement();
 }
 inline bool dropReference(int& counter) noexcept {
-    return --counter == 0;
+    return __atomic_fetch_sub(&counter, 1, __ATOMIC_ACQ_REL) == 1;
+}
+inline int referencesOf(const TqRefCounter& counter) noexcept {
+    return counter;
+}
+inline int referencesOf(const int& counter) noexcept {
+    return __atomic_load_n(&counter, __ATOMIC_ACQUIRE);
 }
 
 } // namespace tq::detail

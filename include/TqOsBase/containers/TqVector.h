@@ -11,9 +11,9 @@
 
 /// Growable array of trivially copyable elements with shared storage: copies share one record until one of them is
 /// changed. The object is one pointer. Allocator says where the slots come from, RefCounter (TqRefCounter or int)
-/// whether the share count is atomic, GrowPolicy how capacity grows.
+/// which type the share count has, GrowPolicy how capacity grows.
 ///
-/// Threads: with TqRefCounter copies may be made, read, written and let go on different threads. One vector object
+/// Threads: copies may be made, read, written and let go on different threads. One vector object
 /// belongs to one thread at a time.
 ///
 /// The logical length counts the elements in use, the physical length the slots. Lengths are `int`: a negative one

@@ -92,7 +92,7 @@ public:
     }
 
     /// True when another vector would see a write.
-    bool isShared() const noexcept { return m_refCount >= 2; }
+    bool isShared() const noexcept { return tq::detail::referencesOf(m_refCount) >= 2; }
 
     RefCounter m_refCount; ///< Holders.
     int m_logicalLength;   ///< Elements in use.
@@ -129,8 +129,9 @@ namespace tq::detail {
 template <class Record>
 bool isInOrder(const Record& record) noexcept {
     const bool isEmptyRecord = record.m_elementBits == ~std::uintptr_t{0};
-    return record.m_refCount >= 1 && record.m_logicalLength >= 0 && record.m_logicalLength <= record.m_physicalLength &&
-           (record.m_physicalLength == 0) == isEmptyRecord && record.m_elementBits != 0;
+    return referencesOf(record.m_refCount) >= 1 && record.m_logicalLength >= 0 &&
+           record.m_logicalLength <= record.m_physicalLength && (record.m_physicalLength == 0) == isEmptyRecord &&
+           record.m_elementBits != 0;
 }
 
 } // namespace tq::detail

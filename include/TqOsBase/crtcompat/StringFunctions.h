@@ -7,7 +7,7 @@
 /// \file
 /// Text functions under their Windows names. wchar_t is 32 bits wide, and what depends on a locale follows the current
 /// C locale, in which nothing but ASCII has case or order until the program calls setlocale(). What gives its text back
-/// gives null for null. All are reentrant but _wcstok.
+/// gives null for null. All are reentrant.
 
 /// Lower-cases each byte in place as tolower() does, and returns `s`.
 TQ_API char* _strlwr(char* s);
@@ -35,8 +35,7 @@ TQ_API wchar_t* _wcsninc(const wchar_t* p, std::size_t n);
 TQ_API unsigned int _wcsnextc(const wchar_t* p);
 
 /// The next piece of `s` between characters of `delimiters`, which is cut off in place; null when there is none. A null
-/// `s` goes on with the text of the last call; there is one such position for the process, not one per thread as in its
-/// namesake, so only one thread may use it. Null `delimiters` give null.
+/// `s` goes on with the text of the thread's last call, as in its namesake. Null `delimiters` give null.
 TQ_API wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters);
 
 /// Bytes before the terminator; 0 for null.

@@ -11,9 +11,9 @@ public:
     virtual void unlock() = 0; ///< Gives it up.
 };
 
-/// The lock of this library on every platform. It deliberately does nothing: the library starts no thread, and its
-/// callers serialise the calls that touch shared state. Locking twice does not block, unlocking an unlocked one is
-/// allowed.
+/// The lock of this library on every platform. It deliberately does nothing: the library needs none
+/// of this kind for itself, and callers that share their own objects bring their own. Locking twice does not block,
+/// unlocking an unlocked one is allowed.
 class TQ_API TqImpLock_mac : public TqLock {
 public:
     ~TqImpLock_mac() override;

@@ -5,8 +5,10 @@
 /// Writes a printf-style message to wherever the application wants its traces: the constructors do all the work, and
 /// what they construct is thrown away at once, as in `TqTracer(L"%d items", n);`.
 ///
-/// The hooks are plain pointers, read without a lock and meant to be set once at start-up; set functions, not null:
-/// they are called unguarded. Formats are the C library's, so `%s` takes narrow text and `%ls` wide text in both kinds.
+/// The hooks may be set and used by any thread at any time through the functions here; who stores into the variables
+/// does so before other threads trace. Hooks are called in the thread that traces, by several at once. Set functions,
+/// not null: they are called unguarded. Formats are the C library's, so `%s` takes narrow text and `%ls` wide text in
+/// both kinds.
 class TQ_API TqTracer {
 public:
     /// Prints to standard output as vprintf() does. Deliberately asks no hook: sm_pfnTraceA can be set, but is for
@@ -27,7 +29,7 @@ public:
     /// @}
 
     /// @{
-    /// Stores the pointer as it is, null included.
+    /// Stores the pointer as it is, null included. Traces under way in other threads may still use the one before.
     static void setTraceFunctionA(void (*function)(const char*));
     static void setTraceFunctionW(void (*function)(const wchar_t*));
     /// @}

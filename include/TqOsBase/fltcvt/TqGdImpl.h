@@ -19,8 +19,9 @@ struct Bigint {
 /// Where the blocks of the big integers and the digit strings come from: a pool of its own, then one free list per size
 /// class, then tqMalloc. There is one, built when the library is loaded; see tqFCvtAllocator.
 ///
-/// For one thread at a time, like everything that uses it: the lock is never taken by the library. Callers on several
-/// threads may take it around their conversions, but it is the lock of this library, which does nothing.
+/// Any thread may convert. Pool and free lists belong to one of them, the first to take a block, until it ends; the
+/// others' blocks come from tqMalloc, and a block of the pool that they free returns to its list later. Any thread may
+/// free any block. The lock is never taken by the library; it is the lock of this library, which does nothing.
 ///
 /// It may be used before main and after it. At exit the pool's cursor and the cache of powers of five become null; what
 /// is converted after that takes its fresh blocks from tqMalloc.
@@ -54,7 +55,7 @@ extern TQ_API Bigint* G_Pow5Data;
 /// it. "Consumes" means that the argument must not be used again, not even when the function throws. Operands are
 /// otherwise left alone. Where memory ends std::bad_alloc is thrown.
 ///
-/// For one thread at a time (see TqFCvtAllocator). Nothing here depends on the locale.
+/// Any thread may call anything here (see TqFCvtAllocator). Nothing depends on the locale.
 class TQ_API TqGdImpl {
 public:
     /// A block of size class `k`, 0 to 30, with sign and used 0. Classes above 15 never enter a free list.

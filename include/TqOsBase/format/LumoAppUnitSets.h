@@ -46,7 +46,7 @@ namespace Lumo {
 using ::LumoAppUnitSets;
 }
 
-/// Makes a copy of `units` the settings of every length and angle formatted from then on, in the whole process. The
-/// settings are not guarded: do not call it while another thread formats. Until the first call they are those of a
-/// default-constructed LumoAppUnitSets.
+/// Makes a copy of `units` the settings of every length and angle formatted from then on, in the whole process. Any
+/// thread may call it at any time: a text that another thread formats meanwhile follows the old or the new settings,
+/// never a mixture. Until the first call they are those of a default-constructed LumoAppUnitSets.
 TQ_API void initOsBaseUnits(LumoAppUnitSets& units);

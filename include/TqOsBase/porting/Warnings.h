@@ -215,7 +215,7 @@ wchar_t* _wcslwr(wchar_t* s);
 wchar_t* _wcsrev(wchar_t* s);
 [[deprecated("partial: null gives 0")]]
 std::size_t _wcscspn(const wchar_t* s, const wchar_t* set);
-[[deprecated("partial: two arguments; one position for the process, not one per thread; instead: std::wcstok")]]
+[[deprecated("partial: two arguments; instead: std::wcstok")]]
 wchar_t* _wcstok(wchar_t* s, const wchar_t* delimiters);
 [[deprecated("fixed answer: 0")]]
 int _ismbblead(int byte);

@@ -116,6 +116,7 @@ public:
 
     /// Names of the files that this process holds open exclusively. Usable before the first and after the last static
     /// object of the program: constant-initialised, and destroyed after everything that initialises later.
+    /// Reading it is for moments in which no other thread opens or closes exclusively.
     static CStringList m_cstrAlreadyOpenFiles;
 
 protected:
