@@ -4,9 +4,7 @@
 
 namespace tq::detail {
 
-alignas(kPoolAlignment) constinit std::array<BlockPool, kBlockPoolCount + 1> g_noPools;
-
-constinit thread_local HeapView t_heapView{g_noPools.data(), kNoReservation};
+constinit thread_local HeapView t_heapView;
 
 namespace {
 
@@ -24,13 +22,12 @@ bool HeapOwner::claim() noexcept {
 }
 
 void HeapOwner::show(BlockPool* pools, std::uintptr_t start) noexcept {
-    t_heapView.pools = pools;
-    t_heapView.start = start;
+    t_heapView = {TqPoolConfigurator<kBlockPoolCount>::kLargestSmallSize + 1, pools, start};
 }
 
 void HeapOwner::resign(bool isLast) noexcept {
     assert(m_owner.load(std::memory_order_relaxed) == markOfCaller());
-    show(g_noPools.data(), kNoReservation);
+    t_heapView = {.isOver = t_heapView.isOver};
     m_owner.store(isLast ? kNobody : 0, std::memory_order_release);
 }
 

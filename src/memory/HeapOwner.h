@@ -5,24 +5,24 @@
 #include "memory/UnitPool.h"
 #include "platform/ThreadLife.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 namespace tq::detail {
 
-/// What a thread sees of the heap. Its owner sees all of it. Every other thread sees pools that have no block to take
-/// and a reservation that no address lies in, so that the one look for a block, or for where a block belongs, also
+/// What a thread sees of the heap. Its owner sees all of it. Every other thread sees no size that has a pool and a
+/// reservation that no address lies in, so that the one look whether a size has a pool, or where a block belongs, also
 /// answers whether the thread may touch the heap.
+///
+/// The initial values are numbers: cross-linkers for macOS exist that leave out the relocation of a pointer in
+/// thread-local data.
 struct HeapView {
-    BlockPool* pools;
-    std::uintptr_t start; ///< Of the reservation.
-    bool isOver = false;  ///< The thread has owned the heap and is ending.
+    std::size_t endOfSizes = 0; ///< Sizes below it have a pool.
+    BlockPool* pools = nullptr;
+    std::uintptr_t start = kNoReservation; ///< Of the reservation.
+    bool isOver = false;                   ///< The thread has owned the heap and is ending.
 };
-
-/// The pools that other threads see.
-[[gnu::visibility("hidden")]] extern constinit std::array<BlockPool, kBlockPoolCount + 1> g_noPools;
 
 extern constinit thread_local HeapView t_heapView TQ_NEAR_THREAD_LOCAL;
 

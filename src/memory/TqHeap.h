@@ -67,7 +67,7 @@ public:
     /// The block that allocHeap() would return, if it is small and its pool has a page with a free one; else null.
     void* allocAtHand(std::size_t size) noexcept {
         countOperation();
-        if (size > PoolConfigurator::kLargestSmallSize) [[unlikely]]
+        if (size >= t_heapView.endOfSizes) [[unlikely]]
             return nullptr;
         return takeAtHand(t_heapView.pools[PoolConfigurator::s_poolIndexOfSize[size]]); // none for size 0
     }
