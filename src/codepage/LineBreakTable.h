@@ -10,8 +10,8 @@ namespace tq::detail {
 inline constexpr std::size_t kLowPartCount = 0x3200;
 inline constexpr std::size_t kHighPartRowCount = 154;
 
-/// A range of code points. It begins after the `last` of the row before and ends with its own `last`. The code points
-/// between `last` and `next` have no class of their own; the ranges give them that of the row that follows.
+/// A range of code points: from the one after the previous row's `last` to its own `last`. The code points from there
+/// up to `next` have no class in the standard; they count to the row that follows.
 struct LineBreakRow {
     std::int32_t last;
     std::int32_t lineBreakClass;

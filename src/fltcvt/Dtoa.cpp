@@ -48,8 +48,8 @@ char* specialText(double d, int* decpt, char** rve) {
     return finish(text, layout.count, rve);
 }
 
-// The block leaves the free list only when its digits are known. So nothing is left to do after the slower way, which
-// is a tail call.
+// The block leaves the free list only when its digits are known. So the slower way needs it no more (the digits have
+// overwritten its link, which is restored before), and its call is a tail call.
 [[gnu::always_inline]] inline char* fewDigits(double v, DigitRequest request, int* decpt, char** rve) {
     Bigint* const block = tq::detail::blockAtHand(0);
     if (block == nullptr) [[unlikely]]

@@ -13,7 +13,7 @@ namespace tq::detail {
 // Digits as numbers, for who writes them with other punctuation than a run of digits, or wide.
 
 /// Digits as one number: value = 0.digits * 10^point. `digits` has exactly `count` decimal digits, of which the last
-/// ones may be 0; or both are 0, with `point` -places for a number that rounds to nothing and 1 for zero.
+/// ones may be 0. Without digits both are 0, and `point` is 1 for zero, -places for a number that rounds to nothing.
 struct RoundedDecimal {
     /// No more digits than this are kept.
     static constexpr int kMaxCount = 16;

@@ -7,7 +7,8 @@ namespace tq::detail {
 
 /// No fixed or scientific text is longer.
 inline constexpr int kMaxNumberText = 125;
-/// Room that the writers of doubles need: a sign before that text, and what the digit writers may change after it.
+/// Room that the writers of doubles need: a sign, that text, and the bytes after it that the digit writers may
+/// overwrite.
 inline constexpr int kNumberRoom = 1 + kMaxNumberText + kDigitsAtOnce;
 
 /// Fixed notation of a rounded magnitude: as many integer digits as it has, `decimals` more digits (0 or more) but no

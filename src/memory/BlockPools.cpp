@@ -163,9 +163,9 @@ bool BlockPools::reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) 
     return true;
 }
 
-// The page's last block came back. Most often the pool asks for it again at once, so the page stays with its pool while
-// the segment would hand it out before any other: parked, it is where the next request finds it either way. It goes to
-// the segment before anything else happens that would show the difference.
+// The page's last block came back. Most often the pool asks for the page again at once, and its segment would hand it
+// out before any other; so it stays with its pool, parked. It goes to the segment as soon as another page is freed or
+// taken: addresses are those of a heap that parks nothing.
 void BlockPools::freePage(Page& page, BlockPool& pool, SegmentTable& segments) noexcept {
     if (m_parked != &page)
         returnParked(segments);

@@ -19,10 +19,10 @@
 //   free-list mode:  f == freeCount, and the chain from nextUnit has f distinct units of the run and ends with null
 //   poolNumber == number of its pool
 //
-// At most one page is parked: wholly free, in bump mode, the last in its pool's list. It stands there in place of being
-// the head of its segment's committed free list, where the pool's next page would come from: either the segment is the
-// head of list A and has room for it (0 < c < kCommittedReserve below), or c == 0 and the segment is in no list, or the
-// head of list B.
+// At most one page is parked: wholly free, in bump mode, the last in its pool's list. Otherwise it would be the head of
+// its segment's committed free list, and the page that its pool takes next. So one of these holds, with c as below:
+//   the segment is the head of list A, and 0 < c < kCommittedReserve
+//   c == 0, and the segment is in no list or the head of list B
 //
 // For every block segment (state 3), with c = committedCount, n = uncommittedCount, h = highWater:
 //   c == length of committedFree <= kCommittedReserve,   n == length of uncommitted
@@ -51,7 +51,8 @@ enum SegmentState : std::uint8_t {
     kSegmentOfUnits = 8, ///< Beside kSegmentInUse: it serves a page pool. Freeing tells the two kinds apart by it.
 };
 
-/// State of a segment that serves block pools, but for one that was taken as the last resort.
+/// State of a segment that serves block pools. One that was taken as the last resort has kSegmentLastResort in place of
+/// kSegmentFree.
 inline constexpr std::uint8_t kBlockSegment = kSegmentInUse | kSegmentFree;
 
 /// The states of all segments, by identifier.

@@ -53,7 +53,7 @@ void SegmentTable::release(std::byte* segment, std::size_t held) noexcept {
     m_waiting.addSegment(identifier, held);
 }
 
-// A sixteenth of the bound more than what exceeds it, so that this is not called for every page.
+// Gives back a sixteenth of the bound more than it has to, so that this is not called for every page.
 void SegmentTable::giveBackExcess() noexcept {
     m_waiting.giveBackTo(m_waiting.most() - m_waiting.most() / 16, m_states);
 }

@@ -89,8 +89,8 @@ public:
         freeBlock(block);
     }
 
-    /// A unit of `pages` whole pages, 1 to kPagePoolCount; null when there is no memory. The C library serves any other
-    /// number, with `size` bytes, and, with units aligned as the heap's, other threads.
+    /// A unit of `pages` whole pages, 1 to kPagePoolCount; null when there is no memory. Any other number gets `size`
+    /// bytes of the C library. Threads that do not own the heap get units of the C library, aligned as the heap's.
     void* allocHeapPage(std::size_t pages, std::size_t size);
 
     /// Frees a unit of a page pool, or a foreign block. Does nothing for a block of a block pool.

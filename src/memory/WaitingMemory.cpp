@@ -8,8 +8,8 @@ namespace tq::detail {
 
 namespace {
 
-// A page of the system goes back when all pages in it are on the uncommitted list and one of them waits. Where others
-// are not, the page stays, and goes with the last of them that comes here: then that one waits.
+// A page of the system may hold several of the heap's. It goes back when all of these are on the uncommitted list and
+// at least one of them waits; until then it stays, and the last one to come here takes it along.
 void giveBackPages(std::byte* segment) noexcept {
     const std::size_t step = TqHeapConfigurator::pagesOfSystemPage;
     std::size_t start = 0; // of the run that goes back, up to the page at hand

@@ -12,14 +12,14 @@ namespace tq::detail {
 
 /// The free memory that waits before it goes back to the system, because much of it is wanted again soon: free pages of
 /// segments in use, and segments that were released, which are inaccessible meanwhile. Counted in pages, with w(k)
-/// those of segment k that wait, u the pages in use, m those that wait:
+/// those of segment k that wait, r the sum of w(k) of released segments, u the pages in use, m the pages that wait:
 ///   w(k) == number of pages with kWaiting          segment k in use by block pools
 ///   w(k) == 0                                      segment k in use by a page pool
-///   w(k) >= pages of it that hold memory           segment k not in use; r of all w(k) are of such segments
+///   w(k) >= pages of it that hold memory           segment k released
 ///   u    == pages in block pools + 256 * segments in use by page pools
 ///   m    == sum of w(k) <= most() == clamp(u / 2, 4 MiB, 64 MiB)
-/// What exceeds the last goes back: first released segments, as a whole, then pages, in runs; of each the lowest first,
-/// as the heap takes the highest first.
+/// Where m would exceed most(), memory goes back: first whole released segments, then runs of pages, the lowest first,
+/// because the heap takes the highest first.
 class WaitingMemory {
 public:
     static constexpr std::size_t kLeastBound = (std::size_t{4} << 20) / kPageBytes;

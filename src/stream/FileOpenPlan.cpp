@@ -25,8 +25,8 @@ FileOpenPlan planFileOpen(const char* path, TqIO::AccessMode access, TqIO::Share
     if (isAccessible && platform::isDirectory(path))
         return refused(Lumo::kInvalidFileTarget);
 
-    // All that the share mode decides: one that denies anything opens for update even to read, and one combination is
-    // exclusive.
+    // The share mode decides two things: whoever denies anything opens for update, even to read; and reading and
+    // writing while denying others to write is exclusive.
     const OpenMode existing = {.read = true, .write = toWrite || share != TqIO::kShareDenyNone};
     const bool isExclusive = access == TqIO::kAccessReadWrite && share == TqIO::kShareDenyWrite;
     const bool isUpdatable = platform::canAccess(path, true, true);

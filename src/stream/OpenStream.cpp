@@ -2,6 +2,7 @@
 #include "base/Hook.h"
 #include "base/Utf8.h"
 #include "platform/File.h"
+#include "stream/StreamBytes.h"
 
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/diag/TqTracer.h>
@@ -17,8 +18,6 @@
 using namespace tq;
 
 namespace {
-
-constexpr unsigned kWriteBehind = 16384;
 
 struct Reason {
     int error;
@@ -140,7 +139,7 @@ StreamPointer tq::openInput(const std::wstring& name) {
 StreamPointer tq::openOutput(const std::wstring& name, TqIO::CreationDisposition creation) {
     return openAs("writing", name, creation, [&](Lumo::ErrorStatus* status) {
         return createFileOStreamBuf(name.c_str(), status, TqIO::kAccessWrite, TqIO::kShareDenyNone, creation,
-                                    kWriteBehind);
+                                    detail::kWriteBehind);
     });
 }
 

@@ -12,9 +12,6 @@ using namespace tq;
 
 namespace {
 
-// More than this is never pending.
-constexpr std::uint32_t kWriteBehind = 16384;
-
 constexpr std::uint64_t kNoPosition = ~std::uint64_t{0};
 
 } // namespace
@@ -38,7 +35,7 @@ private:
 TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
                                    TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize)
     : TqFileStreamBufImpl(name, status, access, share, creation) {
-    m_pending.reserve(std::min(bufferSize, kWriteBehind));
+    m_pending.reserve(std::min(bufferSize, detail::kWriteBehind));
     if (status != nullptr && *status != Lumo::kOk)
         TqFileStreamBufImpl::close();
 }
@@ -53,8 +50,8 @@ TqFileOStreamBuf::~TqFileOStreamBuf() {
 }
 
 void TqFileOStreamBuf::flushPending() {
-    assert(m_pending.tell() <= kWriteBehind);
-    assert(m_pending.length() == m_pending.tell() || m_pending.length() == kWriteBehind);
+    assert(m_pending.tell() <= detail::kWriteBehind);
+    assert(m_pending.length() == m_pending.tell() || m_pending.length() == detail::kWriteBehind);
     const auto count = static_cast<std::uint32_t>(m_pending.tell());
     if (count == 0)
         return;
@@ -126,14 +123,14 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     if (hasLost() || platform::hasFailed(static_cast<std::FILE*>(fileHandle())))
         detail::throwFileError(detail::kWriteFileError);
     const AppendGuard guard(*this);
-    if (n > kWriteBehind - m_pending.tell())
+    if (n > detail::kWriteBehind - m_pending.tell())
         flushPending();
-    if (n > kWriteBehind) {
+    if (n > detail::kWriteBehind) {
         dropPending(); // none are left; without room the next write comes here too, and is refused if this one is
         TqFileStreamBufImpl::writeBytes(buf, n);
         return;
     }
-    m_pending.resize(kWriteBehind);
+    m_pending.resize(detail::kWriteBehind);
     const std::uint64_t pending = m_pending.tell();
     m_pending.setBytes(pending, buf, n);
     m_pending.moveTo(pending + n);

@@ -1,6 +1,7 @@
 #include "base/CharacterLocale.h"
 #include "base/FileName.h"
 #include "platform/File.h"
+#include "stream/StreamBytes.h"
 
 #include <TqOsBase/stream/TqFileSystem.h>
 
@@ -15,7 +16,6 @@ namespace {
 
 constexpr unsigned kDirectoryBit = 0x4000;
 constexpr std::uint64_t kNoSize = ~std::uint64_t{0};
-constexpr unsigned kOutputBufferSize = 16384;
 
 bool isEmpty(const wchar_t* path) {
     return path == nullptr || *path == L'\0';
@@ -67,7 +67,7 @@ TqFileStreamBuf* TqFileSystem::createFileBuf(const wchar_t* path, TqIO::AccessMo
         throw Lumo::kEmptyPath;
     Lumo::ErrorStatus status = Lumo::kOk;
     TqFileStreamBuf* buffer = (access & TqIO::kAccessWrite) != 0
-                                  ? createFileOStreamBuf(path, &status, access, share, creation, kOutputBufferSize)
+                                  ? createFileOStreamBuf(path, &status, access, share, creation, detail::kWriteBehind)
                                   : createFileIStreamBuf(path, &status, access, share, creation);
     if (status == Lumo::kOk)
         return buffer;
