@@ -8,10 +8,13 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
 // The user's definitions are one map for the process: every test uses font names of its own.
+
+const int kIds[] = {0, 38, 41, 40, 42, 39}; // by code page index
 
 int indexOf(const wchar_t* name) {
     return TqCharMapper::getCpIndexByBigFont(name, nullptr);
@@ -24,38 +27,21 @@ void readText(const std::string& content) {
 }
 
 TEST(BigFonts, BuiltInListInBothLookups) {
-    struct Row {
-        const wchar_t* path;
-        int id;
-        int index = 0; // of the same text, which is neither stripped nor completed
-    };
-    const Row rows[] = {
-        {L"@extfont2.shx", 38, 1},
-        {L"bigfont.shx", 38, 1},
-        {L"chineset.shx", 41, 2},
-        {L"extfont.shx", 38, 1},
-        {L"extfont2.shx", 38, 1},
-        {L"gbcbig.shx", 39, 5},
-        {L"whgdtxt.shx", 40, 3},
-        {L"whgtxt.shx", 40, 3},
-        {L"whtgtxt.shx", 40, 3},
-        {L"whtmtxt.shx", 40, 3},
-        {L"visiojp.shx", 38, 1},
-        {L"visiotc.shx", 41, 2},
-        {L"BIGFONT.SHX", 38, 1},
-        {L"/fonts/GBCBIG.SHX", 39},
-        {L"gbcbig", 39},
-        {L"/fonts.d/whgtxt", 40},
-        {L"gbcbig.shx/", 0},
-        {L"\\gbcbig.shx", 0},
-        {L"gbcbig.", 0},
-        {L"gbcbig.ttf", 0},
-        {L"", 0},
-        {nullptr, 0},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(TqCharMapper::getCpByBigFont(row.path, nullptr), row.id) << row.path;
-        EXPECT_EQ(indexOf(row.path), row.index) << row.path;
+    const std::pair<int, std::vector<const wchar_t*>> rows[] = {
+        {1, {L"@extfont2.shx", L"bigfont.shx", L"extfont.shx", L"extfont2.shx", L"visiojp.shx", L"BIGFONT.SHX"}},
+        {2, {L"chineset.shx", L"visiotc.shx"}},
+        {3, {L"whgdtxt.shx", L"whgtxt.shx", L"whtgtxt.shx", L"whtmtxt.shx"}},
+        {5, {L"gbcbig.shx"}},
+        {0, {L"gbcbig.shx/", L"\\gbcbig.shx", L"gbcbig.", L"gbcbig.ttf", L"", nullptr}}};
+    for (const auto& [index, names] : rows) {
+        for (const wchar_t* name : names) {
+            EXPECT_EQ(indexOf(name), index) << name;
+            EXPECT_EQ(TqCharMapper::getCpByBigFont(name, nullptr), kIds[index]) << name;
+        }
+    }
+    for (const wchar_t* path : {L"/fonts/GBCBIG.SHX", L"gbcbig", L"/fonts.d/gbcbig"}) {
+        EXPECT_EQ(TqCharMapper::getCpByBigFont(path, nullptr), 39) << "without its folder, with the extension";
+        EXPECT_EQ(indexOf(path), 0) << "as it is";
     }
 }
 
@@ -77,18 +63,16 @@ TEST(BigFonts, EveryKindOfLine) {
              "gr\xFC\xDF.shx;2 # \xB4\xE5\xC5\xD6\xD7\xCE\nlongest.shx;2#" +
              std::string(511 - 14, 'x') + "\nlast.shx;5");
     const std::pair<const wchar_t*, int> rows[] = {
-        {L"plain.shx", 5},     {L"spaced.shx", 4},         {L"SPACED.SHX", 4},         {L"upper.shx", 3},
-        {L"truetype.ttf", 0},  {L"zero.shx", 0},           {L"no_number.shx", 0},      {L"seven.shx", 7},
-        {L"negative.shx", -1}, {L"nosemicolon.shx4", 0},   {L"hash.shx", 0},           {L"comment.shx", 0},
-        {L"blank.shx", 0},     {L"twice.shx", 12},         {L"replaced.shx", 4},       {L"cut.shx", 12},
-        {L"longest.shx", 2},   {L"last.shx", 5},           {L"gr\u00FC\u00DF.shx", 2}, {L"t\tab.shx", 1},
-        {L"same.shx", 2},      {L"GR\u00DC\u00DF.SHX", 0},
-    };
+        {L"plain.shx", 5},     {L"spaced.shx", 4},        {L"SPACED.SHX", 4},         {L"upper.shx", 3},
+        {L"truetype.ttf", 0},  {L"zero.shx", 0},          {L"no_number.shx", 0},      {L"seven.shx", 7},
+        {L"negative.shx", -1}, {L"nosemicolon.shx4", 0},  {L"hash.shx", 0},           {L"comment.shx", 0},
+        {L"blank.shx", 0},     {L"twice.shx", 12},        {L"replaced.shx", 4},       {L"cut.shx", 12},
+        {L"longest.shx", 2},   {L"last.shx", 5},          {L"gr\u00FC\u00DF.shx", 2}, {L"t\tab.shx", 1},
+        {L"same.shx", 2},      {L"GR\u00DC\u00DF.SHX", 0}};
     g_lateReader.expected = 5;
     for (const auto& [name, index] : rows) {
         EXPECT_EQ(indexOf(name), index) << name;
-        const int ids[] = {0, 38, 41, 40, 42, 39};
-        EXPECT_EQ(TqCharMapper::getCpByBigFont(name, nullptr), index >= 1 && index <= 5 ? ids[index] : 0) << name;
+        EXPECT_EQ(TqCharMapper::getCpByBigFont(name, nullptr), index >= 1 && index <= 5 ? kIds[index] : 0) << name;
     }
     std::setlocale(LC_ALL, "C");
 }
@@ -98,10 +82,9 @@ TEST(BigFonts, ReadingStopsWhereItCannotGoOn) {
     EXPECT_EQ(indexOf(L"before.shx"), 5);
     EXPECT_EQ(indexOf(L"after.shx"), 0);
 
-    // The same file by paths of 512 and 511 bytes.
     const reference::TempFolder folder;
     folder.write("\xC3\xA9", "far.shx;5\n");
-    const std::wstring path = folder.wide(L"\u00E9");
+    const std::wstring path = folder.wide(L"\u00E9"); // of two bytes: by paths of 512 and 511
     const std::wstring tooFar = std::wstring(512 - path.size() - 1, L'/') + path;
     for (const std::wstring& text : {tooFar, folder.wide(L"none"), folder.wide(L""), std::wstring()})
         ReadBigfontIni(text.c_str());

@@ -23,26 +23,16 @@ public:
 };
 
 TEST(NlsFunctions, AnswerAsASystemWithoutWindowsLocales) {
-    EXPECT_EQ(GetACP(), 0U);
+    EXPECT_EQ(GetACP() + GetThreadLocale() + GetSystemDefaultLCID() + GetUserDefaultLCID(), 0U);
     EXPECT_TRUE(SetThreadLocale(0x0409));
-    EXPECT_EQ(GetThreadLocale(), 0U);
-    EXPECT_EQ(GetSystemDefaultLCID(), 0U);
-    EXPECT_EQ(GetUserDefaultLCID(), 0U);
-    EXPECT_FALSE(IsValidCodePage(932));
-    EXPECT_FALSE(IsDBCSLeadByteEx(932, 0x81));
-    EXPECT_FALSE(IsDBCSLeadByte(0x81));
-    EXPECT_EQ(isleadbyte(0x81), 0);
-
+    EXPECT_FALSE(IsValidCodePage(932) || IsDBCSLeadByteEx(932, 0x81) || IsDBCSLeadByte(0x81) || isleadbyte(0x81) != 0);
     wchar_t untouched[] = L"xyz";
     EXPECT_EQ(GetLocaleInfo(0x0409, 1, untouched, 3), 0);
     EXPECT_EQ(LCMapStringW(0x0409, 0x100, L"abc", 3, untouched, 3), 0);
     EXPECT_STREQ(untouched, L"xyz");
-
     unsigned short types[] = {7, 8};
-    EXPECT_TRUE(GetStringTypeExW(0, 1, L"abc", -1, types));
-    EXPECT_EQ(types[0], 0);
-    EXPECT_EQ(types[1], 8);
-    EXPECT_TRUE(GetStringTypeExW(0, 1, L"abc", 3, nullptr));
+    EXPECT_TRUE(GetStringTypeExW(0, 1, L"abc", -1, types) && GetStringTypeExW(0, 1, L"abc", 3, nullptr));
+    EXPECT_TRUE(types[0] == 0 && types[1] == 8);
 }
 
 TEST(NlsConversions, AreTheCLibrarysInItsLocaleBoundedByTheSourceCount) {
@@ -76,29 +66,23 @@ TEST(NlsConversions, AreTheCLibrarysInItsLocaleBoundedByTheSourceCount) {
 }
 
 TEST(NlsConversions, CifFormIsBoundedByTheDestinationAndFillsItWithZeros) {
-    struct Row {
-        const char* locale;
-        const wchar_t* text;
-        int room;
-        int result;
-        std::string bytes; // What the room holds afterwards.
-    };
     using namespace std::string_literals;
-    const Row rows[] = {
-        {"C", L"AB", 10, 3, "AB\0\0\0\0\0\0\0\0"s},
-        {"C", L"ABC", 2, 3, "AB"s},
-        {"C", L"AB", 0, 1, ""s},
-        {"C", L"", 3, 1, "\0\0\0"s},
-        {"C", L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},
-        {"C", nullptr, 3, 0, "\0\0\0"s},
-        {"C", L"AB", -1, 0, ""s},
-        {reference::kUtf8Locale, L"\u00E9A", 5, 4,
-         "\xC3\xA9"
-         "A\0\0"s},
-        {reference::kUtf8Locale, L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s},
-    };
-    for (const Row& row : rows) {
-        const LocaleScope locale(row.locale);
+    const struct {
+        bool isUtf8; // the locale's encoding
+        const wchar_t* text;
+        int room, result;
+        std::string bytes; // what the room holds afterwards
+    } rows[] = {{false, L"AB", 10, 3, "AB\0\0\0\0\0\0\0\0"s},
+                {false, L"ABC", 2, 3, "AB"s},
+                {false, L"AB", 0, 1, ""s},
+                {false, L"", 3, 1, "\0\0\0"s},
+                {false, L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},
+                {false, nullptr, 3, 0, "\0\0\0"s},
+                {false, L"AB", -1, 0, ""s},
+                {true, L"\u00E9A", 5, 4, "\xC3\xA9\x41\0\0"s},
+                {true, L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s}};
+    for (const auto& row : rows) {
+        const LocaleScope locale(row.isUtf8 ? reference::kUtf8Locale : "C");
         std::string room(16, '#');
         EXPECT_EQ(TqCharOp::WideCharToMultiByteCIF(1252, 1, row.text, 77, room.data(), row.room, 5), row.result);
         EXPECT_EQ(room, row.bytes + std::string(16 - row.bytes.size(), '#'));
@@ -125,17 +109,19 @@ TEST(GetStringType, KnowsTheFlagsOfTypicalCharacters) {
         EXPECT_EQ(types[3] & (kC1XDigit | kC1Alpha), letter) << name;
     }
 
-    unsigned short type = 0x5555;
-    EXPECT_TRUE(TqCharOp::GetStringType(0xFFFF, L"\0", 1, &type)) << "a count may reach over a terminator";
-    EXPECT_EQ(type, kC1Cntrl);
-    type = 0x5555;
-    EXPECT_FALSE(TqCharOp::GetStringType(2, L"A", 1, &type));
-    EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", 0, &type));
-    EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", -2, &type));
-    EXPECT_FALSE(TqCharOp::GetStringType(1, L"", -1, &type));
-    EXPECT_FALSE(TqCharOp::GetStringType(1, nullptr, 1, &type));
+    const struct {
+        unsigned infoType;
+        const wchar_t* text;
+        int count;
+        bool isAnswered;
+    } rows[] = {{0xFFFF, L"\0", 1, true}, {2, L"A", 1, false}, {1, L"A", 0, false},
+                {1, L"A", -2, false},     {1, L"", -1, false}, {1, nullptr, 1, false}};
+    for (const auto& row : rows) {
+        unsigned short type = 0x5555;
+        EXPECT_EQ(TqCharOp::GetStringType(row.infoType, row.text, row.count, &type), row.isAnswered);
+        EXPECT_EQ(type, row.isAnswered ? kC1Cntrl : 0x5555);
+    }
     EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", 1, nullptr));
-    EXPECT_EQ(type, 0x5555);
 }
 
 } // namespace

@@ -6,15 +6,13 @@
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <array>
 #include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
+#include <set>
 #include <stdexcept>
 #include <string>
-#include <tuple>
-#include <type_traits>
 #include <utility>
 
 namespace {
@@ -24,7 +22,7 @@ using namespace std::string_literals;
 
 [[maybe_unused]] const bool kIsChosen = reference::chooseKernels();
 
-constexpr std::size_t kCapacity = 2048;
+constexpr std::size_t kCapacity = 100000;
 constexpr std::size_t kLongestText = 70; // Several steps of every width, with every tail.
 
 template <class Char>
@@ -41,125 +39,100 @@ std::wstring widened(const std::string& text) {
     return wide;
 }
 
-// The four conversions: the inner loop, the function, what becomes of a vector that holds '#', and the end of the text
-// that the inner loop is given (null: none).
-
-struct NarrowToWide {
-    static constexpr bool kReplaces = false;
-    static constexpr auto kForm = &detail::TextKernels::narrowToWide;
-    static void convert(const char* src, int length, TqVector<wchar_t>& out) {
-        TqCharMapper::multiByteToWideChar(kCodePageWestern, src, length, out);
-    }
-    static std::wstring expected(const char* src, int length) {
-        return L'#' + reference::narrowToWide(src, length) + L'\0';
-    }
-    static const char* end(const char* src, int length) {
-        if (length <= 0)
-            return nullptr;
-        return detail::endAfterLastEscape(src, src + ::strnlen(src, static_cast<std::size_t>(length)));
-    }
+// A conversion: its inner loop, the function, the text that a vector with a '#' in it then holds, how many of its
+// elements were there before, and the end of what the inner loop is given (null: it is not asked).
+template <class From, class To>
+struct Direction {
+    To* (*detail::TextKernels::*form)(const From*, const From*, To*) noexcept;
+    void (*convert)(const From*, int, TqVector<To>&);
+    std::basic_string<To> (*expected)(const From*, int);
+    std::size_t kept;
+    const From* (*end)(const From*, int);
 };
 
-struct WideToNarrow {
-    static constexpr bool kReplaces = false;
-    static constexpr auto kForm = &detail::TextKernels::wideToNarrow;
-    static void convert(const wchar_t* src, int length, TqVector<char>& out) {
-        TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out);
-    }
-    static std::string expected(const wchar_t* src, int length) {
-        return '#' + reference::wideToNarrow(src, length) + '\0';
-    }
-    static const wchar_t* end(const wchar_t* src, int length) {
-        if (length <= 0)
-            return nullptr;
-        return detail::endAfterLastEscape(src, src + ::wcsnlen(src, static_cast<std::size_t>(length)));
-    }
-};
+std::size_t lengthOf(const char* src, int limit) {
+    return ::strnlen(src, static_cast<std::size_t>(limit));
+}
 
-struct Utf8ToWide {
-    static constexpr bool kReplaces = true;
-    static constexpr auto kForm = &detail::TextKernels::utf8ToWide;
-    static void convert(const char* src, int length, TqVector<wchar_t>& out) {
-        TqCharMapper::utf8ToUnicode(src, length, out);
-    }
-    static std::wstring expected(const char* src, int length) { return reference::utf8ToUnicode(src, length) + L'\0'; }
-    static const char* end(const char* src, int length) { return length == 0 ? src + std::strlen(src) : nullptr; }
-};
+std::size_t lengthOf(const wchar_t* src, int limit) {
+    return ::wcsnlen(src, static_cast<std::size_t>(limit));
+}
 
-struct WideToUtf8 {
-    static constexpr bool kReplaces = false;
-    static constexpr auto kForm = &detail::TextKernels::wideToUtf8;
-    static void convert(const wchar_t* src, int length, TqVector<char>& out) {
-        TqCharMapper::unicodeToUtf8(src, length, out);
-    }
-    static std::string expected(const wchar_t* src, int length) {
-        return length == 0 ? "#" : '#' + reference::unicodeToUtf8(src, length) + '\0';
-    }
-    static const wchar_t* end(const wchar_t* src, int length) {
-        return length <= 0 ? nullptr : src + ::wcsnlen(src, static_cast<std::size_t>(length) + 1);
-    }
-};
+template <class Char>
+const Char* afterEscapes(const Char* src, int length) {
+    return length > 0 ? detail::endAfterLastEscape(src, src + lengthOf(src, length)) : nullptr;
+}
 
-class TextConversion : public testing::Test {
-protected:
-    template <class Direction, class From>
-    void check(const From* src, int length) {
-        using To = std::conditional_t<std::is_same_v<From, char>, wchar_t, char>;
-        const std::basic_string<To> expected = Direction::expected(src, length);
-        TqVector<To> out;
+const Direction<char, wchar_t> kNarrowToWide = {
+    &detail::TextKernels::narrowToWide,
+    [](auto src, int length, auto& out) { TqCharMapper::multiByteToWideChar(kCodePageWestern, src, length, out); },
+    [](auto src, int length) { return L'#' + reference::narrowToWide(src, length) + L'\0'; }, 1, afterEscapes<char>};
+const Direction<wchar_t, char> kWideToNarrow = {
+    &detail::TextKernels::wideToNarrow,
+    [](auto src, int length, auto& out) { TqCharMapper::wideCharToMultiByte(kCodePageWestern, src, length, out); },
+    [](auto src, int length) { return '#' + reference::wideToNarrow(src, length) + '\0'; }, 1, afterEscapes<wchar_t>};
+const Direction<char, wchar_t> kUtf8ToWide = {
+    &detail::TextKernels::utf8ToWide, TqCharMapper::utf8ToUnicode,
+    [](auto src, int length) { return reference::utf8ToUnicode(src, length) + L'\0'; }, 0,
+    [](auto src, int length) { return length == 0 ? src + std::strlen(src) : nullptr; }};
+const Direction<wchar_t, char> kWideToUtf8 = {
+    &detail::TextKernels::wideToUtf8, TqCharMapper::unicodeToUtf8,
+    [](auto src, int length) { return length == 0 ? "#"s : '#' + reference::unicodeToUtf8(src, length) + '\0'; }, 1,
+    [](auto src, int length) {
+        return length > 0 ? src + ::wcsnlen(src, std::size_t{1} + static_cast<std::size_t>(length)) : nullptr;
+    }};
+
+template <class Char>
+reference::GuardedBuffer<Char>& outputBuffer() {
+    static reference::GuardedBuffer<Char> s_buffer(kCapacity);
+    return s_buffer;
+}
+
+// The text right before memory that cannot be read, with its terminator.
+template <class Char>
+const Char* place(const std::basic_string<Char>& text, std::size_t terminator = 1) {
+    static reference::GuardedBuffer<Char> s_buffer(kCapacity);
+    return s_buffer.place(text.c_str(), text.size() + terminator);
+}
+
+template <class From, class To>
+void check(const Direction<From, To>& direction, const From* src, int length) {
+    const std::basic_string<To> expected = direction.expected(src, length);
+    for (const int slots : {0, 2 * static_cast<int>(expected.size()) + 64}) {
+        TqVector<To> out(slots);
         out.append('#');
-        Direction::convert(src, length, out);
-        ASSERT_EQ(contents(out), expected) << "length " << length;
-        TqVector<To> roomy(2 * static_cast<int>(expected.size()) + 64);
-        roomy.append('#');
-        Direction::convert(src, length, roomy);
-        ASSERT_EQ(contents(roomy), expected) << "with room, length " << length;
-        const From* end = Direction::end(src, length);
-        if (end == nullptr)
-            return;
-        const auto text = expected.substr(Direction::kReplaces ? 0 : 1);
-        const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
-        for (const detail::TextKernels* kernels : m_kernels) {
-            To* first = std::get<reference::GuardedBuffer<To>>(m_output).last(room);
-            To* last = (kernels->*Direction::kForm)(src, end, first);
-            ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
+        direction.convert(src, length, out);
+        ASSERT_EQ(contents(out), expected) << "length " << length << ", slots " << slots;
+    }
+    const From* end = direction.end(src, length);
+    if (end == nullptr)
+        return;
+    const auto text = expected.substr(direction.kept);
+    const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
+    for (const detail::TextKernels* kernels : reference::kernelForms()) {
+        To* first = outputBuffer<To>().last(room);
+        To* last = (kernels->*direction.form)(src, end, first);
+        ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
+    }
+}
+
+// The piece at every offset in the text, with nothing after it, a little, and enough for another step of each width;
+// taken whole, too far, not at all, and cut at each of its characters.
+template <class From, class To>
+void sweep(const Direction<From, To>& direction, const std::basic_string<From>& around,
+           const std::basic_string<From>& piece) {
+    for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
+        for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}, kLongestText}) {
+            const auto whole = around.substr(0, offset) + piece + around.substr(0, rest);
+            const From* src = place(whole);
+            const auto total = static_cast<int>(whole.size());
+            for (const int length : {INT_MIN, -1, 0, 1, total, total + 9, INT_MAX})
+                ASSERT_NO_FATAL_FAILURE(check(direction, src, length));
+            for (std::size_t length = offset; length <= offset + piece.size(); ++length)
+                ASSERT_NO_FATAL_FAILURE(check(direction, src, static_cast<int>(length)));
         }
     }
-
-    template <class Direction, class From>
-    void checkCopy(const std::basic_string<From>& text, int length) {
-        check<Direction>(place(text), length);
-    }
-
-    // The text with its terminator, right before memory that cannot be read.
-    template <class From>
-    const From* place(const std::basic_string<From>& text) {
-        return std::get<reference::GuardedBuffer<From>>(m_source).place(text.c_str(), text.size() + 1);
-    }
-
-    // The piece at every offset in the text, with nothing after it, a little, and enough for another step of each
-    // width; taken whole, too far, not at all, and cut at each of its characters.
-    template <class Direction, class From>
-    void sweep(const std::basic_string<From>& around, const std::basic_string<From>& piece) {
-        for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
-            for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}, kLongestText}) {
-                const auto whole = around.substr(0, offset) + piece + around.substr(0, rest);
-                const From* src = place(whole);
-                const auto total = static_cast<int>(whole.size());
-                for (const int length : {INT_MIN, -1, 0, 1, total, total + 9, INT_MAX})
-                    ASSERT_NO_FATAL_FAILURE(check<Direction>(src, length));
-                for (std::size_t length = offset; length <= offset + piece.size(); ++length)
-                    ASSERT_NO_FATAL_FAILURE(check<Direction>(src, static_cast<int>(length)));
-            }
-        }
-    }
-
-    const std::vector<const detail::TextKernels*> m_kernels = reference::kernelForms();
-    template <class Char>
-    using Buffer = reference::GuardedBuffer<Char>;
-    std::tuple<Buffer<char>, Buffer<wchar_t>> m_source{kCapacity, kCapacity};
-    std::tuple<Buffer<char>, Buffer<wchar_t>> m_output{kCapacity, kCapacity};
-};
+}
 
 // Every byte value but 0 and the backslash, in an order that puts high ones everywhere.
 std::string filler() {
@@ -179,62 +152,55 @@ const std::string kEscapes[] = {"",          "\\U+4E2D",     "\\u+00e9",       "
                                 "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",         "\\\\U+0041",
                                 "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
 
-TEST_F(TextConversion, EscapesAtEveryOffsetAndLength) {
+TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
     const std::wstring ascii(kLongestText, L'a');
     std::wstring mixed = widened(filler());
     const int special[] = {127, 128, 0xFFFF, 0x10000, 0x1F600, -1, -191, INT_MIN};
     for (std::size_t i = 0; i < mixed.size(); i += 9)
         mixed[i] = static_cast<wchar_t>(special[i / 9]);
     for (const std::string& piece : kEscapes) {
-        ASSERT_NO_FATAL_FAILURE(sweep<NarrowToWide>(filler(), piece));
-        ASSERT_NO_FATAL_FAILURE(sweep<WideToNarrow>(mixed, widened(piece)));
-        ASSERT_NO_FATAL_FAILURE(sweep<WideToNarrow>(ascii, widened(piece)));
+        ASSERT_NO_FATAL_FAILURE(sweep(kNarrowToWide, filler(), piece));
+        ASSERT_NO_FATAL_FAILURE(sweep(kWideToNarrow, mixed, widened(piece)));
+        ASSERT_NO_FATAL_FAILURE(sweep(kWideToNarrow, ascii, widened(piece)));
+    }
+    // Texts without a terminator, at whose end memory ends.
+    for (std::size_t length = 1; length <= kLongestText; ++length) {
+        for (const std::string& tail : {""s, "\\U+4E2D"s, "\\M+18140"s}) {
+            const std::string text = filler().substr(0, length) + tail;
+            ASSERT_NO_FATAL_FAILURE(check(kNarrowToWide, place(text, 0), static_cast<int>(text.size())));
+            ASSERT_NO_FATAL_FAILURE(check(kWideToNarrow, place(widened(text), 0), static_cast<int>(text.size())));
+        }
     }
 }
 
-TEST_F(TextConversion, Utf8AtEveryOffsetAndLength) {
-    for (const char* bytes : {"", "\xE4\xB8\xAD", "\xE4\xB8", "\xE4", "\xC3\xA9", "\xC3", "\x80\xBF", "\xE4\xB8\x41",
-                              "\xFF\x80\x80", "\xFF\x80", "\xF0\x9F\x98\x80", "\xE0\xC3\xA9", "\xC0\x80\xED\xA0\x80",
-                              "\xE4\xB8\xAD\xE6\x96\x87\xC3\xA9\xE5\xAD\x97"})
-        ASSERT_NO_FATAL_FAILURE(sweep<Utf8ToWide>(std::string(kLongestText, 'a'), std::string(bytes)));
+TEST(TextConversion, Utf8AtEveryOffsetAndLength) {
     std::string eastAsian;
     while (eastAsian.size() < kLongestText)
         eastAsian += "\xE4\xB8\xAD";
-    for (const char* bytes : {"", "a", "\xC3\xA9", "\xE4\xB8", "\xF0\x9F\x98\x80"})
-        ASSERT_NO_FATAL_FAILURE(sweep<Utf8ToWide>(eastAsian, std::string(bytes)));
+    for (const char* bytes : {"", "a", "\xE4\xB8\xAD", "\xE4\xB8", "\xE4", "\xC3\xA9", "\xC3", "\x80\xBF",
+                              "\xE4\xB8\x41", "\xFF\x80\x80", "\xFF\x80", "\xF0\x9F\x98\x80", "\xE0\xC3\xA9",
+                              "\xC0\x80\xED\xA0\x80", "\xE4\xB8\xAD\xE6\x96\x87\xC3\xA9\xE5\xAD\x97"}) {
+        for (const std::string& around : {std::string(kLongestText, 'a'), eastAsian})
+            ASSERT_NO_FATAL_FAILURE(sweep(kUtf8ToWide, around, std::string(bytes)));
+    }
     for (const std::wstring& characters :
          {L""s, L"\x7F\x80"s, L"\u07FF\u0800"s, L"\uFFFF\U00010000"s, L"\U0001F600\U0001F600\U0001F600"s, L"\xD800"s,
-          L"\u4E2D\u6587a\u5B57"s, std::wstring(1, static_cast<wchar_t>(-60)), std::wstring(20, L'\U0001F600')})
+          L"\u4E2D\u6587a\u5B57"s, std::wstring(1, static_cast<wchar_t>(-60)), std::wstring(20, L'\U0001F600')}) {
         for (const wchar_t around : {L'a', L'\u4E2D'})
-            ASSERT_NO_FATAL_FAILURE(sweep<WideToUtf8>(std::wstring(kLongestText, around), characters));
-
+            ASSERT_NO_FATAL_FAILURE(sweep(kWideToUtf8, std::wstring(kLongestText, around), characters));
+    }
     std::mt19937 random(7);
     for (int round = 0; round < 20000; ++round) {
         std::string text(random() % 60, ' ');
         for (char& c : text)
             c = "aZ\x80\xBF\xC3\xE4\xF0\xFF"[random() % 8];
-        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(text, 0));
-        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(text, static_cast<int>(random() % 70)));
-    }
-}
-
-TEST_F(TextConversion, ReadsNothingAfterTheLengthOfAnUnterminatedText) {
-    for (std::size_t length = 1; length <= kLongestText; ++length) {
-        for (const std::string& tail : {""s, "\\U+4E2D"s, "\\M+18140"s}) {
-            const std::string text = filler().substr(0, length) + tail;
-            const std::wstring wide = widened(text);
-            const auto size = static_cast<int>(text.size());
-            const char* src = std::get<0>(m_source).place(text.data(), text.size());
-            ASSERT_NO_FATAL_FAILURE(check<NarrowToWide>(src, size));
-            const wchar_t* wideSrc = std::get<1>(m_source).place(wide.data(), wide.size());
-            ASSERT_NO_FATAL_FAILURE(check<WideToNarrow>(wideSrc, size));
-        }
+        ASSERT_NO_FATAL_FAILURE(check(kUtf8ToWide, place(text), round % 2 == 0 ? 0 : static_cast<int>(random() % 70)));
     }
 }
 
 // With any room an unmeasured conversion writes the beginning of the result and nothing after the room; it stops only
 // where the room cannot hold what comes next, or at the end of the text.
-TEST_F(TextConversion, UnmeasuredConversionsKeepToTheirRoom) {
+TEST(TextConversion, UnmeasuredConversionsKeepToTheirRoom) {
     for (const std::size_t count : {5U, 32U, 69U, 100U}) {
         for (const std::size_t every : {1U, 5U, 33U, 200U}) {
             std::wstring text(count, L'a');
@@ -242,11 +208,11 @@ TEST_F(TextConversion, UnmeasuredConversionsKeepToTheirRoom) {
                 text[i] = i % 10 == 3 ? static_cast<wchar_t>(-60) : L'\u4E2D';
             const wchar_t* src = place(text);
             const std::string whole = reference::wideToNarrow(src, INT_MAX);
-            for (std::size_t room = 0; room < whole.size() + 80; ++room) {
-                for (const detail::TextKernels* kernels : m_kernels) {
-                    if (kernels->wideToNarrowUnmeasured == nullptr)
-                        continue;
-                    char* out = std::get<0>(m_output).last(room);
+            for (const detail::TextKernels* kernels : reference::kernelForms()) {
+                if (kernels->wideToNarrowUnmeasured == nullptr)
+                    continue;
+                for (std::size_t room = 0; room < whole.size() + 80; ++room) {
+                    char* out = outputBuffer<char>().last(room);
                     const auto [taken, written] = kernels->wideToNarrowUnmeasured(src, INT_MAX, out, room);
                     ASSERT_LE(written, room);
                     ASSERT_EQ(reference::wideToNarrow(src, static_cast<int>(taken)), whole.substr(0, written));
@@ -258,149 +224,96 @@ TEST_F(TextConversion, UnmeasuredConversionsKeepToTheirRoom) {
     }
 }
 
-TEST_F(TextConversion, EveryCharacterAlone) {
-    for (int byte = 1; byte < 256; ++byte)
-        ASSERT_NO_FATAL_FAILURE(checkCopy<NarrowToWide>(std::string(1, static_cast<char>(byte)), 1));
+TEST(TextConversion, EveryCharacterAloneAndLongTexts) {
     for (int c = 1; c < 0x10100; ++c) {
         const std::wstring text(1, static_cast<wchar_t>(c));
-        ASSERT_NO_FATAL_FAILURE(checkCopy<WideToNarrow>(text, 1));
-        ASSERT_NO_FATAL_FAILURE(checkCopy<WideToUtf8>(text, 1));
-        ASSERT_NO_FATAL_FAILURE(checkCopy<Utf8ToWide>(reference::unicodeToUtf8(text.c_str(), 1), 0));
+        ASSERT_NO_FATAL_FAILURE(check(kWideToNarrow, place(text), 1));
+        ASSERT_NO_FATAL_FAILURE(check(kWideToUtf8, place(text), 1));
+        ASSERT_NO_FATAL_FAILURE(check(kUtf8ToWide, place(reference::unicodeToUtf8(text.c_str(), 1)), 0));
+        ASSERT_NO_FATAL_FAILURE(check(kNarrowToWide, place(std::string(1, static_cast<char>(c))), 1));
     }
-}
-
-// Sizes are measured a stretch at a time: texts around whole stretches, with characters of every size at the joints.
-TEST_F(TextConversion, LongTextsConvertLikeShortOnes) {
+    // Sizes are measured a stretch at a time: texts around whole stretches, with characters of every size at the
+    // joints.
     for (const std::size_t length : {2047U, 2048U, 2049U, 4096U, 10000U}) {
         std::wstring text(length, L'a');
         for (std::size_t i = 0; i < length; i += 31)
             text[i] = static_cast<wchar_t>(0x70 + i * 13);
         for (const int taken : {static_cast<int>(length) - 1, INT_MAX}) {
-            TqVector<char> narrow;
-            TqCharMapper::wideCharToMultiByte(kCodePageWestern, text.c_str(), taken, narrow);
-            ASSERT_EQ(contents(narrow), reference::wideToNarrow(text.c_str(), taken) + '\0') << length;
-            TqVector<char> utf8;
-            TqCharMapper::unicodeToUtf8(text.c_str(), taken, utf8);
-            ASSERT_EQ(contents(utf8), reference::unicodeToUtf8(text.c_str(), taken) + '\0') << length;
+            ASSERT_NO_FATAL_FAILURE(check(kWideToNarrow, text.c_str(), taken));
+            ASSERT_NO_FATAL_FAILURE(check(kWideToUtf8, text.c_str(), taken));
         }
     }
 }
 
-// Anchors for the reference, for every code page, with and without flags.
-TEST(KnownTexts, ConvertTheSameForEveryCodePage) {
-    struct Row {
-        std::string narrow;
-        int length;
-        std::wstring wide;
-    };
-    const Row toWide[] = {
-        {"A\\U+00e9B", 9, L"A\u00E9B\0"s}, {"\\M+18140", 8, L"\\M+18140\0"s}, {"\\M+10041", 8, L"A\0"s},
-        {"\\M+18140", 1, L"\\M+18140\0"s}, // begins before the end
-        {"x\\U+4E2Dy", 2, L"x\u4E2D\0"s},  {"\xE9", 1, L"\u00E9\0"s},         {"\\U+D83D", 7, L"\xD83D\0"s},
-        {"ab\0cd"s, 5, L"ab\0"s},          {"\\U+00G1", 7, L"\\U+00G1\0"s},   {"abc", -4, L"\0"s},
-    };
-    const Row toNarrow[] = {
-        {"\\U+00E9\0"s, 1, L"\u00E9"},     {"\\U+4E2D\0"s, 7, L"\\U+4E2D"}, {"\\u+4e2d\0"s, 3, L"\\u+4e2d"},
-        {"\\U+F600\0"s, 1, L"\U0001F600"}, {"ab\0"s, 5, L"ab\0cd"s},        {"\0"s, 0, L"abc"},
-    };
+// The page of text forms shows what is converted; here: for every code page, with flags and without a source.
+TEST(ConversionCalls, CodePagesFlagsAndNull) {
     for (const int number : {0, 1, 30, 38, 45, 46, -1}) {
         const auto page = static_cast<code_page_id>(number);
-        for (const Row& row : toWide) {
-            TqVector<wchar_t> out;
-            TqCharMapper::multiByteToWideChar(page, row.narrow.c_str(), row.length, out);
-            EXPECT_EQ(contents(out), row.wide) << row.narrow << " page " << page;
-            TqVector<wchar_t> flagged;
-            TqCharMapper::multiByteToWideChar(page, 8U, row.narrow.c_str(), row.length, flagged);
-            if (page != kCodePageUtf8) {
-                EXPECT_EQ(contents(flagged), row.wide) << row.narrow << " page " << page;
-            }
-        }
-        for (const Row& row : toNarrow) {
-            TqVector<char> out;
-            TqCharMapper::wideCharToMultiByte(page, row.wide.c_str(), row.length, out);
-            EXPECT_EQ(contents(out), row.narrow) << " page " << page;
-        }
+        TqVector<wchar_t> out;
+        TqCharMapper::multiByteToWideChar(page, "ab\0cd", 5, out);
+        if (page != kCodePageUtf8)
+            TqCharMapper::multiByteToWideChar(page, 8U, "A\\U+00e9\xE9\\M+18140", 17, out);
+        TqCharMapper::multiByteToWideChar(page, nullptr, 5, out);
+        TqCharMapper::multiByteToWideChar(page, "abc", -4, out);
+        EXPECT_EQ(contents(out), page != kCodePageUtf8 ? L"ab\0A\u00E9\u00E9\\M+18140\0\0\0"s : L"ab\0\0\0"s) << page;
+        TqVector<char> narrow;
+        TqCharMapper::wideCharToMultiByte(page, L"ab\0cd", 5, narrow);
+        TqCharMapper::wideCharToMultiByte(page, L"\u00E9x", 1, narrow);
+        TqCharMapper::wideCharToMultiByte(page, nullptr, 5, narrow);
+        EXPECT_EQ(contents(narrow), "ab\0\\U+00E9\0\0"s) << page;
     }
-}
-
-TEST(KnownTexts, WithoutSource) {
-    TqVector<wchar_t> wide;
-    TqCharMapper::multiByteToWideChar(kCodePageWestern, nullptr, 5, wide);
-    EXPECT_EQ(contents(wide), L"\0"s);
+    TqVector<wchar_t> wide(4);
     TqCharMapper::utf8ToUnicode(nullptr, 3, wide);
     EXPECT_EQ(contents(wide), L"\0"s);
     TqVector<char> narrow;
     TqCharMapper::unicodeToUtf8(nullptr, 5, narrow);
     TqCharMapper::unicodeToUtf8(nullptr, -1, narrow);
     EXPECT_TRUE(narrow.isEmpty());
-    TqCharMapper::wideCharToMultiByte(kCodePageWestern, nullptr, 5, narrow);
-    EXPECT_EQ(contents(narrow), "\0"s);
-}
 
-TEST(KnownTexts, Utf8WithFlagsIsOneCharacterOrAQuestionMark) {
-    const auto convert = [](const char* text) {
+    const std::pair<const char*, const wchar_t*> rows[] = {
+        {"A", L"AAAA"},
+        {"\xE4\xB8\xAD", L"\u4E2D\u4E2D\u4E2D\u4E2D"},
+        {"\xF0\x9F\x98\x80", L"\U0001F600\U0001F600\U0001F600\U0001F600"},
+        {"", L"????"},
+        {"AB", L"????"},
+        {"\xE4\xB8", L"????"},
+        {"\xE4\xB8\xAD ", L"????"},
+        {"\xF0\x9F\x98\x80\x80", L"????"},
+        {"\x80", L"????"},
+        {"\\U+4E2D", L"????"},
+        {nullptr, L"????"}};
+    for (const auto& [text, expected] : rows) {
         TqVector<wchar_t> out;
         for (const int length : {-1, 0, 1, 100})
             TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0U, text, length, out);
-        return contents(out);
-    };
-    EXPECT_EQ(convert("A"), L"AAAA") << "whatever the length, without terminator";
-    EXPECT_EQ(convert("\xE4\xB8\xAD"), std::wstring(4, L'\u4E2D'));
-    EXPECT_EQ(convert("\xF0\x9F\x98\x80"), std::wstring(4, L'\U0001F600'));
-    for (const char* text : {"", "AB", "\xE4\xB8", "\xE4\xB8\xAD ", "\xF0\x9F\x98\x80\x80", "\x80", "\\U+4E2D",
-                             static_cast<const char*>(nullptr)})
-        EXPECT_EQ(convert(text), L"????") << testing::PrintToString(text);
-}
-
-TEST(ConversionOutput, LeavesSharersAlone) {
-    TqVector<wchar_t> wide;
-    TqCharMapper::multiByteToWideChar(kCodePageWestern, "one", 3, wide);
-    const TqVector<wchar_t> sharer = wide;
-    TqCharMapper::multiByteToWideChar(kCodePageWestern, "2", 1, wide);
-    EXPECT_EQ(contents(wide), L"one\0"s + L"2\0"s);
-    EXPECT_EQ(contents(sharer), L"one\0"s);
-
-    TqVector<char> narrow;
-    narrow.setPhysicalLength(64); // room to write in place, if it were not shared
-    TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"one", 3, narrow);
-    const TqVector<char> narrowSharer = narrow;
-    TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"2", 1, narrow);
-    EXPECT_EQ(contents(narrow), "one\0"s + "2\0"s);
-    EXPECT_EQ(contents(narrowSharer), "one\0"s);
+        EXPECT_EQ(contents(out), expected) << "one character or a question mark, whatever the length: " << text;
+    }
 }
 
 // Appending many pieces moves what is there a few times only, and no text keeps many more slots than it needs.
 TEST(ConversionOutput, RoomGrowsInProportionAndIsGivenBack) {
-    TqVector<wchar_t> wide;
-    TqVector<wchar_t> characters;
-    TqVector<char> narrow;
-    TqVector<char> utf8;
+    TqVector<wchar_t> wide, characters;
+    TqVector<char> narrow, utf8;
     const std::wstring piece(50, L'\u00E9');
     const std::string escapes = reference::wideToNarrow(piece.c_str(), 50);
-    int moves = 0;
-    const auto slots = [&] {
-        return std::array{wide.physicalLength(), characters.physicalLength(), narrow.physicalLength(),
-                          utf8.physicalLength()};
-    };
+    std::set<std::pair<int, int>> rooms;
     for (int i = 0; i < 2000; ++i) {
-        const auto before = slots();
         TqCharMapper::multiByteToWideChar(kCodePageWestern, escapes.c_str(), 350, wide);
         TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0U, "\xC3\xA9", 2, characters);
         TqCharMapper::wideCharToMultiByte(kCodePageWestern, piece.c_str(), 50, narrow);
         TqCharMapper::unicodeToUtf8(piece.c_str(), 50, utf8);
-        const auto after = slots();
-        for (std::size_t k = 0; k < before.size(); ++k)
-            moves += before[k] != after[k] ? 1 : 0;
+        rooms.insert({{0, wide.physicalLength()},
+                      {1, characters.physicalLength()},
+                      {2, narrow.physicalLength()},
+                      {3, utf8.physicalLength()}});
         ASSERT_LE(wide.physicalLength(), 2 * wide.logicalLength() + 1);
     }
     EXPECT_EQ(wide.logicalLength(), 2000 * 51);
-    EXPECT_LE(moves, 4 * 16);
+    EXPECT_LE(rooms.size(), 4U * 16);
     TqCharMapper::utf8ToUnicode("\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD", 18,
                                 characters = TqVector<wchar_t>());
     EXPECT_LE(characters.physicalLength(), 14);
-}
 
-TEST(ConversionOutput, RefusesMoreThanItCanCount) {
     TqVector<char> full;
     full.setLogicalLength(INT_MAX);
     EXPECT_THROW(TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"", 0, full), std::length_error);
@@ -408,41 +321,35 @@ TEST(ConversionOutput, RefusesMoreThanItCanCount) {
     EXPECT_EQ(full.logicalLength(), INT_MAX);
 }
 
-// A vector of To whose elements hold the text, with its terminator, and room for `slots` elements.
-template <class To, class From>
-TqVector<To> holding(const std::basic_string<From>& text, int slots) {
+// Converts a text that lies in the very vector that takes the result, into `slots` slots; another vector that shares
+// the record keeps what it had.
+template <class From, class To>
+void checkHeld(const Direction<From, To>& direction, const std::basic_string<From>& text, int slots) {
     const std::size_t bytes = (text.size() + 1) * sizeof(From);
     TqVector<To> vector;
     vector.setPhysicalLength(slots);
     vector.setLogicalLength(static_cast<int>((bytes + sizeof(To) - 1) / sizeof(To)));
     std::memcpy(vector.asArrayPtr(), text.c_str(), bytes);
-    return vector;
+    const auto before = contents(vector);
+    for (const bool isShared : {true, false}) {
+        TqVector<To> out = vector;
+        if (!isShared)
+            vector = TqVector<To>();
+        direction.convert(reinterpret_cast<const From*>(std::as_const(out).asArrayPtr()), INT_MAX, out);
+        const auto result = direction.expected(text.c_str(), INT_MAX).substr(direction.kept);
+        EXPECT_EQ(contents(out), (direction.kept != 0 ? before : before.substr(0, 0)) + result) << slots << isShared;
+        EXPECT_EQ(contents(vector), isShared ? before : before.substr(0, 0));
+    }
 }
 
-template <class From, class To>
-const From* sourceIn(const TqVector<To>& vector) {
-    return reinterpret_cast<const From*>(vector.asArrayPtr());
-}
-
-TEST(ConversionOutput, MayHoldTheSource) {
+TEST(ConversionOutput, MayHoldTheSourceAndLeavesSharersAlone) {
     const std::wstring wideText = L"held \\U+4E2D in the vector itself \u4E2D " + std::wstring(90, L'x');
     const std::string text = "held \\U+4E2D here " + std::string(93, 'y');
     for (const int slots : {0, 3200}) { // so that it must grow, and so that it need not
-        auto narrow = holding<char>(wideText, slots);
-        const std::string before = contents(narrow);
-        TqCharMapper::wideCharToMultiByte(kCodePageWestern, sourceIn<wchar_t>(narrow), INT_MAX, narrow);
-        EXPECT_EQ(contents(narrow), before + reference::wideToNarrow(wideText.c_str(), INT_MAX) + '\0');
-
-        auto wide = holding<wchar_t>(text, slots);
-        const std::wstring wideBefore = contents(wide);
-        TqCharMapper::multiByteToWideChar(kCodePageWestern, sourceIn<char>(wide), INT_MAX, wide);
-        EXPECT_EQ(contents(wide), wideBefore + reference::narrowToWide(text.c_str(), INT_MAX) + L'\0');
-        TqCharMapper::utf8ToUnicode(sourceIn<char>(wide), 0, wide);
-        EXPECT_EQ(contents(wide), widened(text) + L'\0');
-
-        auto utf8 = holding<char>(wideText, slots);
-        TqCharMapper::unicodeToUtf8(sourceIn<wchar_t>(utf8), 200, utf8);
-        EXPECT_EQ(contents(utf8), before + reference::unicodeToUtf8(wideText.c_str(), 200) + '\0');
+        checkHeld(kNarrowToWide, text, slots);
+        checkHeld(kWideToNarrow, wideText, slots);
+        checkHeld(kUtf8ToWide, text, slots);
+        checkHeld(kWideToUtf8, wideText, slots);
     }
 }
 

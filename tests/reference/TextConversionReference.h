@@ -2,82 +2,58 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <string>
+#include <vector>
 
 /// The text conversions as their rules say them, one character at a time and with nothing shared with the library. The
 /// results have no terminator.
 namespace reference {
 
-/// The length of the escape at `p`, 0 if there is none: `\U+XXXX` for "Uu", 4 digits; `\M+nXXXX` for "Mm".
+/// The forms of escapes: for every place the characters that may stand there.
+inline const std::string kHex = "0123456789ABCDEFabcdef";
+inline const std::vector<std::string> kUnicodeEscape = {"\\", "Uu", "+", kHex, kHex, kHex, kHex};
+inline const std::vector<std::string> kMifEscape = {"\\", "Mm", "+", "012345", kHex, kHex, kHex, kHex};
+
+/// The length of the escape at `p`, 0 if there is none.
 template <class Char>
-int escapeLength(const Char* p, char letter, bool withCodePageDigit) {
-    const auto isOneOf = [](Char c, const char* set) {
-        return c > 0 && c < 128 && std::strchr(set, static_cast<int>(c));
-    };
-    int i = 0;
-    if (p[i++] != '\\')
-        return 0;
-    if (p[i] != static_cast<Char>(letter) && p[i] != static_cast<Char>(letter + ('a' - 'A')))
-        return 0;
-    if (p[++i] != '+')
-        return 0;
-    ++i;
-    if (withCodePageDigit && !isOneOf(p[i++], "012345"))
-        return 0;
-    for (int digit = 0; digit < 4; ++digit) {
-        if (!isOneOf(p[i++], "0123456789ABCDEFabcdef"))
+int escapeLength(const Char* p, const std::vector<std::string>& form) {
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        if (p[i] <= 0 || p[i] >= 128 || form[i].find(static_cast<char>(p[i])) == std::string::npos)
             return 0;
     }
-    return i;
-}
-
-template <class Char>
-long hexNumber(const Char* p) {
-    const std::string digits(p, p + 4);
-    return std::stol(digits, nullptr, 16);
+    return static_cast<int>(form.size());
 }
 
 inline std::wstring narrowToWide(const char* src, int length) {
     std::wstring out;
-    int i = 0;
-    while (i < length && src[i] != 0) {
-        if (const int n = escapeLength(src + i, 'U', false)) {
-            out += static_cast<wchar_t>(hexNumber(src + i + 3));
-            i += n;
-        } else if (const int m = escapeLength(src + i, 'M', true)) {
-            const long value = hexNumber(src + i + 4);
-            if (value == 0 || value >= 128)
-                out.append(src + i, src + i + m);
-            else
-                out += static_cast<wchar_t>(value);
-            i += m;
-        } else {
+    for (int i = 0; i < length && src[i] != 0;) {
+        const int n = escapeLength(src + i, kUnicodeEscape);
+        const int m = escapeLength(src + i, kMifEscape);
+        const long value = n + m == 0 ? 0 : std::stol(std::string(src + i + n + m - 4, 4), nullptr, 16);
+        if (n != 0 || (value > 0 && value < 128))
+            out += static_cast<wchar_t>(value);
+        else if (m != 0)
+            out.append(src + i, src + i + m);
+        else
             out += static_cast<wchar_t>(static_cast<unsigned char>(src[i++]));
-        }
+        i += n + m;
     }
     return out;
 }
 
 inline std::string wideToNarrow(const wchar_t* src, int length) {
     std::string out;
-    int i = 0;
-    while (i < length && src[i] != 0) {
+    for (int i = 0; i < length && src[i] != 0;) {
+        const int n = escapeLength(src + i, kUnicodeEscape) + escapeLength(src + i, kMifEscape);
         const auto c = static_cast<std::int32_t>(src[i]);
-        int n = 0;
-        if (c == '\\')
-            n = escapeLength(src + i, 'U', false) + escapeLength(src + i, 'M', true);
-        if (n != 0) {
-            for (const int end = i + n; i < end; ++i)
-                out += static_cast<char>(src[i]);
-        } else if (c > 127) {
+        if (n == 0 && c > 127) {
             char escape[8];
             std::snprintf(escape, sizeof escape, "\\U+%04X", static_cast<unsigned>(c) & 0xFFFF);
             out += escape;
             ++i;
         } else {
-            out += static_cast<char>(c);
-            ++i;
+            for (const int end = i + (n != 0 ? n : 1); i < end; ++i)
+                out += static_cast<char>(src[i]);
         }
     }
     return out;
@@ -107,16 +83,13 @@ inline std::string unicodeToUtf8(const wchar_t* src, int length) {
     std::string out;
     for (std::int64_t i = 0; i <= length && src[i] != 0; ++i) {
         const long c = static_cast<std::int32_t>(src[i]);
-        if (c <= 127) {
+        if (c <= 127)
             out += static_cast<char>(c & 0xFF);
-        } else if (c <= 0x7FF) {
-            out += static_cast<char>(0xC0 + c / 64);
-            out += static_cast<char>(0x80 + c % 64);
-        } else if (c <= 0xFFFF) {
-            out += static_cast<char>(0xE0 + c / 4096);
-            out += static_cast<char>(0x80 + c / 64 % 64);
-            out += static_cast<char>(0x80 + c % 64);
-        }
+        else if (c <= 0x7FF)
+            out += {static_cast<char>(0xC0 + c / 64), static_cast<char>(0x80 + c % 64)};
+        else if (c <= 0xFFFF)
+            out += {static_cast<char>(0xE0 + c / 4096), static_cast<char>(0x80 + c / 64 % 64),
+                    static_cast<char>(0x80 + c % 64)};
     }
     return out;
 }
