@@ -2,8 +2,7 @@
 // counts no more fields than the format has.
 
 #include "Check.h"
-
-#include <TqOsBase/format/InputWithFormat.h>
+#include "reference/ScanInput.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,14 +14,6 @@
 namespace {
 
 constexpr std::ptrdiff_t kMaxFields = 8;
-
-int scan(const wchar_t* source, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int assigned = InputWithFormat(false, source, format, args);
-    va_end(args);
-    return assigned;
-}
 
 } // namespace
 
@@ -39,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // Room for the longest field: all of the source and a 0, or a number.
     std::vector<wchar_t> room(std::max<std::size_t>(source.size() + 1, 8));
     wchar_t* const r = room.data();
-    const int assigned = scan(source.data(), format.c_str(), r, r, r, r, r, r, r, r);
+    const int assigned = reference::scan(source.data(), format.c_str(), r, r, r, r, r, r, r, r);
     fuzz::check(assigned >= -1 && assigned <= fields, "as many fields at most as the format has");
     const bool blank = std::all_of(source.begin(), source.end() - 1,
                                    [](wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); });

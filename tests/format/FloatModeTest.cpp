@@ -3,10 +3,10 @@
 
 #include "fltcvt/NumberVectors.h"
 #include "format/FormatProbe.h"
+#include "reference/ScanInput.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>
-#include <TqOsBase/format/InputWithFormat.h>
 #include <TqOsBase/format/LumoAppUnitSets.h>
 #include <TqOsBase/format/QMode.h>
 
@@ -42,14 +42,6 @@ private:
     std::fenv_t m_saved;
 };
 
-int scan(const wchar_t* source, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int assigned = InputWithFormat(false, source, format, args);
-    va_end(args);
-    return assigned;
-}
-
 // All that is made of a number, as one text. No arithmetic of doubles here, which would depend on the mode itself.
 std::wstring results(double value, LumoAppUnitSets units) {
     std::wstring all = probe::format(L"%f|%.20f|%.2e|%e|%g|%+.1G|", value, value, value, value, value, value);
@@ -58,8 +50,8 @@ std::wstring results(double value, LumoAppUnitSets units) {
         tqDToStr(text, value, letter, 16, 0);
         double read = 0;
         float single = 0;
-        EXPECT_EQ(scan(probe::widen(text).c_str(), L"%lf", &read), 1);
-        EXPECT_EQ(scan(probe::widen(text).c_str(), L"%f", &single), 1);
+        EXPECT_EQ(reference::scan(probe::widen(text).c_str(), L"%lf", &read), 1);
+        EXPECT_EQ(reference::scan(probe::widen(text).c_str(), L"%f", &single), 1);
         all += probe::format(L"%s %X %X %x|", probe::widen(text).c_str(),
                              std::bit_cast<std::uint64_t>(tqStrToD(text, nullptr)), std::bit_cast<std::uint64_t>(read),
                              std::bit_cast<std::uint32_t>(single));

@@ -9,21 +9,6 @@
 #include <limits>
 #include <random>
 
-namespace {
-
-struct PreScan {
-    bool positional;
-    int count;
-};
-
-PreScan preScan(const wchar_t* format) {
-    PreScan result{false, -1};
-    result.positional = FormatUtil::isDefineSelfParaIndex(&result.count, format);
-    return result;
-}
-
-} // namespace
-
 TEST(FormatUtil, CopiesAndFillsOnlyWhatFits) {
     wchar_t buffer[64];
     wchar_t* out = buffer;
@@ -69,16 +54,14 @@ TEST(FormatUtil, CountsPositionsAsTheLastIntroducerSays) {
         const wchar_t* format;
         bool positional;
         int count;
-    } rows[] = {
-        {L"%d %s", false, 0},     {L"%1$d", true, 1},    {L"%2$s %1$d", true, 2}, {L"%1$d %d", true, 0},
-        {L"%3$d", true, 1},       {L"%1$*2$d", true, 2}, {L"%%1$d", false, 0},    {L"5 * 3$ %1$d", true, 1},
-        {L"a*2$b %1$d", true, 2}, {L"%5%1$d", false, 0}, {L"%", false, 0},        {L"%12", false, 0},
-        {L"%1$d %*", true, 0},    {nullptr, false, 0},
-    };
+    } rows[] = {{L"%d %s", false, 0},     {L"%1$d", true, 1},    {L"%2$s %1$d", true, 2}, {L"%1$d %d", true, 0},
+                {L"%3$d", true, 1},       {L"%1$*2$d", true, 2}, {L"%%1$d", false, 0},    {L"5 * 3$ %1$d", true, 1},
+                {L"a*2$b %1$d", true, 2}, {L"%5%1$d", false, 0}, {L"%", false, 0},        {L"%12", false, 0},
+                {L"%1$d %*", true, 0},    {nullptr, false, 0}};
     for (const auto& row : rows) {
-        const PreScan scan = preScan(row.format);
-        EXPECT_EQ(scan.positional, row.positional) << (row.format != nullptr ? *row.format : 0);
-        EXPECT_EQ(scan.count, row.count) << std::string(row.format, row.format + std::wcslen(row.format));
+        int count = -1;
+        EXPECT_EQ(FormatUtil::isDefineSelfParaIndex(&count, row.format), row.positional) << row.format;
+        EXPECT_EQ(count, row.count) << row.format;
     }
 }
 
@@ -134,9 +117,7 @@ TEST(FormatUtil, ScalesToMantissaAndExponent) {
 TEST(FormatUtil, RoundsAMantissaInPlace) {
     const struct {
         long double mantissa;
-        int precision;
-        int exponent;
-        int carry;
+        int precision, exponent, carry;
         double rounded; // before cutting
     } rows[] = {{1.25L, 1, 0, 0, 1.30}, {9.97L, 1, 0, 1, 1.002},    {2.5L, 0, 0, 0, 3.0},
                 {2.5L, 0, -2, 0, 2.5},  {-6.0L, 2, -3, 1, 1.1},     {-4.0L, 2, -3, 0, 9.0},
@@ -152,35 +133,25 @@ TEST(FormatUtil, RoundsAMantissaInPlace) {
 
 TEST(FormatUtil, WritesFixedTextFromAMantissa) {
     const struct {
-        long double mantissa;
-        int integerDigits;
-        int precision;
-        int size;
+        double mantissa;
+        int integerDigits, precision, size;
         const wchar_t* text;
-    } rows[] = {
-        {1.2345L, 1, 2, 0, L"1.23"},
-        {-1.25L, 3, 0, 0, L"-125"},
-        {5.0L, -2, 5, 0, L"0.00500"},
-        {5.0L, 0, 3, 0, L"0.500"},
-        {0.0L, 1, 3, 0, L"0.000"},
-        {0.5L, 1, 2, 0, L"0.50"},
-        {0.0L, 3, 2, 0, L"000.00"},
-        {0.5L, 3, 2, 0, L"050.00"},
-        {-0.25L, 0, 4, 0, L"-0.0250"},
-        {0.0625L, -1, 6, 0, L"0.000625"},
-        {10.0L, 2, 1, 0, L"99.9"},
-        {1.0L, 20, 2, 0, L"10000000000000000000"},
-        {1.5L, 1, 2, 3, L"1."},
-        {1.5L, 1, -2, 0, L"1"},
-        {-std::numeric_limits<long double>::infinity(), 1, 2, 0, L"-inf"},
-    };
+    } rows[] = {{1.2345, 1, 2, 0, L"1.23"},   {-1.25, 3, 0, 0, L"-125"}, {5, -2, 5, 0, L"0.00500"},
+                {5, 0, 3, 0, L"0.500"},       {0, 1, 3, 0, L"0.000"},    {0.5, 1, 2, 0, L"0.50"},
+                {0, 3, 2, 0, L"000.00"},      {0.5, 3, 2, 0, L"050.00"}, {-0.25, 0, 4, 0, L"-0.0250"},
+                {10, 2, 1, 0, L"99.9"},       {1.5, 1, 2, 3, L"1."},     {1.5, 1, -2, 0, L"1"},
+                {-HUGE_VAL, 1, 2, 0, L"-inf"}};
     wchar_t text[126];
     for (const auto& row : rows) {
         std::fill(std::begin(text), std::end(text), L'#');
-        const int length =
-            FormatUtil::formatScienceDouble(text, row.mantissa, row.integerDigits, row.precision, row.size);
+        const int length = FormatUtil::formatScienceDouble(text, static_cast<long double>(row.mantissa),
+                                                           row.integerDigits, row.precision, row.size);
         EXPECT_EQ(length, static_cast<int>(std::wcslen(text)));
         EXPECT_STREQ(text, row.text);
     }
+    FormatUtil::formatScienceDouble(text, 0.0625L, -1, 6, 0);
+    EXPECT_STREQ(text, L"0.000625");
+    FormatUtil::formatScienceDouble(text, 1, 20, 2, 0);
+    EXPECT_STREQ(text, L"10000000000000000000");
     EXPECT_EQ(FormatUtil::formatScienceDouble(text, -1.5L, 300, 6, 0), 125);
 }

@@ -1,72 +1,48 @@
 #include "format/FormatProbe.h"
 #include "reference/GuardedBuffer.h"
-
-#include <TqOsBase/format/InputWithFormat.h>
+#include "reference/ScanInput.h"
 
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <random>
 
 namespace {
 
-int scan(bool fromStream, const wchar_t* source, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int assigned = InputWithFormat(fromStream, source, format, args);
-    va_end(args);
-    return assigned;
-}
-
-template <class... Pointers>
-int scan(const wchar_t* source, const wchar_t* format, Pointers... pointers) {
-    return scan(false, source, format, pointers...);
-}
-
-} // namespace
+using reference::scan;
 
 TEST(InputWithFormat, ReadsIntegersOfEveryLetterAndSaturates) {
     const struct {
         const wchar_t* source;
         const wchar_t* format; // followed by %n
-        std::int64_t value;    // in the bits that the letter stores
-        int consumed;
-    } rows[] = {
-        {L"42", L"%d", 42, 2},
-        {L" \t-17x", L"%d", -17, 5},
-        {L"+7", L"%i", 7, 2},
-        {L"010", L"%i", 8, 3},
-        {L"08", L"%i", 0, 1},
-        {L"0x1Fg", L"%i", 31, 4},
-        {L"0x", L"%i", 0, 1},
-        {L"0X1f", L"%x", 31, 4},
-        {L"0xg", L"%x", 0, 1},
-        {L"-1F", L"%x", -31, 3},
-        {L"FFFFFFFF", L"%x", -1, 8},
-        {L"777", L"%o", 511, 3},
-        {L"1012", L"%b", 5, 3},
-        {L"4294967295", L"%u", -1, 10},
-        {L"99999999999", L"%u", -1, 11},
-        {L"99999999999", L"%d", INT_MAX, 11},
-        {L"-99999999999999999999999", L"%d", INT_MIN, 24},
-        {L"12345", L"%3d", 123, 3},
-        {L"0x1F", L"%2x", 0, 1},
-        {L"0x1F", L"%3i", 1, 3},
-    };
+        std::int32_t value;
+        int consumed; // 0: not a number
+    } rows[] = {{L"42", L"%d", 42, 2},      {L" \t-17x", L"%d", -17, 5},    {L"+7", L"%i", 7, 2},
+                {L"010", L"%i", 8, 3},      {L"08", L"%i", 0, 1},           {L"0x1Fg", L"%i", 31, 4},
+                {L"0x", L"%i", 0, 1},       {L"0X1f", L"%x", 31, 4},        {L"0xg", L"%x", 0, 1},
+                {L"-1F", L"%x", -31, 3},    {L"FFFFFFFF", L"%x", -1, 8},    {L"777", L"%o", 511, 3},
+                {L"1012", L"%b", 5, 3},     {L"4294967295", L"%u", -1, 10}, {L"9999999999", L"%u", -1, 10},
+                {L"12345", L"%3d", 123, 3}, {L"0x1F", L"%2x", 0, 1},        {L"0x1F", L"%3i", 1, 3},
+                {L"7", L"%0d", -9, 0},      {L"-7", L"%1d", -9, 0},         {L"-7", L"%u", -9, 0},
+                {L"-", L"%d", -9, 0}};
     for (const auto& row : rows) {
-        std::int32_t value = 123456;
-        int consumed = -1;
-        const std::wstring format = std::wstring(row.format) + L"%n";
-        EXPECT_EQ(scan(row.source, format.c_str(), &value, &consumed), 1);
-        EXPECT_EQ(value, row.value) << std::string(row.source, row.source + std::wcslen(row.source));
-        EXPECT_EQ(consumed, row.consumed) << std::string(row.source, row.source + std::wcslen(row.source));
+        std::int32_t value = -9;
+        int consumed = 0;
+        EXPECT_EQ(scan(row.source, (std::wstring(row.format) + L"%n").c_str(), &value, &consumed), row.consumed > 0);
+        EXPECT_EQ(value, row.value) << row.source;
+        EXPECT_EQ(consumed, row.consumed) << row.source;
     }
-    std::int64_t big[5];
+    std::int64_t big[6] = {0, 0, 0, 0, 0, 9};
     EXPECT_EQ(scan(L"-9223372036854775809 FFFFFFFFFFFFFFFFF 777 101 99999999999", L"%D%X%O%B%ld", &big[0], &big[1],
                    &big[2], &big[3], &big[4]),
               5);
-    EXPECT_EQ(std::vector<std::int64_t>(big, big + 5), (std::vector<std::int64_t>{INT64_MIN, -1, 511, 5, 99999999999}));
+    EXPECT_EQ(std::vector<std::int64_t>(big, big + 6),
+              (std::vector<std::int64_t>{INT64_MIN, -1, 511, 5, 99999999999, 9}));
+    std::int32_t limits[2] = {0, 0};
+    EXPECT_EQ(scan(L"99999999999-99999999999999999999999", L"%d%d", &limits[0], &limits[1]), 2);
+    EXPECT_TRUE(limits[0] == INT_MAX && limits[1] == INT_MIN);
     std::int16_t small[3] = {1, 1, 1};
     EXPECT_EQ(scan(L"40000 70000", L"%hd%hu", &small[0], &small[1]), 2);
     EXPECT_TRUE(small[0] == INT16_MAX && small[1] == -1 && small[2] == 1);
@@ -76,20 +52,22 @@ TEST(InputWithFormat, ReadsFloatingFields) {
     const struct {
         const wchar_t* source;
         double value;
-        int consumed;
-    } rows[] = {
-        {L"3.25", 3.25, 4}, {L"-.5e1x", -5, 5}, {L"7.", 7, 2},
-        {L"+1e3", 1000, 4}, {L"0e400", 0, 5},   {L"1e99999999999", std::numeric_limits<double>::infinity(), 13},
-        {L"5e-400", 0, 6},  {L"2e", 2, 2},      {L"5e-324", 5e-324, 6},
-        {L".", -1, -1},     {L"-e5", -1, -1},
-    };
+        int consumed; // 0: not a number
+    } rows[] = {{L"3.25", 3.25, 4}, {L"-.5e1x", -5, 5}, {L"7.", 7, 2},       {L"+1e3", 1000, 4}, {L"0e400", 0, 5},
+                {L"5e-400", 0, 6},  {L"2e", 2, 2},      {L"5e-9x", 5e-9, 4}, {L".", -1, 0},      {L"-e5", -1, 0}};
     for (const auto& row : rows) {
         double value = -1;
-        int consumed = -1;
+        int consumed = 0;
         EXPECT_EQ(scan(row.source, L"%F%n", &value, &consumed), row.consumed > 0 ? 1 : 0);
-        EXPECT_EQ(value, row.value);
-        EXPECT_EQ(consumed, row.consumed);
+        EXPECT_EQ(value, row.value) << row.source;
+        EXPECT_EQ(consumed, row.consumed) << row.source;
     }
+    const std::wstring zeros(400, L'0');
+    double numbers[4] = {0, 0, 0, 0};
+    EXPECT_EQ(scan((L"1" + zeros + L"e-400 1." + zeros + L"1 5e-324 1e99999999999").c_str(), L"%lf%lf%lf%lf",
+                   &numbers[0], &numbers[1], &numbers[2], &numbers[3]),
+              4);
+    EXPECT_TRUE(numbers[0] == 1 && numbers[1] == 1 && numbers[2] == 5e-324 && numbers[3] == HUGE_VAL);
     std::mt19937_64 random(5);
     for (int i = 0; i < 3000; ++i) {
         char text[400];
@@ -98,24 +76,14 @@ TEST(InputWithFormat, ReadsFloatingFields) {
         double value = 0;
         ASSERT_EQ(scan(probe::widen(text).c_str(), L"%lf", &value), 1);
         ASSERT_EQ(value, std::strtod(text, nullptr)) << text;
-        float single = 0;
-        const std::string low(text, std::strcspn(text, "e"));
         for (const char* exponent : {"", "e-37", "e-43", "e36"}) {
-            const std::string wanted = low + exponent;
-            ASSERT_EQ(scan(probe::widen(wanted).c_str(), L"%f", &single), 1);
-            ASSERT_EQ(single, static_cast<float>(std::strtod(wanted.c_str(), nullptr))) << wanted;
+            const std::string wanted = std::string(text, std::strcspn(text, "e")) + exponent;
+            float pair[2] = {0, 9};
+            ASSERT_EQ(scan(probe::widen(wanted).c_str(), i % 2 == 0 ? L"%f" : L"%g", pair), 1);
+            ASSERT_EQ(pair[0], static_cast<float>(std::strtod(wanted.c_str(), nullptr))) << wanted;
+            ASSERT_EQ(pair[1], 9);
         }
     }
-    // Digits without end overflow nothing.
-    double value = 0;
-    const std::wstring zeros(400, L'0');
-    EXPECT_EQ(scan((L"1" + zeros + L"e-400").c_str(), L"%lf", &value), 1);
-    EXPECT_EQ(value, 1);
-    EXPECT_EQ(scan((L"1." + zeros + L"1").c_str(), L"%lf", &value), 1);
-    EXPECT_EQ(value, 1);
-    float pair[2] = {0, 9};
-    EXPECT_EQ(scan(L"2.5", L"%g", pair), 1);
-    EXPECT_TRUE(pair[0] == 2.5F && pair[1] == 9.0F);
 }
 
 TEST(InputWithFormat, ReadsTextWithinItsBuffers) {
@@ -126,9 +94,8 @@ TEST(InputWithFormat, ReadsTextWithinItsBuffers) {
     wchar_t* letters = guarded.last(3);
     EXPECT_EQ(scan(L" ab", L"%3c", letters), 1);
     EXPECT_EQ(std::wstring(letters, 3), L" ab");
-    // The source ends first: what was read counts, and the scan ends.
     wchar_t next = L'#';
-    EXPECT_EQ(scan(L"a", L"%3c%c", letters, &next), 1);
+    EXPECT_EQ(scan(L"a", L"%3c%c", letters, &next), 1) << "the source ends first: what was read counts";
     EXPECT_TRUE(letters[0] == L'a' && next == L'#');
     int number = 0;
     EXPECT_EQ(scan(L"x=5, y", L"x=%d, %c", &number, &next), 2);
@@ -144,30 +111,26 @@ TEST(InputWithFormat, ReadsTextWithinItsBuffers) {
 }
 
 TEST(InputWithFormat, EndsAtTheFirstMismatch) {
-    int first = 1;
-    int second = 2;
-    EXPECT_EQ(scan(L"1 2", L"%*d %d", &first), 1);
-    EXPECT_EQ(first, 2);
-    EXPECT_EQ(scan(L"5 x 6", L"%d%d%d", &first, &second, &second), 1);
-    EXPECT_TRUE(first == 5 && second == 2);
-    EXPECT_EQ(scan(L"5%6", L"%d%%%d", &first, &second), 2);
-    EXPECT_EQ(second, 6);
-    EXPECT_EQ(scan(L"7", L"%y%z%d", &first), 1);
-    EXPECT_EQ(scan(L"7", L"%0d", &first), 0);
-    EXPECT_EQ(scan(L"-7", L"%1d", &first), 0);
-    EXPECT_EQ(scan(L"-7", L"%u", &first), 0);
-    EXPECT_EQ(scan(L"-", L"%d", &first), 0);
-    EXPECT_EQ(scan(L"7", L"%d%", &first), 1);
-
+    const struct {
+        const wchar_t* source;
+        const wchar_t* format;
+        int assigned, first, second;
+    } rows[] = {{L"1 2", L"%*d %d", 1, 2, 9}, {L"5 x 6", L"%d%d", 1, 5, 9}, {L"5%6", L"%d%%%d", 2, 5, 6},
+                {L"7", L"%y%z%d", 1, 7, 9},   {L"7", L"%d%", 1, 7, 9},      {L" x", L"%*c%c", 1, 'x', 9},
+                {nullptr, L"%d", -1, 9, 9},   {L"x", nullptr, 0, 9, 9},     {L"5 6", L"%d%*d%d", 1, 5, 9}};
+    for (const auto& row : rows) {
+        int numbers[2] = {9, 9};
+        EXPECT_EQ(scan(row.source, row.format, &numbers[0], &numbers[1]), row.assigned) << row.format;
+        EXPECT_TRUE(numbers[0] == row.first && numbers[1] == row.second) << row.format;
+    }
     wchar_t text[2];
     for (const wchar_t* blank : {L"", L" ", L" \t\n\v"})
         for (const wchar_t* format : {L" %d", L"%c", L"%2c", L"x", L"%d", L"%0d", L"%n", L""})
             EXPECT_EQ(scan(blank, format, text), -1);
-    EXPECT_EQ(scan(nullptr, L"%d", &first), -1);
-    EXPECT_EQ(scan(L" x", L"%c", &first), 1);
-    EXPECT_EQ(scan(L"x", static_cast<const wchar_t*>(nullptr)), 0);
-    first = 77;
-    EXPECT_EQ(scan(true, L"5", L"%d", &first), 0);
-    EXPECT_EQ(scan(true, nullptr, L"a%5s", &first), 0);
-    EXPECT_EQ(first, 77);
+    int untouched = 77;
+    EXPECT_EQ(reference::scanFrom(true, L"5", L"%d", &untouched), 0);
+    EXPECT_EQ(reference::scanFrom(true, nullptr, L"a%5s", &untouched), 0);
+    EXPECT_EQ(untouched, 77);
 }
+
+} // namespace

@@ -54,36 +54,15 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
     }
 }
 
-TEST(NumberText, GeneralFormIsFixedForSmallExponentsAndKeepsItsZeros) {
-    const struct {
-        const wchar_t* format;
-        double value;
-        const wchar_t* text;
-    } rows[] = {
-        {L"%g", 3.5, L"3.500000"},
-        {L"%G", -0.0001, L"-0.000100"},
-        {L"%g", std::nextafter(1e-4, 0.0), L"1.000000E-004"},
-        {L"%g", std::nextafter(1e5, 0.0), L"100000.000000"},
-        {L"%g", 1e5, L"1.000000E+005"},
-        {L"%g", 0.0, L"0.000000"},
-        {L"%+g", 3.5, L"+3.500000"},
-        {L"%+g", 1e9, L"1.000000E+009"},
-        {L"%+e", 3.5, L"3.500000E+000"},
-        {L"%.0e", 5.0, L"5E+000"},
-        {L"%+f", 0.25, L"+0.250000"},
-        {L"%+.1f", -0.04, L"+0.0"},
-        {L"%.2f", -0.004, L"0.00"},
-        {L"%e", -0.0, L"0.000000E+000"},
-        {L"%f", kInfinity, L"inf"},
-        {L"%+f", kInfinity, L"+inf"},
-        {L"%e", -kInfinity, L"-inf"},
-        {L"%+G", kInfinity, L"inf"},
-        {L"%08f", -kInfinity, L"    -inf"},
-        {L"%+08f", std::nan(""), L"     nan"},
-        {L"%-5g|", -std::nan(""), L"nan  |"},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(format(row.format, row.value), row.text);
+TEST(NumberText, GeneralFormSignsAndSpecialValues) {
+    // Fixed notation for small exponents, which keeps its zeros.
+    EXPECT_EQ(format(L"%g %G %g %g", 3.5, -0.0001, std::nextafter(1e-4, 0.0), std::nextafter(1e5, 0.0)),
+              L"3.500000 -0.000100 1.000000E-004 100000.000000");
+    EXPECT_EQ(format(L"%g %g %.0e", 1e5, 0.0, 5.0), L"1.000000E+005 0.000000 5E+000");
+    EXPECT_EQ(format(L"%+g %+g %+e %+f", 3.5, 1e9, 3.5, 0.25), L"+3.500000 1.000000E+009 3.500000E+000 +0.250000");
+    EXPECT_EQ(format(L"%+.1f %.2f %e", -0.04, -0.004, -0.0), L"+0.0 0.00 0.000000E+000");
+    EXPECT_EQ(format(L"%f %+f %e %+G", kInfinity, kInfinity, -kInfinity, kInfinity), L"inf +inf -inf inf");
+    EXPECT_EQ(format(L"%08f|%+08f|%-5g|", -kInfinity, std::nan(""), -std::nan("")), L"    -inf|     nan|nan  |");
 }
 
 TEST(NumberText, FixedTextFunctionFitsItsBuffer) {

@@ -72,70 +72,86 @@ int formatMoving(wchar_t** out, int capacity, const wchar_t* format, ...) {
     return result;
 }
 
-} // namespace
+// What the letters take, and their texts without a precision.
+struct Letter {
+    wchar_t letter;
+    enum { kInt, kLong, kDouble, kCharacter, kString, kItself } takes;
+    const wchar_t* text;
+};
+const Letter kLetters[] = {{L'd', Letter::kInt, L"-42"},
+                           {L'i', Letter::kInt, L"-42"},
+                           {L'u', Letter::kInt, L"4294967254"},
+                           {L'o', Letter::kInt, L"37777777726"},
+                           {L'x', Letter::kInt, L"FFFFFFD6"},
+                           {L'p', Letter::kInt, L"FFFFFFD6"},
+                           {L'D', Letter::kLong, L"-42"},
+                           {L'I', Letter::kLong, L"-42"},
+                           {L'f', Letter::kDouble, L""},
+                           {L'g', Letter::kDouble, L""},
+                           {L'G', Letter::kDouble, L""},
+                           {L'e', Letter::kDouble, L""},
+                           {L'c', Letter::kCharacter, L"x"},
+                           {L's', Letter::kString, L"h\u00e9llo"},
+                           {L'%', Letter::kItself, L"%"},
+                           {L'y', Letter::kItself, L"y"},
+                           {L'E', Letter::kItself, L"E"},
+                           {L'b', Letter::kInt, L"11111111111111111111111111010110"},
+                           {L'U', Letter::kLong, L"18446744073709551574"},
+                           {L'O', Letter::kLong, L"1777777777777777777726"},
+                           {L'X', Letter::kLong, L"FFFFFFFFFFFFFFD6"},
+                           {L'B', Letter::kLong, L"1111111111111111111111111111111111111111111111111111111111010110"}};
+
+std::wstring textOf(const Letter& letter, bool plus, int precision) {
+    if (letter.takes == Letter::kInt || letter.takes == Letter::kLong)
+        return letter.text[0] == L'-' ? L"-" + withPoint(letter.text + 1, precision)
+                                      : withPoint(letter.text, precision);
+    if (letter.takes == Letter::kString)
+        return std::wstring(letter.text).substr(0, static_cast<std::size_t>(precision));
+    if (letter.takes != Letter::kDouble)
+        return letter.text;
+    char text[64];
+    const bool isScientific = letter.letter == L'e';
+    std::snprintf(text, sizeof text,
+                  isScientific ? "%.*e"
+                  : plus       ? "%+.*f"
+                               : "%.*f",
+                  precision < 0 ? 6 : precision, 2.71828);
+    const std::wstring number = widen(text);
+    return isScientific ? number.substr(0, number.size() - 4) + L"E+000" : number;
+}
 
 TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) {
     reference::GuardedBuffer<wchar_t> guarded(256);
-    const long long value = -42;
-    for (const wchar_t letter : std::wstring(L"diuoxpbDIUOXBcsfegG%yE")) {
+    for (const Letter& letter : kLetters) {
         for (const std::wstring flags : {L"", L"+", L"-", L"+-", L"-+", L"0", L"+0", L"-0", L"-+0"}) {
             for (const int width : {0, 1, 7, 40, 95}) {
                 for (const int precision : {-1, 0, 1, 3, 9}) {
-                    const bool wide = std::iswupper(static_cast<wint_t>(letter)) != 0 && letter != L'G';
-                    std::wstring text;
-                    if (letter == L'd' || letter == L'i' || letter == L'D' || letter == L'I')
-                        text = L"-" + withPoint(L"42", precision);
-                    else if (const std::wstring all = L"uoxpbUOXB"; all.find(letter) != std::wstring::npos) {
-                        constexpr unsigned kBases[] = {10, 8, 16, 16, 2, 10, 8, 16, 2};
-                        const auto bits = static_cast<unsigned long long>(value);
-                        text = withPoint(digitsIn(wide ? bits : bits & UINT_MAX, kBases[all.find(letter)]), precision);
-                    } else if (letter == L'c')
-                        text = L"x";
-                    else if (letter == L's')
-                        text = std::wstring(L"h\u00e9llo")
-                                   .substr(0, precision < 0 ? 5 : static_cast<std::size_t>(precision));
-                    else if (letter == L'f' || letter == L'g' || letter == L'G') {
-                        char number[64];
-                        std::snprintf(number, sizeof number, flags.find(L'+') != std::wstring::npos ? "%+.*f" : "%.*f",
-                                      precision < 0 ? 6 : precision, 2.71828);
-                        text = widen(number);
-                    } else if (letter == L'e')
-                        text = widen(std::initializer_list<const char*>{"3E+000", "2.7E+000", "2.718E+000",
-                                                                        "2.718280E+000", "2.718280000E+000"}
-                                         .begin()[precision < 0    ? 3
-                                                  : precision == 9 ? 4
-                                                                   : (precision + 1) / 2]);
-                    else
-                        text = letter;
-                    const bool numeric = std::wstring(L"cs%yE").find(letter) == std::wstring::npos;
-                    const bool left = flags.find(L'-') != std::wstring::npos;
+                    const bool numeric = letter.takes <= Letter::kDouble;
+                    const auto has = [&flags](wchar_t flag) { return flags.find(flag) != std::wstring::npos; };
                     const std::wstring wanted =
-                        padded(text, width, left, flags.find(L'0') != std::wstring::npos, numeric);
-                    std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"");
-                    directive += (precision >= 0 ? L"." + std::to_wstring(precision) : L"") + letter;
-                    // "%%" is what an introducer followed by another one means, whatever stands between them.
-                    const auto attempt = [&](int capacity) {
-                        if (letter == L'c')
-                            return formatInto(guarded, capacity, directive.c_str(), L'x');
-                        if (letter == L's')
-                            return formatInto(guarded, capacity, directive.c_str(), L"h\u00e9llo");
-                        if (std::wstring(L"fegG").find(letter) != std::wstring::npos)
-                            return formatInto(guarded, capacity, directive.c_str(), 2.71828);
-                        if (wide && letter != L'E')
-                            return formatInto(guarded, capacity, directive.c_str(), value);
-                        return formatInto(guarded, capacity, directive.c_str(), static_cast<int>(value));
+                        padded(textOf(letter, has(L'+'), precision), width, has(L'-'), has(L'0'), numeric);
+                    const std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"") +
+                                                   (precision >= 0 ? L"." + std::to_wstring(precision) : L"") +
+                                                   letter.letter;
+                    const auto attempt = [&](std::size_t capacity) {
+                        const auto into = [&](auto argument) {
+                            return formatInto(guarded, static_cast<int>(capacity), directive.c_str(), argument);
+                        };
+                        return letter.takes == Letter::kDouble      ? into(2.71828)
+                               : letter.takes == Letter::kString    ? into(letter.text)
+                               : letter.takes == Letter::kCharacter ? into(L'x')
+                               : letter.takes == Letter::kLong      ? into(-42LL)
+                                                                    : into(-42);
                     };
-                    const int length = static_cast<int>(wanted.size());
-                    const Attempt fitting = attempt(length + 1);
-                    ASSERT_EQ(fitting.text, wanted) << std::string(directive.begin(), directive.end());
-                    ASSERT_EQ(fitting.result, length) << std::string(directive.begin(), directive.end());
+                    const Attempt fitting = attempt(wanted.size() + 1);
+                    ASSERT_EQ(fitting.text, wanted) << directive;
+                    ASSERT_EQ(fitting.result, static_cast<int>(wanted.size())) << directive;
+                    if (wanted.empty())
+                        continue;
                     // One character less: the last run or text is missing as a whole, what came before it stays.
-                    if (length > 0) {
-                        const Attempt cut = attempt(length);
-                        ASSERT_EQ(cut.result, -1) << std::string(directive.begin(), directive.end());
-                        ASSERT_TRUE(wanted.compare(0, cut.text.size(), cut.text) == 0 &&
-                                    cut.text.size() < wanted.size());
-                    }
+                    const Attempt cut = attempt(wanted.size());
+                    ASSERT_EQ(cut.result, -1) << directive;
+                    ASSERT_TRUE(wanted.starts_with(cut.text) && cut.text.size() < wanted.size()) << directive;
                 }
             }
         }
@@ -183,28 +199,21 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
 }
 
 TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
-    const struct {
-        const wchar_t* format;
-        const wchar_t* text;
-    } rows[] = {
-        {L"100%% %y %E|%", L"100% y E|"},
-        {L"%", L""},
-        {L"%+-05d|", L"7    |"}, // the 0 belongs to the width
-        {L"%+-0*d|", L"*d|"},    // and so the star is the letter
-        {L"%-0 5d", L" 5d"},     // no blank flag
-        {L"%#x", L"#x"},
-        {L"%++d", L"+d"},
-        {L"%5.2d|", L" 0.07|"},
-        {L"%.0d", L"7."},
-        {L"%.d", L"7."},
-        {L"%$3d", L"  7"}, // a lone dollar sign is skipped
-        {L"%ld%hd", L"77"},
-        {L"%lld", L"ld"}, // one letter of length only
-        {L"%05c", L"0000\a"},
-        {L"a\u4e2db%n%S%C", L"a\u4e2dbnSC"},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(format(row.format, 7, 7), row.text) << std::string(row.format, row.format + std::wcslen(row.format));
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"%", L""},
+                                                              {L"100%% %y %E|%", L"100% y E|"},
+                                                              {L"%#x|%++d", L"#x|+d"},
+                                                              {L"%5.2d|%.0d", L" 0.07|7."},
+                                                              {L"%ld%hd", L"77"},
+                                                              {L"%.d|", L"7.|"},
+                                                              {L"%05c", L"0000\a"},
+                                                              {L"a\u4e2db%n%S%C", L"a\u4e2dbnSC"},
+                                                              {L"%+-05d|", L"7    |"}, // the 0 belongs to the width
+                                                              {L"%+-0*d|", L"*d|"},    // and so the star is the letter
+                                                              {L"%-0 5d", L" 5d"},     // no blank flag
+                                                              {L"%$3d", L"  7"},       // a lone dollar sign is skipped
+                                                              {L"%lld", L"ld"}};       // one letter of length only
+    for (const auto& [directives, text] : rows)
+        EXPECT_EQ(format(directives, 7, 7), text) << directives;
     EXPECT_EQ(format(L"%*d|%-*d|%.*d", 4, 1, 4, 2, 2, 3), L"   1|2   |0.03");
     EXPECT_EQ(format(L"%.*f|%.*s", -3, 2.5, -1, L"abc"), L"3|");
     EXPECT_EQ(format(L"%d %D %d", INT_MIN, LLONG_MIN, 5), L"-2147483648 -9223372036854775808 5");
@@ -247,22 +256,26 @@ TEST(OutputWithFormat, TakesArgumentsByPosition) {
 
 TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
     reference::GuardedBuffer<wchar_t> guarded(64);
-    const auto expect = [](const Attempt& attempt, int result, const wchar_t* text) {
-        EXPECT_EQ(attempt.result, result) << std::string(attempt.text.begin(), attempt.text.end());
-        EXPECT_EQ(attempt.text, text);
-    };
-    expect(formatInto(guarded, 4, L"abc"), 3, L"abc");
-    expect(formatInto(guarded, 3, L"abc"), 0, L"");
-    expect(formatInto(guarded, 5, L"ab%dcd", 7), 0, L"ab7");
-    expect(formatInto(guarded, 4, L"ab%dcd", 77), -1, L"ab");
-    expect(formatInto(guarded, 4, L"%06d", -7), -1, L"-");
-    // A negative width is enormous: runs of 30 until no more fits.
-    expect(formatInto(guarded, 64, L"%*d", -1, 7), -1, std::wstring(60, L' ').c_str());
-    expect(formatInto(guarded, 64, L"%.2044d", 7), -1, L"");
-    expect(formatInto(guarded, 64, L"%.99999999999d", 7), -1, L"");
-    expect(formatInto(guarded, 64, nullptr), -1, L"");
-    expect(formatInto(guarded, 1, L""), 0, L"");
-
+    const struct {
+        int capacity;
+        const wchar_t* format;
+        int argument, result;
+        std::wstring text;
+    } rows[] = {{4, L"abc", 0, 3, L"abc"},
+                {3, L"abc", 0, 0, L""},
+                {5, L"ab%dcd", 7, 0, L"ab7"},
+                {4, L"ab%dcd", 77, -1, L"ab"},
+                {4, L"%06d", -7, -1, L"-"},
+                {64, L"%.2044d", 7, -1, L""},
+                {64, L"%.9999999999d", 7, -1, L""},
+                {64, nullptr, 0, -1, L""},
+                {1, L"", 0, 0, L""},
+                {64, L"%*d", -1, -1, std::wstring(60, L' ')}}; // endless: runs of 30 until no more fit
+    for (const auto& row : rows) {
+        const Attempt attempt = formatInto(guarded, row.capacity, row.format, row.argument, 7);
+        EXPECT_EQ(attempt.result, row.result) << row.format;
+        EXPECT_EQ(attempt.text, row.text);
+    }
     wchar_t untouched[2] = {L'#', L'#'};
     wchar_t* out = untouched;
     for (const int capacity : {0, -1, INT_MIN})
@@ -284,3 +297,5 @@ TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
     EXPECT_EQ(FormatUtil::outputStringWithFormat(room.data(), 5002, L"%s!", text.c_str()), 5001);
     EXPECT_EQ(room, text + L"!" + L'\0');
 }
+
+} // namespace
