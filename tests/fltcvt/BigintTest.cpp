@@ -6,13 +6,14 @@
 #include <TqOsBase/fltcvt/StrToD.h>
 #include <TqOsBase/fltcvt/TqGdImpl.h>
 
-#include <array>
+#include <bit>
 #include <climits>
 #include <gtest/gtest.h>
 #include <memory>
 #include <new>
-#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -47,83 +48,51 @@ UInt128 take(Bigint* b) {
     return value(Owner(b).get());
 }
 
-struct Usage {
-    std::ptrdiff_t used = 0;
-    std::array<int, TqFCvtAllocator::kSizeClasses> free{};
+const TqFCvtAllocator& pool() {
+    return *tqFCvtAllocator();
+}
 
-    bool operator==(const Usage&) const = default;
-};
-
-const unsigned char* poolStart() {
-    return reinterpret_cast<const unsigned char*>(tqFCvtAllocator()->m_pool);
+std::ptrdiff_t placeInPool(const void* block) {
+    return static_cast<const char*>(block) - reinterpret_cast<const char*>(pool().m_pool);
 }
 
 bool isPooled(const void* block) {
-    const auto offset = reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(poolStart());
-    return offset < TqFCvtAllocator::kPoolBytes;
+    return placeInPool(block) >= 0 && placeInPool(block) < TqFCvtAllocator::kPoolBytes;
 }
 
-// Walks the free lists; every block of the pool that is not in use is on the list of its class.
-Usage usage() {
-    Usage result{tqFCvtAllocator()->m_cursor - poolStart(), {}};
-    for (int k = 0; k < TqFCvtAllocator::kSizeClasses; ++k)
-        for (const Bigint* b = tqFCvtAllocator()->m_freeLists[k]; b != nullptr; b = b->next) {
-            EXPECT_TRUE(isPooled(b));
-            EXPECT_EQ(b->k, k);
-            ++result.free[static_cast<std::size_t>(k)];
-        }
+// How much of the pool is cut into blocks, and how many of each class are free, all in the pool.
+std::vector<std::ptrdiff_t> usage() {
+    std::vector<std::ptrdiff_t> result;
+    for (int k = 0; k < TqFCvtAllocator::kSizeClasses; ++k) {
+        result.push_back(0);
+        for (const Bigint* b = pool().m_freeLists[k]; b != nullptr; b = b->next, ++result.back())
+            EXPECT_TRUE(isPooled(b) && b->k == k);
+    }
+    result.push_back(placeInPool(pool().m_cursor));
     return result;
 }
 
-TEST(DigitAllocator, TheCacheComesFirst) {
-    EXPECT_EQ(static_cast<void*>(G_Pow5Data), static_cast<const void*>(poolStart()));
-    std::set<const Bigint*> seen;
-    const Bigint* power = G_Pow5Data;
-    for (int exponent = 4; exponent <= 256; exponent *= 2, power = power->next) {
-        const Owner computed(Impl::i2b(1));
-        Bigint* expected = Impl::i2b(1);
-        for (int i = 0; i < exponent; ++i)
-            expected = Impl::multadd(expected, 5, 0);
-        const Owner owner(expected);
-        ASSERT_NE(power, nullptr);
-        EXPECT_EQ(Impl::cmp(const_cast<Bigint*>(power), expected), 0) << exponent;
-        EXPECT_TRUE(isPooled(power));
-        EXPECT_TRUE(seen.empty() || *seen.rbegin() < power);
-        seen.insert(power);
-    }
-    EXPECT_EQ(power, nullptr);
-}
-
-TEST(DigitAllocator, BlocksHaveTheLengthOfTheirClass) {
+TEST(DigitAllocator, BlocksAndStringsOfEveryClass) {
     // As long as the pool has room the blocks of one class follow each other.
     for (const auto& [k, bytes] : {std::pair{0, 32}, {1, 40}, {2, 48}, {3, 64}, {4, 96}}) {
-        const int before = usage().free[static_cast<std::size_t>(k)];
         std::vector<Owner> taken;
-        taken.reserve(static_cast<std::size_t>(before) + 1);
-        for (int i = 0; i < before; ++i)
+        for (auto free = usage()[static_cast<std::size_t>(k)]; free >= 0; --free)
             taken.emplace_back(Impl::Balloc(k));
-        Bigint* const first = Impl::Balloc(k);
-        taken.emplace_back(first);
-        EXPECT_EQ(tqFCvtAllocator()->m_cursor - reinterpret_cast<unsigned char*>(first), bytes);
-        EXPECT_EQ(first->k, k);
-        EXPECT_EQ(first->capacity, 1 << k);
+        Bigint* const fresh = taken.back().get();
+        EXPECT_EQ(placeInPool(pool().m_cursor) - placeInPool(fresh), bytes);
+        EXPECT_TRUE(fresh->k == k && fresh->capacity == 1 << k && fresh->sign == 0 && fresh->used == 0);
     }
-}
-
-TEST(DigitAllocator, LastFreedIsFirstTaken) {
-    Bigint* const a = Impl::Balloc(3);
-    a->sign = a->used = 1;
-    Impl::Bfree(a);
-    Bigint* const b = Impl::Balloc(3);
-    EXPECT_EQ(a, b);
-    EXPECT_EQ(b->sign + b->used, 0);
-    Impl::Bfree(b);
+    Bigint* const last = Impl::Balloc(3);
+    last->sign = last->used = 1;
+    Impl::Bfree(last);
+    const Owner first(Impl::Balloc(3));
+    EXPECT_EQ(first.get(), last) << "last freed, first taken";
+    EXPECT_EQ(first->sign + first->used, 0);
     Impl::Bfree(nullptr);
     Impl::freedtoa(nullptr);
-}
+    EXPECT_THROW(Impl::Balloc(31), std::bad_alloc);
+    EXPECT_THROW(Impl::Balloc(-1), std::bad_alloc);
 
-TEST(DigitAllocator, StringsTakeTheirClass) {
-    const Usage before = usage();
     for (const auto& [length, k] :
          {std::pair{-5, 0}, {0, 0}, {27, 0}, {28, 1}, {31, 1}, {32, 2}, {39, 2}, {40, 3}, {5000, 11}}) {
         char* const text = Impl::rv_alloc(length);
@@ -141,9 +110,6 @@ TEST(DigitAllocator, StringsTakeTheirClass) {
         EXPECT_EQ(end, copy + sizeof source - 1);
         Impl::freedtoa(copy);
     }
-    EXPECT_GE(usage().used, before.used);
-    EXPECT_THROW(Impl::Balloc(31), std::bad_alloc);
-    EXPECT_THROW(Impl::Balloc(-1), std::bad_alloc);
 }
 
 TEST(DigitAllocator, NothingIsLost) {
@@ -162,25 +128,22 @@ TEST(DigitAllocator, NothingIsLost) {
         }
     };
     run(); // now every class has the blocks that it needs
-    const Usage before = usage();
+    const auto before = usage();
     run();
     EXPECT_EQ(usage(), before);
-}
-
-TEST(DigitAllocator, PoolThenHeap) {
-    std::vector<Bigint*> pooled, others;
+    // What the pool cannot hold is the heap's, and enters no list.
+    std::vector<Owner> pooled, others;
     while (others.size() < 100) {
-        Bigint* const b = Impl::Balloc(5);
-        (isPooled(b) ? pooled : others).push_back(b);
+        Owner b(Impl::Balloc(5));
+        (isPooled(b.get()) ? pooled : others).push_back(std::move(b));
     }
-    EXPECT_LE(usage().used, TqFCvtAllocator::kPoolBytes);
-    const Usage before = usage();
-    for (Bigint* b : others)
-        Impl::Bfree(b);
-    EXPECT_EQ(usage(), before); // the heap's blocks enter no list
-    for (Bigint* b : pooled)
-        Impl::Bfree(b);
-    EXPECT_EQ(usage().free[5], static_cast<int>(pooled.size()) + before.free[5]);
+    const auto full = usage();
+    EXPECT_LE(full.back(), TqFCvtAllocator::kPoolBytes);
+    others.clear();
+    EXPECT_EQ(usage(), full);
+    const auto count = static_cast<std::ptrdiff_t>(pooled.size());
+    pooled.clear();
+    EXPECT_EQ(usage()[5], full[5] + count);
 }
 
 TEST(Bigint, AgreesWithWideIntegers) {
@@ -205,6 +168,14 @@ TEST(Bigint, AgreesWithWideIntegers) {
         EXPECT_EQ(Impl::copybits(words, 70, a.get()), 3);
         EXPECT_EQ(words[0] | std::uint64_t{words[1]} << 32, x);
         EXPECT_EQ(words[2] + words[3], 9U);
+        // Decimal digits with the point in any place.
+        std::string digits = std::to_string(x);
+        const auto count = static_cast<int>(digits.size()), before = 1 + i % count;
+        const auto leading = static_cast<unsigned>(std::stoul(digits.substr(0, 9)));
+        if (before < count)
+            digits.insert(static_cast<std::size_t>(before), ".");
+        EXPECT_EQ(take(Impl::s2b(digits.c_str(), before, count, leading)), x) << digits;
+        EXPECT_EQ(take(Impl::s2b(std::wstring(digits.begin(), digits.end()).c_str(), before, count, leading)), x);
         if (y != 0) {
             EXPECT_DOUBLE_EQ(Impl::ratio(Owner(number(x | 1)).get(), b.get()),
                              static_cast<double>(x | 1) / static_cast<double>(y));
@@ -218,13 +189,21 @@ TEST(Bigint, AgreesWithWideIntegers) {
     EXPECT_EQ(Impl::copybits(nullptr, 0, Owner(number(5)).get()), 0);
 }
 
-TEST(Bigint, PowersOfFiveBeyondTheCacheToo) {
-    Bigint* step = Impl::i2b(3);
+TEST(Bigint, PowersOfFiveAndTheirCache) {
+    Bigint* step = Impl::i2b(1);
+    Bigint* cached = G_Pow5Data;
+    EXPECT_EQ(placeInPool(cached), 0) << "the cache comes first";
     for (int k = 0; k <= 1100; ++k) {
-        const Owner direct(Impl::pow5mult(Impl::i2b(3), k));
+        const Owner direct(Impl::pow5mult(Impl::i2b(1), k));
         ASSERT_EQ(Impl::cmp(direct.get(), step), 0) << k;
+        if (cached != nullptr && k >= 4 && Impl::cmp(cached, step) == 0) {
+            EXPECT_TRUE(std::has_single_bit(static_cast<unsigned>(k)) && isPooled(cached));
+            EXPECT_TRUE(k == 256 ? cached->next == nullptr : cached->next > cached);
+            cached = cached->next;
+        }
         step = Impl::multadd(step, 5, 0);
     }
+    EXPECT_EQ(cached, nullptr);
     Impl::Bfree(step);
 }
 
@@ -243,31 +222,9 @@ TEST(Bigint, TakesDoublesApart) {
         EXPECT_EQ(std::ldexp(leading, 32 * b->used - zeros - 1 + exponent), v);
         EXPECT_TRUE(leading >= 1 && leading < 2);
     }
-    unsigned word = 0x00A0;
-    EXPECT_EQ(Impl::lo0bits(&word), 5);
-    EXPECT_EQ(word, 5U);
-    EXPECT_EQ(Impl::hi0bits(word), 29);
-    EXPECT_EQ(Impl::hi0bits(0), 32);
-    word = 0;
-    EXPECT_EQ(Impl::lo0bits(&word), 32);
-}
-
-TEST(Bigint, OfDecimalDigits) {
-    const std::string digits = "98765432101234567890123456789012345678";
-    UInt128 all = 0;
-    for (int nd = 1; nd <= 38; ++nd) {
-        all = all * 10 + static_cast<unsigned>(digits[static_cast<std::size_t>(nd) - 1] - '0');
-        for (int nd0 = 1; nd0 <= nd; ++nd0) {
-            std::string text = digits.substr(0, static_cast<std::size_t>(nd));
-            if (nd0 < nd)
-                text.insert(static_cast<std::size_t>(nd0), ".");
-            const std::wstring wide(text.begin(), text.end());
-            const auto y9 =
-                static_cast<unsigned>(std::stoul(digits.substr(0, static_cast<std::size_t>(std::min(nd, 9)))));
-            EXPECT_EQ(take(Impl::s2b(text.c_str(), nd0, nd, y9)), all) << text;
-            EXPECT_EQ(take(Impl::s2b(wide.c_str(), nd0, nd, y9)), all) << text;
-        }
-    }
+    unsigned words[] = {0x00A0, 0};
+    EXPECT_TRUE(Impl::lo0bits(&words[0]) == 5 && words[0] == 5 && Impl::lo0bits(&words[1]) == 32);
+    EXPECT_TRUE(Impl::hi0bits(5) == 29 && Impl::hi0bits(0) == 32);
 }
 
 } // namespace
