@@ -35,17 +35,19 @@ TEST(PrintfFunctions, FormsWithoutSizeWriteTheTextAndItsTerminatorOnly) {
     for (const int length : {1, 1023, 1024, kLongest}) {
         const std::wstring expected = std::wstring(static_cast<std::size_t>(length) - 1, L' ') + L"7";
         wchar_t* dst = room.last(expected.size() + 1);
-        const auto checkAndClear = [&](int result) {
-            EXPECT_EQ(result, length);
-            EXPECT_TRUE(dst == expected) << length;
-            std::wmemset(dst, L'#', expected.size() + 1);
+        const auto write = [&](int form) {
+            const auto inner = [&](const wchar_t* format, std::va_list list) { return _vswprintf(dst, format, list); };
+            const auto own = [&](const wchar_t* format, std::va_list list) { return vswprintf(dst, format, list); };
+            return form == 0   ? withList(inner, L"%*d", length, 7)
+                   : form == 1 ? withList(own, L"%*d", length, 7)
+                   : form == 2 ? swprintf(dst, L"%*d", length, 7)
+                               : wsprintf(dst, L"%*d", length, 7);
         };
-        checkAndClear(
-            withList([&](auto format, std::va_list list) { return _vswprintf(dst, format, list); }, L"%*d", length, 7));
-        checkAndClear(
-            withList([&](auto format, std::va_list list) { return vswprintf(dst, format, list); }, L"%*d", length, 7));
-        checkAndClear(swprintf(dst, L"%*d", length, 7));
-        checkAndClear(wsprintf(dst, L"%*d", length, 7));
+        for (int form = 0; form < 4; ++form) {
+            std::wmemset(dst, L'#', expected.size() + 1);
+            EXPECT_EQ(write(form), length);
+            EXPECT_TRUE(dst == expected) << length << " " << form;
+        }
     }
     wchar_t text[16] = L"ab";
     EXPECT_EQ(swprintf(text, L"%*d", kLongest + 1, 7), -1);
