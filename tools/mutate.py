@@ -2,7 +2,7 @@
 """Measures the tests: plants one small fault at a time in a room's sources, builds a copy of the tree and runs the room's
 tests. A fault that no test notices survives and is printed as a diff. What is planted follows from the seed alone.
 
-usage: mutate.py [ROOM ...] [--count N] [--seed S] [--jobs J] [--only ID ...] [--log FILE]
+usage: mutate.py [ROOM ...] [--count N] [--seed S] [--jobs J] [--only ID ...] [--only-from LOG] [--log FILE]
 
 The faults: a comparison or another operator turned, a whole number off by one, a condition negated, a statement dropped,
 two arguments swapped. A fault that does not compile, or that leaves the object code as it was, is no fault: another one
@@ -25,18 +25,21 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "mutate"
 
-# The programs of a room's tests, the one that notices most first.
+# The programs of a room's tests, the one that notices most first: names of test programs, of fuzz targets as they are
+# replayed, and of pages that are executed.
 TESTS = {
     "base": ["test_base", "test_codepage", "test_crtcompat", "test_faults"],
     "platform": ["test_stream", "test_crtcompat", "test_faults", "test_memory"],
     "diag": ["test_diag", "test_faults"],
     "memory": ["test_memory", "test_heap_model", "test_faults"],
     "containers": ["test_containers", "test_faults", "test_interface"],
-    "codepage": ["test_codepage", "test_faults"],
-    "fltcvt": ["test_fltcvt", "test_format", "test_faults"],
-    "format": ["test_format", "test_faults"],
+    "codepage": ["test_codepage", "docs.text", "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape",
+                 "replay_text_iterator", "docs.limits", "test_faults"],
+    "fltcvt": ["test_fltcvt", "replay_number", "test_format", "docs.limits", "test_faults"],
+    "format": ["test_format", "docs.units", "docs.text", "replay_format_output", "replay_scan_input", "docs.limits",
+               "test_faults"],
     "stream": ["test_stream", "test_faults", "test_interface"],
-    "crtcompat": ["test_crtcompat", "test_faults"],
+    "crtcompat": ["test_crtcompat", "docs.limits", "test_faults"],
 }
 UNTESTED = {"HeapCheck.cpp", "HeapCheck.h"}  # the tests' own walker
 
@@ -151,21 +154,27 @@ class Copy:
                 path.unlink()
         subprocess.run(
             ["cmake", "-S", str(self.tree), "-B", str(self.build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-             "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -w", "-DTQ_BUILD_EXAMPLES=OFF", "-DTQ_BUILD_FUZZ=OFF",
+             "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -w", "-DTQ_BUILD_EXAMPLES=OFF",
              "-DTQ_WARNINGS_AS_ERRORS=OFF", "-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"],
             check=True, stdout=subprocess.DEVNULL)
 
     def make(self, program: str) -> bool:
-        return subprocess.run(["cmake", "--build", str(self.build), "-j", "1", "--target", program],
+        target = "TqOsBaseStatic" if program.startswith("docs.") else program
+        return subprocess.run(["cmake", "--build", str(self.build), "-j", "1", "--target", target],
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False).returncode == 0
 
-    def program(self, name: str) -> pathlib.Path:
-        return next(path for path in self.build.glob(f"tests/*/{name}") if path.is_file())
+    def command(self, name: str) -> list:
+        if name.startswith("docs."):
+            return ["ctest", "--test-dir", str(self.build), "-R", f"^{re.escape(name)}$"]
+        if name.startswith("replay_"):
+            return [str(self.build / "fuzz" / name), str(self.tree / "fuzz" / "corpus" / name[len("replay_"):])]
+        program = next(path for path in self.build.glob(f"tests/*/{name}") if path.is_file())
+        return [str(program), "--gtest_brief=1", "--gtest_fail_fast"]
 
     def passes(self, name: str, seconds: float) -> bool:
         scratch = self.build / "scratch"
         scratch.mkdir(exist_ok=True)
-        return runs([str(self.program(name)), "--gtest_brief=1", "--gtest_fail_fast"], seconds, scratch)
+        return runs(self.command(name), seconds, scratch)
 
     def archive(self) -> bytes:
         return hashlib.sha256((self.build / "libTqOsBase.a").read_bytes()).digest()
@@ -193,7 +202,7 @@ def try_fault(copy: Copy, programs: list, seconds: dict, sound: bytes, fault: tu
 
 def measure(room: str, args: argparse.Namespace, copies: "queue.Queue[Copy]", log) -> tuple:
     faults = candidates(room)
-    if args.only:
+    if args.only is not None:
         faults = [fault for fault in faults if fault[0] in args.only]
     else:
         chance = random.Random(f"{args.seed} {room}")
@@ -201,7 +210,7 @@ def measure(room: str, args: argparse.Namespace, copies: "queue.Queue[Copy]", lo
         # A table of facts has more numbers than the code around it: one of its rows for nine faults of the code.
         rows, code = ([fault for fault in faults if bool(TABLE_ROW.match(fault[3])) == is_row] for is_row in (True, False))
         faults = [fault for i in range(len(code)) for fault in code[i:i + 1] + (rows[i // 9:i // 9 + 1] if i % 9 == 8 else [])]
-    programs = [name for name in TESTS[room] if name in KNOWN]
+    programs = [name for name in TESTS[room] if name in KNOWN or not name.startswith("test_")]
     seconds = {}
     for copy in list(copies.queue):
         for program in programs:
@@ -223,7 +232,7 @@ def measure(room: str, args: argparse.Namespace, copies: "queue.Queue[Copy]", lo
 
     for copy in list(copies.queue):
         copy.sound = copy.archive()
-    wanted = len(faults) if args.only else args.count
+    wanted = len(faults) if args.only is not None else args.count
     remaining = iter(faults)
     with concurrent.futures.ThreadPoolExecutor(args.jobs) as pool:
         pending = set()
@@ -268,8 +277,12 @@ def main() -> int:
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--only", nargs="+", help="ids of faults, from an earlier run of the same sources")
+    parser.add_argument("--only-from", metavar="LOG", help="the faults that the log of an earlier run calls caught")
     parser.add_argument("--log", help="a line per fault (build/mutate/log.tsv)")
     args = parser.parse_args()
+    if args.only_from:
+        rows = [line.split("\t") for line in open(args.only_from, encoding="utf-8")]
+        args.only = [row[1] for row in rows if row[0] == "caught"] + (args.only or [])
     rooms = args.rooms or [room for room in TESTS if (ROOT / "src" / room).exists()]
     for room in rooms:
         if room not in TESTS or not (ROOT / "src" / room).exists():

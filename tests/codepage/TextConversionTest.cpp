@@ -6,6 +6,7 @@
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -110,7 +111,7 @@ void check(const Direction<From, To>& direction, const From* src, int length) {
     const auto text = expected.substr(direction.kept);
     const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
     for (const detail::TextKernels* kernels : reference::kernelForms()) {
-        To* first = outputBuffer<To>().last(room);
+        To* const first = std::fill_n(outputBuffer<To>().last(room), room, To{'#'}) - room;
         To* last = (kernels->*direction.form)(src, end, first);
         ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
     }
@@ -146,11 +147,11 @@ std::string filler() {
 }
 
 // Whole escapes, broken ones, and runs of backslashes.
-const std::string kEscapes[] = {"",          "\\U+4E2D",     "\\u+00e9",       "\\U+0000",         "\\U+005C",
-                                "\\M+18140", "\\m+5b0a1",    "\\M+10041",      "\\M+2007F",        "\\M+30080",
-                                "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",           "\\U",
-                                "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",         "\\\\U+0041",
-                                "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
+const std::string kEscapes[] = {"",           "\\U+4E2D",  "\\u+00e9",     "\\U+0000",       "\\U+005C",
+                                "\\M+18140",  "\\m+5b0a1", "\\M+10041",    "\\M+10001",      "\\M+2007F",
+                                "\\M+30080",  "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",
+                                "\\U",        "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",
+                                "\\\\U+0041", "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
 
 TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
     const std::wstring ascii(kLongestText, L'a');

@@ -85,7 +85,7 @@ TEST(TqAnsiTextIterator, AppendsDigits) {
         bool hex, checked;
         unsigned expected;
         std::ptrdiff_t read;
-    } rows[] = {{"1aG2", 4, true, true, 0x1A, 2},    {"12x", 3, false, true, 12, 2},
+    } rows[] = {{"10fG", 4, true, true, 0x10F, 3},   {"12x", 3, false, true, 12, 2},
                 {"12x", 1, false, true, 1, 1},       {"1a", 2, false, true, 1, 1},
                 {"12", 0, false, true, 0, 0},        {"12", -1, false, true, 0, 0},
                 {"12", INT_MAX, false, true, 12, 2}, {"fFfFfFfF1", 9, true, true, 0xFFFFFFF1, 9},

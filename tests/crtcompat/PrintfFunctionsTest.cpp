@@ -54,6 +54,8 @@ TEST(PrintfFunctions, FormsWithoutSizeWriteTheTextAndItsTerminatorOnly) {
     EXPECT_STREQ(text, L"ab");
     EXPECT_EQ(swprintf(text, L"%ls%ls", text, text), 4) << "an argument may lie in the destination";
     EXPECT_STREQ(text, L"abab");
+    EXPECT_EQ(swprintf(text, L"%ls", L""), 0);
+    EXPECT_STREQ(text, L"");
     wchar_t* const nowhere = nullptr;
     EXPECT_EQ(swprintf(nowhere, L"x"), -1);
     EXPECT_EQ(swprintf(text, 16, L"%d-%ls", 12, L"x"), 4) << "the C library's own form";

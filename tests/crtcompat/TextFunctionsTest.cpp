@@ -102,8 +102,9 @@ TEST(StringFunctions, LookAtTheText) {
     EXPECT_EQ(_wcstok(nullptr, nullptr), nullptr);
     EXPECT_STREQ(_wcstok(nullptr, L",;"), L"bc");
     EXPECT_STREQ(_wcstok(second, L" "), L"x") << "another text takes its place";
-    EXPECT_EQ(_wcstok(nullptr, L" "), nullptr);
-    EXPECT_EQ(_wcstok(nullptr, L" "), nullptr);
+    EXPECT_TRUE(_wcstok(nullptr, L" ") == nullptr && _wcstok(nullptr, L" ") == nullptr);
+    EXPECT_STREQ(_wcstok(first, L"c"), L",a");
+    EXPECT_TRUE(_wcstok(second, nullptr) == nullptr && _wcstok(nullptr, L"c") == nullptr) << "nothing is left of it";
 }
 
 const unsigned char* const kS = bytes("a");

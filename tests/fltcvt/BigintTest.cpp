@@ -95,12 +95,14 @@ TEST(DigitAllocator, BlocksAndStringsOfEveryClass) {
 
     for (const auto& [length, k] :
          {std::pair{-5, 0}, {0, 0}, {27, 0}, {28, 1}, {31, 1}, {32, 2}, {39, 2}, {40, 3}, {5000, 11}}) {
+        const auto free = usage()[static_cast<std::size_t>(k)];
         char* const text = Impl::rv_alloc(length);
         std::int32_t stored = -1;
         std::memcpy(&stored, text - sizeof stored, sizeof stored);
         EXPECT_EQ(stored, k) << length;
         std::memset(text, 'x', static_cast<std::size_t>(std::max(length, 0)) + 1);
         Impl::freedtoa(text);
+        EXPECT_EQ(usage()[static_cast<std::size_t>(k)], isPooled(text) ? std::max<std::ptrdiff_t>(free, 1) : 0);
     }
     for (const int n : {-1, 2, 50}) {
         char source[] = "a text that is longer than the smallest block holds";
@@ -216,12 +218,16 @@ TEST(Bigint, TakesDoublesApart) {
         EXPECT_EQ(std::ldexp(static_cast<double>(odd), exponent), v);
         EXPECT_EQ(odd & 1, 1U);
         EXPECT_EQ(odd >> (bits - 1), 1U);
-        EXPECT_EQ(Impl::ulp(-v), v < 1e308 ? std::nextafter(v, HUGE_VAL) - v : std::ldexp(1.0, 971));
         int zeros = 0;
         const double leading = Impl::b2d(b.get(), &zeros);
         EXPECT_EQ(std::ldexp(leading, 32 * b->used - zeros - 1 + exponent), v);
         EXPECT_TRUE(leading >= 1 && leading < 2);
     }
+    for (std::uint64_t field = 0; field < 2046; ++field) {
+        const auto v = std::bit_cast<double>(field << 52);
+        EXPECT_EQ(Impl::ulp(-v), std::nextafter(v, HUGE_VAL) - v) << field;
+    }
+    EXPECT_EQ(Impl::ulp(1.7e308), std::ldexp(1.0, 971));
     unsigned words[] = {0x00A0, 0};
     EXPECT_TRUE(Impl::lo0bits(&words[0]) == 5 && words[0] == 5 && Impl::lo0bits(&words[1]) == 32);
     EXPECT_TRUE(Impl::hi0bits(5) == 29 && Impl::hi0bits(0) == 32);

@@ -82,11 +82,12 @@ TEST(FormatUtil, ScaleTablesAreWhatTheyStandFor) {
     while (length < 35 && 1 + half(length - 1) != 1)
         ++length;
     ASSERT_EQ(g_lenRndArray, length);
-    for (int k = 0; k < length; ++k) {
-        const long double value = g_arrRndConValue[static_cast<std::size_t>(k)];
-        EXPECT_GT(value, half(k));
-        EXPECT_NEAR(static_cast<double>(value / half(k) - 1), 0, static_cast<double>(30 * Extended::epsilon()));
-        EXPECT_EQ(1 + value == 1, 1 + half(k) == 1);
+    long double power = 5;
+    for (int k = 0; k < length; ++k, power /= 10) {
+        long double tenSteps = power;
+        for (int i = 0; i < 10; ++i)
+            tenSteps = std::nextafter(tenSteps, 9.0L);
+        EXPECT_EQ(g_arrRndConValue[static_cast<std::size_t>(k)], tenSteps) << k;
     }
 }
 

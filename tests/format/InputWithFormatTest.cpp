@@ -35,16 +35,17 @@ TEST(InputWithFormat, ReadsIntegersOfEveryLetterAndSaturates) {
         EXPECT_EQ(consumed, row.consumed) << row.source;
     }
     std::int64_t big[6] = {0, 0, 0, 0, 0, 9};
-    EXPECT_EQ(scan(L"-9223372036854775809 FFFFFFFFFFFFFFFFF 777 101 99999999999", L"%D%X%O%B%ld", &big[0], &big[1],
-                   &big[2], &big[3], &big[4]),
+    EXPECT_EQ(scan(L"-9223372036854775809 FFFFFFFFFFFFFFFFF 777 101 9223372036854775808", L"%D%X%O%B%D", &big[0],
+                   &big[1], &big[2], &big[3], &big[4]),
               5);
     EXPECT_EQ(std::vector<std::int64_t>(big, big + 6),
-              (std::vector<std::int64_t>{INT64_MIN, -1, 511, 5, 99999999999, 9}));
+              (std::vector<std::int64_t>{INT64_MIN, -1, 511, 5, INT64_MAX, 9}));
     std::int32_t limits[2] = {0, 0};
     EXPECT_EQ(scan(L"99999999999-99999999999999999999999", L"%d%d", &limits[0], &limits[1]), 2);
     EXPECT_TRUE(limits[0] == INT_MAX && limits[1] == INT_MIN);
     std::int16_t small[3] = {1, 1, 1};
-    EXPECT_EQ(scan(L"40000 70000", L"%hd%hu", &small[0], &small[1]), 2);
+    EXPECT_EQ(scan(L"40000 70000 99999999999", L"%hd%hu%ld", &small[0], &small[1], &big[0]), 3);
+    EXPECT_EQ(big[0], 99999999999);
     EXPECT_TRUE(small[0] == INT16_MAX && small[1] == -1 && small[2] == 1);
 }
 

@@ -46,7 +46,9 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
     const std::vector<double> values = tellingValues();
     for (const int precision : {0, 1, 2, 4, 6, 10, 14, 15, 16, 17, 18, 22, 23, 24, 40, 126, 400}) {
         for (const double value : values) {
-            ASSERT_EQ(format(L"%.*f", precision, value), widen(reference::fixedText(value, precision)))
+            const std::wstring fixed = widen(reference::fixedText(value, precision));
+            const std::wstring plus = fixed[0] == L'-' ? fixed : L"+" + fixed;
+            ASSERT_EQ(format(L"%.*f|%+.*f", precision, value, precision, value), fixed + L"|" + plus)
                 << value << " with " << precision << " decimals";
             ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, precision)))
                 << value << " with " << precision << " decimals";
