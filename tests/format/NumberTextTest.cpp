@@ -1,7 +1,7 @@
 // The text of doubles against exact decimal arithmetic on digit strings.
 
 #include "format/FormatProbe.h"
-#include "reference/DecimalReference.h"
+#include "reference/ExactDecimal.h"
 
 #include <TqOsBase/format/OutputWithFormat.h>
 
@@ -40,18 +40,16 @@ std::vector<double> tellingValues() {
     return values;
 }
 
-} // namespace
-
 TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
-    const std::vector<double> values = tellingValues();
-    for (const int precision : {0, 1, 2, 4, 6, 10, 14, 15, 16, 17, 18, 22, 23, 24, 40, 126, 400}) {
-        for (const double value : values) {
-            const std::wstring fixed = widen(reference::fixedText(value, precision));
+    for (const double value : tellingValues()) {
+        const auto bits = std::bit_cast<std::uint64_t>(std::fabs(value));
+        const reference::Decimal exact = value == 0 ? reference::Decimal() : reference::Binary(bits).exact();
+        for (const int precision : {0, 1, 2, 4, 6, 10, 14, 15, 16, 17, 18, 22, 23, 24, 40, 126, 400}) {
+            SCOPED_TRACE(testing::Message() << value << " with " << precision << " decimals");
+            const std::wstring fixed = widen(reference::fixedText(value, exact, precision));
             const std::wstring plus = fixed[0] == L'-' ? fixed : L"+" + fixed;
-            ASSERT_EQ(format(L"%.*f|%+.*f", precision, value, precision, value), fixed + L"|" + plus)
-                << value << " with " << precision << " decimals";
-            ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, precision)))
-                << value << " with " << precision << " decimals";
+            ASSERT_EQ(format(L"%.*f|%+.*f", precision, value, precision, value), fixed + L"|" + plus);
+            ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, exact, precision)));
         }
     }
 }
@@ -79,3 +77,5 @@ TEST(NumberText, FixedTextFunctionFitsItsBuffer) {
     EXPECT_EQ(FormatScienceDoubleAndOutputString(nullptr, 8, 1, 1), -1);
     EXPECT_EQ(FormatScienceDoubleAndOutputString(buffer, 0, 1, 1), -1);
 }
+
+} // namespace

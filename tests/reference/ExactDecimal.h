@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -139,6 +140,46 @@ inline std::uint64_t nearestBits(const Decimal& value) {
     }
     const int order = compare(value, Binary(below).middleAbove());
     return order > 0 || (order == 0 && (below & 1) != 0) ? above : below;
+}
+
+/// As the output engine rounds: halves up, and what comes after 16 digits is cut off.
+inline Decimal shownDigits(const Decimal& exact, int keep) {
+    if (keep < 0 || exact.digits.empty())
+        return {};
+    const auto count = static_cast<std::size_t>(keep);
+    const bool isUp = count < exact.digits.size() && exact.digits[count] >= '5';
+    Decimal result = count < exact.digits.size() ? cut(exact, keep, isUp ? 1 : 0) : exact;
+    result.digits.resize(std::min<std::size_t>(result.digits.size(), 16));
+    return result;
+}
+
+/// The fixed notation of the output engine for a number and its exact magnitude.
+inline std::string fixedText(double value, const Decimal& exact, int precision) {
+    const Decimal shown = shownDigits(exact, exact.point + precision);
+    // At most 16 significant digits: leading zeros, the one before the point too, are none, but that of 0 itself is.
+    const int room = value == 0 ? 15 : shown.digits.empty() ? precision : std::max(16 - shown.point, 0);
+    const auto before = static_cast<std::size_t>(std::max(shown.point, 0));
+    const auto decimals = static_cast<std::size_t>(std::min(precision, room));
+    std::string digits = std::string(static_cast<std::size_t>(std::max(-shown.point, 0)), '0') + shown.digits;
+    digits.resize(before + decimals, '0');
+    std::string text = value < 0 && !shown.digits.empty() ? "-" : "";
+    text += before == 0 ? "0" : digits.substr(0, before);
+    if (decimals != 0)
+        text += "." + digits.substr(before);
+    text.resize(std::min<std::size_t>(text.size(), 125));
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
+/// Its scientific notation.
+inline std::string scientificText(double value, const Decimal& exact, int precision) {
+    Decimal shown = shownDigits(exact, precision + 1);
+    shown.digits.resize(16, '0');
+    const std::string decimals = shown.digits.substr(1, static_cast<std::size_t>(precision));
+    char exponent[16];
+    std::snprintf(exponent, sizeof exponent, "E%+04d", value == 0 ? 0 : shown.point - 1);
+    return (value < 0 ? "-" : "") + shown.digits.substr(0, 1) + (decimals.empty() ? "" : "." + decimals) + exponent;
 }
 
 } // namespace reference
