@@ -154,7 +154,7 @@ class Copy:
                 path.unlink()
         subprocess.run(
             ["cmake", "-S", str(self.tree), "-B", str(self.build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-             "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -w", "-DTQ_BUILD_EXAMPLES=OFF",
+             "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g0 -w", "-DTQ_BUILD_EXAMPLES=OFF", "-DTQ_BUILD_FUZZ=ON",
              "-DTQ_WARNINGS_AS_ERRORS=OFF", "-DCMAKE_CXX_COMPILER_LAUNCHER=ccache"],
             check=True, stdout=subprocess.DEVNULL)
 

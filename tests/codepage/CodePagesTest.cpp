@@ -14,6 +14,8 @@
 
 #include <climits>
 #include <gtest/gtest.h>
+#include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -25,8 +27,6 @@ using reference::checksum;
 code_page_id idOf(int value) {
     return static_cast<code_page_id>(value);
 }
-
-const int kFarNumbers[] = {600, INT_MAX, -1, INT_MIN};
 
 struct CharSet {
     int charSet, codePage, index, id, lcid;
@@ -130,8 +130,6 @@ TEST(LmCodePage, CharSetFromUnicode) {
     }
     EXPECT_EQ(sum.sum(), 0x68EB8C1FF68460EFU);
     EXPECT_EQ(LmCodePage::CharSetFromUnicode(L'\u4E00', 0x0409, 0x0804), 134);
-    EXPECT_EQ(LmCodePage::CharSetFromUnicode(L'\u4E00', 0x0411, 0x0804), 128);
-    EXPECT_EQ(LmCodePage::CharSetFromUnicode(L'\u0E01', 0x0409, 0x0804), 222);
     EXPECT_EQ(LmCodePage::CharSetFromUnicode(static_cast<wchar_t>(-1), 0x0419, 0), 204);
 }
 
@@ -142,40 +140,30 @@ TEST(LmCodePage, UserDefinedCharactersHave256Slots) {
         EXPECT_EQ(u, isGiven ? static_cast<wchar_t>(0xFFFFE800) : L'x') << "the same for every slot";
         return isGiven;
     };
-    const auto expectSlot = [](int slot, int code, int codePage) {
-        for (const unsigned base : {0xE800U, 0xFFFFE800U, 0x1E800U}) {
-            short dbcs = 0x5555;
-            const auto u = static_cast<wchar_t>(base + static_cast<unsigned>(slot));
-            EXPECT_TRUE(LmCodePage::DBCSForUserDefinedUnicode(dbcs, u));
-            EXPECT_EQ(dbcs, static_cast<short>(code)) << slot;
-        }
-        int found = 0x5555;
-        EXPECT_TRUE(LmCodePage::CodepageForUserDefinedUnicode(found, static_cast<short>(0xE800 + slot)));
-        EXPECT_EQ(found, codePage) << slot;
+    // The code and the code page of a character; those before where it has no slot.
+    const auto slotOf = [](unsigned u) {
+        short code = -7;
+        int codePage = -7;
+        const bool isFound = LmCodePage::DBCSForUserDefinedUnicode(code, static_cast<wchar_t>(u));
+        EXPECT_EQ(LmCodePage::CodepageForUserDefinedUnicode(codePage, static_cast<short>(u)), isFound) << u;
+        return std::pair(static_cast<int>(code), codePage);
     };
-    expectSlot(0, 0, 0);
-    EXPECT_TRUE(give(0x8140, 936) && give(0x7140, 932) && give(0x8140, 950)) << "a code keeps its slot";
+    EXPECT_TRUE(give(0x1140, 936) && give(0x7140, 932) && give(0x1140, 950)) << "a code keeps its slot";
     EXPECT_TRUE(give(0, 949)) << "finds a free slot and leaves it free";
-    expectSlot(0, 0x8140, 950);
-    expectSlot(1, 0x7140, 932);
-    expectSlot(2, 0, 949);
+    EXPECT_EQ(slotOf(0xE800), std::pair(0x1140, 950));
+    EXPECT_EQ(slotOf(0xFFFFE801), std::pair(0x7140, 932));
+    EXPECT_EQ(slotOf(0x1E802), std::pair(0, 949));
     LmCodePage::InitUserDefinedDBCSArray();
     for (int code = 1; code <= 256; ++code)
         ASSERT_TRUE(give(code * 3, code));
-    for (int slot = 0; slot < 256; ++slot)
-        expectSlot(slot, (slot + 1) * 3, slot + 1);
     EXPECT_FALSE(give(1, 932) || give(0, 932)) << "no free slot left";
     EXPECT_TRUE(give(256 * 3, 932));
-    expectSlot(255, 256 * 3, 932);
+    for (int slot = 0; slot < 256; ++slot)
+        EXPECT_EQ(slotOf(0xE800U + static_cast<unsigned>(slot)), std::pair(slot * 3 + 3, slot < 255 ? slot + 1 : 932));
     LmCodePage::InitUserDefinedDBCSArray();
-    expectSlot(255, 0, 0);
-    for (const unsigned u : {0U, 0xE7FFU, 0xE900U, 0xFFFFE900U, 0xFFFFE7FFU, 0x100E8U, 0x41U}) {
-        short dbcs = 0x5555;
-        int codePage = 7;
-        EXPECT_FALSE(LmCodePage::DBCSForUserDefinedUnicode(dbcs, static_cast<wchar_t>(u))) << std::hex << u;
-        EXPECT_FALSE(LmCodePage::CodepageForUserDefinedUnicode(codePage, static_cast<short>(u)));
-        EXPECT_TRUE(dbcs == 0x5555 && codePage == 7);
-    }
+    EXPECT_EQ(slotOf(0xE8FF), std::pair(0, 0));
+    for (const unsigned u : {0U, 0xE7FFU, 0xE900U, 0xFFFFE900U, 0xFFFFE7FFU, 0x100E8U, 0x41U})
+        EXPECT_EQ(slotOf(u), std::pair(-7, -7));
 }
 
 TEST(LineBreaks, ClassesOfUnicode4AndThePairTable) {
@@ -212,8 +200,7 @@ TEST(TqCodePageMapper, MapsIdentifiersBothWays) {
     EXPECT_EQ(checksum(-1, 66000, TqCodePageMapper::ansiCpToLumoCp), 0x69A57BCB1240D107U);
     EXPECT_EQ(TqCodePageMapper::lumoCpToAnsiCp(kCodePageKorean), 949);
     EXPECT_EQ(TqCodePageMapper::ansiCpToLumoCp(949), kCodePageKorean) << "not the DOS one";
-    for (const int outside : kFarNumbers)
-        EXPECT_EQ(TqCodePageMapper::lumoCpToAnsiCp(idOf(outside)), 3);
+    EXPECT_EQ(TqCodePageMapper::lumoCpToAnsiCp(idOf(INT_MIN)) + TqCodePageMapper::lumoCpToAnsiCp(idOf(INT_MAX)), 6);
     EXPECT_EQ(TqCodePageMapper::currentSystemAnsiCp(), 0);
 }
 
@@ -233,37 +220,16 @@ TEST(MifEscapes, NumbersAndExactlyTheEscape) {
         const int number = (digit & 0xFF) - '0';
         ASSERT_EQ(mapCodepage(static_cast<short>(digit)), number >= 0 && number <= 5 ? ids[number] : 0) << digit;
     }
-    const struct {
-        const char* text;
-        int value, page;
-    } rows[] = {{"\\M+18140", 0x8140, 38},
-                {"\\m+5b0a1", 0xB0A1, 39},
-                {"\\M+2FfEeZ", 0xFFEE, 41},
-                {"\\M+30000", 0, 40},
-                {"\\M+4007F", 0x7F, 42},
-                {"\\M+08140", 0x8140, 43},
-                {"\\M+68140", -1, 7},
-                {"\\M+/8140", -1, 7},
-                {"\\M+1814G", -1, 7},
-                {"\\M-18140", -1, 7},
-                {"/M+18140", -1, 7},
-                {"\\U+18140", -1, 7},
-                {"\\M+1@140", -1, 7},
-                {"\\M+1`140", -1, 7},
-                {"\\M+1:140", -1, 7},
-                {"\\M+181\xB1", -1, 7},
-                {"\\M+1814", -1, 7},
-                {"\\M+1", -1, 7},
-                {"\\M", -1, 7},
-                {"", -1, 7},
-                {nullptr, -1, 7}};
-    for (const auto& row : rows) {
+    // What the fuzz target for them does not try: other digits, small letters, and null.
+    const std::tuple<const char*, int, int> rows[] = {
+        {"\\m+5b0a1", 0xB0A1, 39}, {"\\M+2FfEeZ", 0xFFEE, 41}, {"\\M+08140", 0x8140, 43}, {"\\M+68140", -1, 7},
+        {"\\M+/8140", -1, 7},      {"\\M+1:140", -1, 7},       {"\\M+1814", -1, 7},       {nullptr, -1, 7}};
+    for (const auto& [text, code, id] : rows) {
         auto value = static_cast<wchar_t>(-1);
         code_page_id page = idOf(7);
-        const auto* bytes = reinterpret_cast<const unsigned char*>(row.text);
-        EXPECT_EQ(TqCharConverter::parseMIFString(bytes, value, page), row.value >= 0);
-        EXPECT_EQ(value, static_cast<wchar_t>(row.value)) << testing::PrintToString(row.text);
-        EXPECT_EQ(page, row.page) << testing::PrintToString(row.text);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+        EXPECT_EQ(TqCharConverter::parseMIFString(bytes, value, page), code >= 0);
+        EXPECT_TRUE(value == static_cast<wchar_t>(code) && page == id) << testing::PrintToString(text);
     }
 }
 
@@ -272,24 +238,20 @@ TEST(TqCharMapper, SingleCharactersMapForAsciiOnly) {
         const auto ch = static_cast<wchar_t>(c);
         const wchar_t expected = c <= 127 ? ch : L'#';
         for (const int page : {0, 30, 38, 45, 46, -1}) {
-            wchar_t out = L'#';
-            EXPECT_FALSE(TqCharMapper::unicodeToCodepage(ch, idOf(page), out, true)) << "even when it stored";
-            EXPECT_EQ(std::exchange(out, L'#'), expected);
-            EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, idOf(page), out), c <= 127);
-            EXPECT_EQ(std::exchange(out, L'#'), expected);
-            EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, 9U, idOf(page), out), c <= 127);
-            EXPECT_EQ(out, expected);
+            wchar_t out[] = {L'#', L'#', L'#'};
+            EXPECT_FALSE(TqCharMapper::unicodeToCodepage(ch, idOf(page), out[0], true)) << "even when it stored";
+            EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, idOf(page), out[1]), c <= 127);
+            EXPECT_EQ(TqCharMapper::codepageToUnicode(ch, 9U, idOf(page), out[2]), c <= 127);
+            EXPECT_EQ(std::wstring(out, 3), std::wstring(3, expected));
             EXPECT_FALSE(TqCharMapper::isLeadByte(static_cast<unsigned char>(c), idOf(page)));
         }
     }
 }
 
 TEST(CheckSum, KnownSums) {
-    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("AB", 2), 197.0);
-    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("\xFF", 1), -1.0);
-    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("AB", INT_MIN), 0.0);
+    EXPECT_TRUE(TqCharMapper::getCheckSumAnsi("AB", 2) == 197 && TqCharMapper::getCheckSumAnsi("\xFF", 1) == -1);
+    EXPECT_EQ(TqCharMapper::getCheckSumAnsi("AB", INT_MIN) + TqCharMapper::getCheckSumAnsi(nullptr, 3), 0.0);
     EXPECT_EQ(TqCharMapper::getCheckSumUnicode(L"AB", -1), 0.0);
-    EXPECT_EQ(TqCharMapper::getCheckSumAnsi(nullptr, 3), 0.0);
     const std::int32_t wraps[] = {INT32_MIN, INT32_MAX, 0x40000000, -1};
     EXPECT_EQ(TqCharMapper::getCheckSumUnicode(wraps, 4), -2147483648.0 - 2.0 - 1073741824.0 - 4.0);
     char unaligned[9] = {0, 1, 0, 0, 0, 2, 0, 0, 0};
@@ -316,27 +278,28 @@ struct EarlyReader {
 };
 TQ_INIT_FIRST const EarlyReader g_earlyReader;
 
+const Puncts& (TqCharCategory::*const kLists[])() const = {
+    &TqCharCategory::leftPuncts, &TqCharCategory::rightPuncts, &TqCharCategory::normalPuncts,
+    &TqCharCategory::quotationPuncts, &TqCharCategory::allPuncts};
+
 TEST(TqCharCategory, SortedListsAreWrittenAnewWhateverWasInThem) {
     const auto sum = [](const Puncts& list) {
         return checksum(0, static_cast<int>(list.size()) - 1, [&](int i) { return list[static_cast<std::size_t>(i)]; });
     };
     const auto expectComplete = [&](const TqCharCategory& category) {
-        EXPECT_EQ(sum(category.leftPuncts()), 0xD3323EF172F2B473U);
-        EXPECT_EQ(sum(category.rightPuncts()), 0xA54E742913B4534EU);
-        EXPECT_EQ(sum(category.normalPuncts()), 0x6A53526EC95F97E7U);
-        EXPECT_EQ(sum(category.quotationPuncts()), 0xC4671B1E08A991C7U);
-        EXPECT_EQ(sum(category.allPuncts()), 0xB5ED157D84E879FCU);
-        EXPECT_EQ(category.leftPuncts().front(), L'$');
-        EXPECT_EQ(category.allPuncts().size(), 97U);
+        const std::uint64_t sums[] = {0xD3323EF172F2B473, 0xA54E742913B4534E, 0x6A53526EC95F97E7, 0xC4671B1E08A991C7,
+                                      0xB5ED157D84E879FC};
+        for (std::size_t i = 0; i < 5; ++i)
+            EXPECT_EQ(sum((category.*kLists[i])()), sums[i]) << i;
+        EXPECT_TRUE(category.leftPuncts().front() == L'$' && category.allPuncts().size() == 97);
     };
     EXPECT_EQ(g_earlyReader.puncts, TqCharCategory::s_instance.allPuncts());
     expectComplete(TqCharCategory::s_instance);
     for (const std::size_t size : {std::size_t{0}, std::size_t{3}, std::size_t{200}}) {
         TqCharCategory category;
         expectComplete(category);
-        for (const auto list : {&TqCharCategory::leftPuncts, &TqCharCategory::rightPuncts,
-                                &TqCharCategory::normalPuncts, &TqCharCategory::quotationPuncts})
-            const_cast<Puncts&>((category.*list)()).assign(size, L'x');
+        for (std::size_t i = 0; i < 4; ++i)
+            const_cast<Puncts&>((category.*kLists[i])()).assign(size, L'x');
         category.initLeftPuncts();
         category.initRightPuncts();
         category.initNormalPuncts();

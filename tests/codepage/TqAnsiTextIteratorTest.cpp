@@ -50,8 +50,6 @@ TEST(TqAnsiTextIterator, YieldsBytesAndEscapes) {
         {"A\\U+4E2DB\\u+aBcD", {'A', 0x4E2D, 'B', 0xABCD}},
         {"\\M+18140\\m+5b0a1\\M+0FFFF", {0x8140, 0xB0A1, 0xFFFF}},
         {"\\Q\\\\U+0041\x80\xFF\\", {'\\', 'Q', '\\', 'A', 0x80, 0xFF, '\\'}},
-        {"\\U+12G4", {'\\', 'U', '+', '1', '2', 'G', '4'}},
-        {"\\M+61234", {'\\', 'M', '+', '6', '1', '2', '3', '4'}},
         {"\\M+1234", {'\\', 'M', '+', '1', '2', '3', '4'}},
         {"\\U+123", {'\\', 'U', '+', '1', '2', '3'}}};
     for (const auto& [text, expected] : rows) {
@@ -111,30 +109,21 @@ TEST(TqAnsiTextIterator, AppendsDigits) {
 TEST(TqAnsiTextIterator, BreaksSafely) {
     const struct {
         const char* text;
-        int maxBytes, result;
-        const char* piece;
+        int maxBytes, result, length; // of the piece
         std::ptrdiff_t position;
-    } rows[] = {{"ABCDEFGH", 5, 3, "ABCD", 5},
-                {"ABCDEFGH", 8, 3, "ABCDEFG", 8},
-                {"ABCDEFGH", 100, 1, "ABCDEFGH", 8},
-                {"ABCDEFGH", INT_MAX, 1, "ABCDEFGH", 8},
-                {"ABCDEFGH", 1, 3, "", 1},
-                {"ABCDEFGH", 0, 3, "", 1},
-                {"ABCDEFGH", INT_MIN, 3, "", 1},
-                {"AB\\U+4E2DCD", 4, 3, "AB", 9},
-                {"AB\\M+18140CD", 10, 3, "AB", 10},
-                {"AB\\M+18140CD", 11, 3, "AB\\M+18140", 11},
-                {"AB\\U+0000CD", 100, 1, "AB", 9},
-                {"A", 5, 0, "", 1},
-                {"", 5, 0, "", 0}};
+    } rows[] = {{"ABCDEFGH", 5, 3, 4, 5},         {"ABCDEFGH", 8, 3, 7, 8},       {"ABCDEFGH", 100, 1, 8, 8},
+                {"ABCDEFGH", INT_MAX, 1, 8, 8},   {"ABCDEFGH", 1, 3, 0, 1},       {"ABCDEFGH", 0, 3, 0, 1},
+                {"ABCDEFGH", INT_MIN, 3, 0, 1},   {"AB\\U+4E2DCD", 4, 3, 2, 9},   {"AB\\M+18140CD", 10, 3, 2, 10},
+                {"AB\\M+18140CD", 11, 3, 10, 11}, {"AB\\U+0000CD", 100, 1, 2, 9}, {"\\U+4E2D", 50, 0, 0, 7}};
     for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.text << ' ' << row.maxBytes);
         const TqStringA text(row.text);
         TqAnsiTextIterator it(text, kCodePageWestern);
         TqStringA out("before");
-        EXPECT_EQ(it.breakSafely(row.maxBytes, out), row.result) << row.text << ' ' << row.maxBytes;
-        EXPECT_STREQ(out.c_str(), row.piece) << row.text << ' ' << row.maxBytes;
-        EXPECT_EQ(out.length(), std::strlen(row.piece));
-        EXPECT_EQ(it.position() - text.c_str(), row.position) << row.text << ' ' << row.maxBytes;
+        EXPECT_EQ(it.breakSafely(row.maxBytes, out), row.result);
+        EXPECT_EQ(out.length(), static_cast<std::size_t>(row.length));
+        EXPECT_EQ(out.c_str(), std::string(row.text).substr(0, out.length()));
+        EXPECT_EQ(it.position() - text.c_str(), row.position);
         EXPECT_TRUE(out.isEmpty() || row.maxBytes > 100 || out.capacity() > static_cast<std::size_t>(row.maxBytes));
     }
 
@@ -142,6 +131,8 @@ TEST(TqAnsiTextIterator, BreaksSafely) {
     const TqStringA text("ABCDEFGH");
     TqAnsiTextIterator it(text, kCodePageWestern);
     TqStringA out;
+    TqAnsiTextIterator none(out, kCodePageWestern);
+    EXPECT_EQ(none.breakSafely(5, out), 0);
     std::string joined;
     int result = 3;
     for (int pieces = 0; pieces < 20 && result == 3; ++pieces, joined += out.c_str())

@@ -50,8 +50,8 @@ std::wstring results(double value, LumoAppUnitSets units) {
         tqDToStr(text, value, letter, 16, 0);
         double read = 0;
         float single = 0;
-        EXPECT_EQ(reference::scan(probe::widen(text).c_str(), L"%lf", &read), 1);
-        EXPECT_EQ(reference::scan(probe::widen(text).c_str(), L"%f", &single), 1);
+        EXPECT_EQ(reference::scan((probe::widen(text) + L" " + probe::widen(text)).c_str(), L"%lf%f", &read, &single),
+                  2);
         all += probe::format(L"%s %X %X %x|", probe::widen(text).c_str(),
                              std::bit_cast<std::uint64_t>(tqStrToD(text, nullptr)), std::bit_cast<std::uint64_t>(read),
                              std::bit_cast<std::uint32_t>(single));
@@ -68,9 +68,8 @@ std::wstring results(double value, LumoAppUnitSets units) {
     FormatUtil::formatQModeDouble(buffer, 150, value, kQTypeLength, 40); // keeps the sign of zeros
     all += buffer;
     FormatUtil::formatScienceDouble(buffer, value, 1, 15, 0);
-    all += buffer;
     long double mantissa = value;
-    all += probe::format(L"|%d", FormatUtil::scaleDoubleToScience(&mantissa));
+    all += probe::format(L"%s|%d", buffer, FormatUtil::scaleDoubleToScience(&mantissa));
     const bool isInRange = (mantissa >= 1 && mantissa < 10) || (mantissa <= -1 && mantissa > -10);
     return all + (isInRange ? L"" : L" out of range");
 }
@@ -89,15 +88,13 @@ TEST(FloatModes, ChangeNoResult) {
         const std::wstring expected = results(value, units);
         for (const int rounding : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
             for (const bool flushesToZero : {false, true}) {
-                std::wstring found;
-                bool isKept = false;
-                {
+                const auto [found, keptMode] = [&] {
                     const FloatMode mode(rounding, flushesToZero);
-                    found = results(value, units);
-                    isKept = std::fegetround() == rounding;
-                }
+                    std::wstring text = results(value, units);
+                    return std::pair(std::move(text), std::fegetround());
+                }();
                 ASSERT_EQ(found, expected) << std::hexfloat << value << ", mode " << rounding << flushesToZero;
-                ASSERT_TRUE(isKept);
+                ASSERT_EQ(keptMode, rounding);
             }
         }
     }
