@@ -1,14 +1,12 @@
 #include "reference/Locales.h"
 #include "reference/TempFolder.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <clocale>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <stdexcept>
-#include <vector>
 
 namespace {
 

@@ -5,19 +5,13 @@
 #include "codepage/UnicodeClassTable.h"
 #include "platform/StaticInit.h"
 #include "reference/Checksum.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/codepage/LmCodePage.h>
 #include <TqOsBase/codepage/TqCharCategory.h>
 #include <TqOsBase/codepage/TqCharConverter.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
 #include <TqOsBase/codepage/TqCodePageMapper.h>
-
-#include <climits>
-#include <gtest/gtest.h>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace {
 

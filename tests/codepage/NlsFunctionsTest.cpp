@@ -1,15 +1,8 @@
 #include "reference/Locales.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/codepage/NlsFunctions.h>
 #include <TqOsBase/codepage/TqCharOp.h>
-
-#include <clocale>
-#include <cstring>
-#include <cwchar>
-#include <gtest/gtest.h>
-#include <string>
-#include <type_traits>
-#include <vector>
 
 static_assert(std::is_unsigned_v<LCID> && sizeof(LCID) == 4);
 

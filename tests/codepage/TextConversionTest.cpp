@@ -2,20 +2,13 @@
 #include "codepage/TextKernels.h"
 #include "reference/GuardedBuffer.h"
 #include "reference/KernelChoice.h"
+#include "reference/Testing.h"
 #include "reference/TextConversionReference.h"
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <algorithm>
-#include <climits>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <random>
 #include <set>
 #include <stdexcept>
-#include <string>
-#include <type_traits>
-#include <utility>
 
 namespace {
 

@@ -1,14 +1,8 @@
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/codepage/TqAnsiTextIterator.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
-
-#include <climits>
-#include <cstddef>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace {
 

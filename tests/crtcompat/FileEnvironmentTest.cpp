@@ -1,17 +1,13 @@
 #include "reference/Locales.h"
 #include "reference/TempFolder.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/crtcompat/EnvironmentFunctions.h>
 #include <TqOsBase/crtcompat/FileFunctions.h>
 
-#include <cerrno>
-#include <clocale>
 #include <cstdlib>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <memory>
-#include <string>
-#include <utility>
 
 namespace {
 

@@ -1,10 +1,7 @@
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/crtcompat/PrintfFunctions.h>
-
-#include <cwchar>
-#include <gtest/gtest.h>
-#include <string>
 
 namespace {
 

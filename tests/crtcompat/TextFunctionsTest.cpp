@@ -2,22 +2,14 @@
 
 #include "reference/GuardedBuffer.h"
 #include "reference/Locales.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/crtcompat/MultibyteFunctions.h>
 #include <TqOsBase/crtcompat/NumberFunctions.h>
 #include <TqOsBase/crtcompat/SecureFunctions.h>
 #include <TqOsBase/crtcompat/StringFunctions.h>
 
-#include <algorithm>
-#include <climits>
-#include <clocale>
 #include <csignal>
-#include <cstdint>
-#include <cwctype>
-#include <gtest/gtest.h>
-#include <string>
-#include <tuple>
-#include <utility>
 
 namespace {
 

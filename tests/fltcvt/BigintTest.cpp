@@ -1,19 +1,14 @@
 #include "NumberVectors.h"
 #include "fltcvt/DigitAllocator.h"
 #include "fltcvt/UInt128.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>
 #include <TqOsBase/fltcvt/TqGdImpl.h>
 
-#include <bit>
-#include <climits>
-#include <gtest/gtest.h>
 #include <memory>
 #include <new>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -3,13 +3,9 @@
 #include "fltcvt/RoundedDecimal.h"
 #include "reference/Checksum.h"
 #include "reference/ExactDecimal.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/fltcvt/TqGdImpl.h>
-
-#include <climits>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <limits>
 
 namespace {
 

@@ -1,17 +1,11 @@
 #include "NumberVectors.h"
 #include "fltcvt/CvtFormatter.h"
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/fltcvt/FloatText.h>
 #include <TqOsBase/fltcvt/StrToD.h>
 #include <TqOsBase/memory/Allocation.h>
-
-#include <climits>
-#include <cstdio>
-#include <cwchar>
-#include <gtest/gtest.h>
-#include <limits>
-#include <string>
 
 namespace {
 

@@ -2,12 +2,11 @@
 #include "fltcvt/SwarDigits.h"
 #include "reference/ExactDecimal.h"
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/fltcvt/StrToD.h>
 
-#include <cerrno>
 #include <cstdlib>
-#include <gtest/gtest.h>
 
 namespace {
 

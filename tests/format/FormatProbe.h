@@ -1,9 +1,8 @@
 #pragma once
 
-#include <TqOsBase/format/FormatUtil.h>
+#include "reference/Testing.h"
 
-#include <gtest/gtest.h>
-#include <string>
+#include <TqOsBase/format/FormatUtil.h>
 
 namespace probe {
 

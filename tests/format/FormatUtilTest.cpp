@@ -3,12 +3,6 @@
 #include "format/FormatProbe.h"
 #include "format/ScaleTables.h"
 
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <random>
-
 TEST(FormatUtil, CopiesAndFillsOnlyWhatFits) {
     wchar_t buffer[64];
     wchar_t* out = buffer;

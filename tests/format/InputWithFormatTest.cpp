@@ -2,13 +2,6 @@
 #include "reference/GuardedBuffer.h"
 #include "reference/ScanInput.h"
 
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <random>
-
 namespace {
 
 using reference::scan;

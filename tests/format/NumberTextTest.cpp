@@ -5,12 +5,7 @@
 
 #include <TqOsBase/format/OutputWithFormat.h>
 
-#include <bit>
 #include <cfloat>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
 
 namespace {
 

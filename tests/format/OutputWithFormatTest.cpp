@@ -6,11 +6,7 @@
 
 #include <TqOsBase/format/OutputWithFormat.h>
 
-#include <climits>
-#include <cwctype>
 #include <initializer_list>
-#include <random>
-#include <vector>
 
 namespace {
 
@@ -18,11 +14,8 @@ using probe::format;
 using probe::widen;
 
 // The grammar also reads formats at compile time.
-constexpr tq::detail::Directive directiveOf(const wchar_t* p) {
-    return tq::detail::parseDirective(p, true);
-}
-static_assert(directiveOf(L"3$+-08.*2$ld").position == 3 && directiveOf(L"3$+-08.*2$ld").width.value == 8);
-static_assert(directiveOf(L"3$+-08.*2$ld").precision.isArgument && directiveOf(L"3$+-08.*2$ld").kind->base == 10);
+constexpr auto kParsed = [](const wchar_t* p) { return tq::detail::parseDirective(p, true); }(L"3$+-08.*2$ld");
+static_assert(kParsed.position == 3 && kParsed.width.value == 8 && kParsed.precision.isArgument);
 
 std::wstring digitsIn(unsigned long long value, unsigned base) {
     std::wstring text;
@@ -72,90 +65,64 @@ int formatMoving(wchar_t** out, int capacity, const wchar_t* format, ...) {
     return result;
 }
 
-// What the letters take, and their texts without a precision.
-struct Letter {
-    wchar_t letter;
-    enum { kInt, kLong, kDouble, kCharacter, kString, kItself } takes;
-    const wchar_t* text;
-};
-const Letter kLetters[] = {{L'd', Letter::kInt, L"-42"},
-                           {L'i', Letter::kInt, L"-42"},
-                           {L'u', Letter::kInt, L"4294967254"},
-                           {L'o', Letter::kInt, L"37777777726"},
-                           {L'x', Letter::kInt, L"FFFFFFD6"},
-                           {L'p', Letter::kInt, L"FFFFFFD6"},
-                           {L'D', Letter::kLong, L"-42"},
-                           {L'I', Letter::kLong, L"-42"},
-                           {L'f', Letter::kDouble, L""},
-                           {L'g', Letter::kDouble, L""},
-                           {L'G', Letter::kDouble, L""},
-                           {L'e', Letter::kDouble, L""},
-                           {L'c', Letter::kCharacter, L"x"},
-                           {L's', Letter::kString, L"h\u00e9llo"},
-                           {L'%', Letter::kItself, L"%"},
-                           {L'y', Letter::kItself, L"y"},
-                           {L'E', Letter::kItself, L"E"},
-                           {L'b', Letter::kInt, L"11111111111111111111111111010110"},
-                           {L'U', Letter::kLong, L"18446744073709551574"},
-                           {L'O', Letter::kLong, L"1777777777777777777726"},
-                           {L'X', Letter::kLong, L"FFFFFFFFFFFFFFD6"},
-                           {L'B', Letter::kLong, L"1111111111111111111111111111111111111111111111111111111111010110"}};
-
-std::wstring textOf(const Letter& letter, bool plus, int precision) {
-    if (letter.takes == Letter::kInt || letter.takes == Letter::kLong)
-        return letter.text[0] == L'-' ? L"-" + withPoint(letter.text + 1, precision)
-                                      : withPoint(letter.text, precision);
-    if (letter.takes == Letter::kString)
-        return std::wstring(letter.text).substr(0, static_cast<std::size_t>(precision));
-    if (letter.takes != Letter::kDouble)
-        return letter.text;
-    char text[64];
-    const bool isScientific = letter.letter == L'e';
-    std::snprintf(text, sizeof text,
-                  isScientific ? "%.*e"
-                  : plus       ? "%+.*f"
-                               : "%.*f",
-                  precision < 0 ? 6 : precision, 2.71828);
-    const std::wstring number = widen(text);
-    return isScientific ? number.substr(0, number.size() - 4) + L"E+000" : number;
-}
-
-TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) {
-    reference::GuardedBuffer<wchar_t> guarded(256);
-    for (const Letter& letter : kLetters) {
-        for (const std::wstring flags : {L"", L"+", L"-", L"+-", L"-+", L"0", L"+0", L"-0", L"-+0"}) {
-            for (const int width : {0, 1, 7, 40, 95}) {
-                for (const int precision : {-1, 0, 1, 3, 9}) {
-                    const bool numeric = letter.takes <= Letter::kDouble;
-                    const auto has = [&flags](wchar_t flag) { return flags.find(flag) != std::wstring::npos; };
-                    const std::wstring wanted =
-                        padded(textOf(letter, has(L'+'), precision), width, has(L'-'), has(L'0'), numeric);
-                    const std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"") +
-                                                   (precision >= 0 ? L"." + std::to_wstring(precision) : L"") +
-                                                   letter.letter;
-                    const auto attempt = [&](std::size_t capacity) {
-                        const auto into = [&](auto argument) {
-                            return formatInto(guarded, static_cast<int>(capacity), directive.c_str(), argument);
-                        };
-                        return letter.takes == Letter::kDouble      ? into(2.71828)
-                               : letter.takes == Letter::kString    ? into(letter.text)
-                               : letter.takes == Letter::kCharacter ? into(L'x')
-                               : letter.takes == Letter::kLong      ? into(-42LL)
-                                                                    : into(-42);
-                    };
-                    const Attempt fitting = attempt(wanted.size() + 1);
-                    ASSERT_EQ(fitting.text, wanted) << directive;
-                    ASSERT_EQ(fitting.result, static_cast<int>(wanted.size())) << directive;
-                    if (wanted.empty())
-                        continue;
-                    // One character less: the last run or text is missing as a whole, what came before it stays.
-                    const Attempt cut = attempt(wanted.size());
-                    ASSERT_EQ(cut.result, -1) << directive;
-                    ASSERT_TRUE(wanted.starts_with(cut.text) && cut.text.size() < wanted.size()) << directive;
-                }
+// A letter with every flag, width and precision, into a buffer of the text's size and into one that is too small.
+// `textOf` gives the text without padding, for a plus flag and a precision, -1 for none.
+template <class Argument, class TextOf>
+void renderEvery(wchar_t letter, Argument argument, bool numeric, const TextOf& textOf) {
+    static reference::GuardedBuffer<wchar_t> guarded(256);
+    for (const std::wstring flags : {L"", L"+", L"-", L"+-", L"-+", L"0", L"+0", L"-0", L"-+0"}) {
+        for (const int width : {0, 1, 7, 40, 95}) {
+            for (const int precision : {-1, 0, 1, 3, 9}) {
+                const auto has = [&flags](wchar_t flag) { return flags.find(flag) != std::wstring::npos; };
+                const std::wstring wanted = padded(textOf(has(L'+'), precision), width, has(L'-'), has(L'0'), numeric);
+                const std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"") +
+                                               (precision >= 0 ? L"." + std::to_wstring(precision) : L"") + letter;
+                const auto size = static_cast<int>(wanted.size());
+                const Attempt fitting = formatInto(guarded, size + 1, directive.c_str(), argument);
+                ASSERT_EQ(fitting.text, wanted) << directive;
+                ASSERT_EQ(fitting.result, size) << directive;
+                if (size == 0)
+                    continue;
+                // One character less: the last run or text is missing as a whole, what came before it stays.
+                const Attempt cut = formatInto(guarded, size, directive.c_str(), argument);
+                ASSERT_EQ(cut.result, -1) << directive;
+                ASSERT_TRUE(wanted.starts_with(cut.text) && cut.text.size() < wanted.size()) << directive;
             }
         }
     }
+}
+
+TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) {
+    const auto integer = [](const std::wstring& sign, const std::wstring& digits) {
+        return [=](bool, int precision) { return sign + withPoint(digits, precision); };
+    };
+    for (const wchar_t* letters : {L"dD", L"iI"}) {
+        renderEvery(letters[0], -42, true, integer(L"-", L"42"));
+        renderEvery(letters[1], -42LL, true, integer(L"-", L"42"));
+    }
+    for (const auto& [letters, base] : {std::pair(L"uU", 10U), {L"oO", 8U}, {L"xX", 16U}, {L"bB", 2U}, {L"pX", 16U}}) {
+        renderEvery(letters[0], -42, true, integer(L"", digitsIn(UINT_MAX - 41, base)));
+        renderEvery(letters[1], -42LL, true, integer(L"", digitsIn(ULLONG_MAX - 41, base)));
+    }
+    const auto number = [](const char* format) {
+        return [=](bool plus, int precision) {
+            char text[64];
+            std::snprintf(text, sizeof text, format, precision < 0 ? 6 : precision, 2.71828);
+            return (plus ? L"+" : L"") + widen(text);
+        };
+    };
+    for (const wchar_t letter : {L'f', L'g', L'G'})
+        renderEvery(letter, 2.71828, true, number("%.*f"));
+    renderEvery(L'e', 2.71828, true, [&](bool, int precision) {
+        const std::wstring text = number("%.*e")(false, precision);
+        return text.substr(0, text.size() - 4) + L"E+000";
+    });
+    renderEvery(L's', L"h\u00e9llo", false, [](bool, int precision) {
+        return std::wstring(L"h\u00e9llo").substr(0, static_cast<std::size_t>(precision));
+    });
+    renderEvery(L'c', L'x', false, [](bool, int) { return std::wstring(L"x"); });
+    for (const wchar_t letter : {L'%', L'y', L'E'})
+        renderEvery(letter, 7, false, [=](bool, int) { return std::wstring(1, letter); });
 }
 
 // In place, where digits may be written after the text, and at the end of a page, where they may not.

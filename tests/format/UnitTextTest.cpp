@@ -8,12 +8,6 @@
 #include <TqOsBase/format/LumoAppUnitSets.h>
 #include <TqOsBase/format/QMode.h>
 
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <vector>
-
 namespace {
 
 constexpr double kPi = 3.141592653589793;
@@ -201,11 +195,11 @@ TEST_F(UnitText, AnglesTurnOnceAndNumbersThatAreNone) {
 
 TEST_F(UnitText, AnglesLoseDigitsWhereTheLengthIsShort) {
     constexpr double kValue = (10 + 20.0 / 60 + 30.6 / 3600) * kPi / 180;
-    const wchar_t* const byLength[] = {L"10d",        L"10d",          L"10d",          L"10d",          L"10d",
-                                       L"10d",        L"10d",          L"10d21'",       L"10d20'31\"",   L"10d20'31\"",
-                                       L"10d20'31\"", L"10d20'30.6\"", L"10d20'30.6\"", L"10d20'30.60\""};
+    std::wstring texts;
     for (int maxLength = 0; maxLength < 14; ++maxLength)
-        EXPECT_EQ(angle(kAngularDegreesMinutesSeconds, kValue, 8, 0, kQTypeAngle, maxLength), byLength[maxLength]);
+        texts += angle(kAngularDegreesMinutesSeconds, kValue, 8, 0, kQTypeAngle, maxLength) + L" ";
+    EXPECT_EQ(texts, L"10d 10d 10d 10d 10d 10d 10d 10d21' 10d20'31\" 10d20'31\" 10d20'31\" 10d20'30.6\" 10d20'30.6\" "
+                     L"10d20'30.60\" ");
     EXPECT_EQ(angle(kAngularDegrees, 1, 8, 0, kQTypeAngle, 7), L"57.296");
     EXPECT_EQ(angle(kAngularDegrees, -1, 8, 0, kQTypeRelativeAngle, 7), L"-57.30");
 }
