@@ -17,30 +17,23 @@
 
 namespace {
 
-class FloatMode {
-public:
-    FloatMode(int rounding, bool flushesToZero) {
-        std::fegetenv(&m_saved);
-        std::fesetround(rounding);
-        if (!flushesToZero)
-            return;
+template <class Function>
+auto inMode(int rounding, bool flushesToZero, const Function& function) {
+    std::fenv_t saved;
+    std::fegetenv(&saved);
+    std::fesetround(rounding);
 #if defined(__x86_64__)
-        _mm_setcsr(_mm_getcsr() | 0x8040);
+    _mm_setcsr(_mm_getcsr() | (flushesToZero ? 0x8040 : 0));
 #elif defined(__aarch64__)
-        std::uint64_t control = 0;
-        __asm__ volatile("mrs %0, fpcr" : "=r"(control));
-        __asm__ volatile("msr fpcr, %0" : : "r"(control | 1U << 24));
+    std::uint64_t control = 0;
+    __asm__ volatile("mrs %0, fpcr" : "=r"(control));
+    __asm__ volatile("msr fpcr, %0" : : "r"(control | (flushesToZero ? 1U << 24 : 0)));
 #endif
-    }
-    FloatMode(const FloatMode&) = delete;
-    FloatMode& operator=(const FloatMode&) = delete;
-    ~FloatMode() {
-        std::fesetenv(&m_saved);
-    }
-
-private:
-    std::fenv_t m_saved;
-};
+    auto result = function();
+    EXPECT_EQ(std::fegetround(), rounding);
+    std::fesetenv(&saved);
+    return result;
+}
 
 // All that is made of a number, as one text. No arithmetic of doubles here, which would depend on the mode itself.
 std::wstring results(double value, LumoAppUnitSets units) {
@@ -88,13 +81,8 @@ TEST(FloatModes, ChangeNoResult) {
         const std::wstring expected = results(value, units);
         for (const int rounding : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
             for (const bool flushesToZero : {false, true}) {
-                const auto [found, keptMode] = [&] {
-                    const FloatMode mode(rounding, flushesToZero);
-                    std::wstring text = results(value, units);
-                    return std::pair(std::move(text), std::fegetround());
-                }();
-                ASSERT_EQ(found, expected) << std::hexfloat << value << ", mode " << rounding << flushesToZero;
-                ASSERT_EQ(keptMode, rounding);
+                ASSERT_EQ(inMode(rounding, flushesToZero, [&] { return results(value, units); }), expected)
+                    << std::hexfloat << value << ", mode " << rounding << flushesToZero;
             }
         }
     }

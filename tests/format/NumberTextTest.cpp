@@ -1,11 +1,10 @@
 // The text of doubles against exact decimal arithmetic on digit strings.
 
+#include "fltcvt/NumberVectors.h"
 #include "format/FormatProbe.h"
 #include "reference/ExactDecimal.h"
 
 #include <TqOsBase/format/OutputWithFormat.h>
-
-#include <cfloat>
 
 namespace {
 
@@ -15,22 +14,11 @@ using probe::widen;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 std::vector<double> tellingValues() {
-    std::vector<double> values{0.0,     -0.0,    0.5,     1.5,      2.5,         2.75,    0.125,   0.375,      9.5,
-                               99.5,    9.9995,  99999.5, 999999.5, 1e15,        1e16,    1e17,    1e22,       1e23,
-                               4e38,    1.7e308, 5e-324,  DBL_MIN,  DBL_MAX,     0.1,     1.0 / 3, 123456.789, 1e-4,
-                               9.99995, 0.0625,  1e5,     12.0,     0x1.fffp-20, 0x1p-24, 0x1p-25};
-    for (int e = -320; e <= 308; e += 3) {
-        const double power = std::pow(10.0, e);
-        values.insert(values.end(), {power, std::nextafter(power, 0.0), -power * 9.5});
-    }
+    std::vector<double> values{0.0, -0.0, 12.0, 9.9995, 9.99995, 1e15, 1e16, 1e17, 1e22, 4e38, 1.7e308, 123456.789};
     std::mt19937_64 random(7);
-    for (int i = 0; i < 400; ++i) {
-        const double anyBits = std::bit_cast<double>(random());
-        if (std::isfinite(anyBits))
-            values.push_back(anyBits);
-        const double coordinate = static_cast<double>(static_cast<std::int64_t>(random() % 2000000000)) / 1000 - 1e6;
-        // With halves at many places.
-        values.insert(values.end(), {coordinate, std::ldexp(static_cast<double>(random() % 100000), -(i % 30))});
+    for (const double v : number_test::vectors(400)) {
+        const double withHalves = std::ldexp(static_cast<double>(random() % 100000), -static_cast<int>(random() % 30));
+        values.insert(values.end(), {v, -v, withHalves});
     }
     return values;
 }

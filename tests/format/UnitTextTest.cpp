@@ -238,9 +238,8 @@ TEST_F(UnitText, AnglesReadBackWithinTheirCarry) {
         const double tolerance = std::max(shown / 2, carry) + 1e-12;
         const auto expectNear = [&](double read, const std::wstring& text) {
             const double difference = std::fabs(std::remainder(read - degrees, 360));
-            ASSERT_LE(difference, tolerance) << degrees << " as " << std::string(text.begin(), text.end());
-            ASSERT_TRUE(text.find(L"d60'") == std::wstring::npos && text.find(L"'60") == std::wstring::npos)
-                << std::string(text.begin(), text.end());
+            ASSERT_LE(difference, tolerance) << degrees << " as " << text;
+            ASSERT_TRUE(text.find(L"d60'") == std::wstring::npos && text.find(L"'60") == std::wstring::npos) << text;
         };
         const std::wstring split = angle(kAngularDegreesMinutesSeconds, radians, precision);
         expectNear(readDegrees(split), split);
@@ -284,24 +283,16 @@ TEST_F(UnitText, StaysInsideABufferOfAnySize) {
 }
 
 TEST_F(UnitText, ZerosAreStrippedAroundWhatFollowsThem) {
-    const struct {
-        int flags;
-        std::wstring text, stripped;
-    } rows[] = {{8, L"45.500\\U+00B0", L"45.5\\U+00B0"},
-                {8, L"45.0\\U+00B0", L"45\\U+00B0"},
-                {8, L"1.50g", L"1.5g"},
-                {8, L"2.500\"", L"2.5\""},
-                {8, L"100", L"1"},
-                {8, L"000", L""},
-                {4, L"-0.50", L"-.50"},
-                {4, L"0", L"0"},
-                {12, L"0.0", L"0"},
-                {8, L"", L""},
-                {8, L"\\U+00B0", L"\\U+00B"}};
-    for (auto row : rows) {
-        delPrefixSurfixZero(row.flags, row.text.data());
-        EXPECT_EQ(row.text.c_str(), row.stripped);
-    }
+    const auto strip = [](int flags, std::wstring text) {
+        delPrefixSurfixZero(flags, text.data());
+        return std::wstring(text.c_str());
+    };
+    std::wstring all;
+    for (const wchar_t* text :
+         {L"45.500\\U+00B0", L"45.0\\U+00B0", L"1.50g", L"2.500\"", L"100", L"000", L"", L"\\U+00B0"})
+        all += strip(8, text) + L"|";
+    EXPECT_EQ(all, L"45.5\\U+00B0|45\\U+00B0|1.5g|2.5\"|1|||\\U+00B|");
+    EXPECT_EQ(strip(4, L"-0.50") + L"|" + strip(4, L"0") + L"|" + strip(12, L"0.0"), L"-.50|0|0");
 }
 
 } // namespace

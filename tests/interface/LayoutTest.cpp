@@ -1,14 +1,10 @@
 // What callers are compiled for and the stored interface (abi/) does not show: the sizes on every system, and what the
 // members that callers read directly hold. The order of members and of virtual functions stands there.
 
-#include <TqOsBase/TqOsBase.h>
+#include "reference/TempFolder.h"
+#include "reference/Testing.h"
 
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
+#include <TqOsBase/TqOsBase.h>
 
 namespace {
 
@@ -78,6 +74,18 @@ TEST(Members, OfStreams) {
     EXPECT_EQ(heldAt<unsigned char>(file, 28), 0) << "not dirty";
     EXPECT_EQ(heldAt<std::int32_t>(file, 32), ::fileno(static_cast<std::FILE*>(file.fileHandle())));
     EXPECT_EQ(heldAt<std::int32_t>(file, 36), 1) << "open exclusively";
+
+    const reference::TempFolder folder;
+    folder.write("input", "abc");
+    const TqFileIStreamBuf input(folder.wide(L"input").c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone,
+                                 TqIO::kOpenExisting);
+    EXPECT_EQ(numbersOf(input, {40, 56, 64}), (std::vector<std::int64_t>{-1, 3, 0})) << "no mapping, length, position";
+    EXPECT_NE(heldAt<void*>(input, 48), nullptr) << "the view";
+    TqFileOStreamBuf output(L"/dev/null", nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, TqIO::kOpenExisting,
+                            0);
+    output.writeBytes(reinterpret_cast<const unsigned char*>("abc"), 3);
+    EXPECT_EQ(heldAt<std::uint32_t>(output, 40 + 16), 3U) << "pending in a memory stream after the base";
+    output.close();
 }
 
 } // namespace
