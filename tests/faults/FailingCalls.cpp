@@ -4,16 +4,82 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <gtest/gtest.h>
-#include <new>
+#include <cstdio>
+#include <map>
 #include <sys/mman.h>
 #include <sys/types.h>
+#include <unistd.h>
+
+using faults::Call;
+using faults::Fault;
 
 namespace {
 
-bool g_failProtection = false;
-bool g_failMalloc = false;
-bool g_failMapping = false;
+struct {
+    Call call;
+    Fault fault;
+    int left;
+    bool isMet;
+    bool isArmed;
+} g_plan;
+
+// The streams made here and their descriptors.
+std::map<std::FILE*, int>& descriptors() {
+    static std::map<std::FILE*, int> map;
+    return map;
+}
+
+// True when this call must go wrong.
+bool isDue(Call call) {
+    if (!g_plan.isArmed || call != g_plan.call)
+        return false;
+    if (g_plan.isMet)
+        return g_plan.fault == Fault::kBroken || (g_plan.fault == Fault::kShort && call == Call::kWrite);
+    g_plan.isMet = g_plan.left-- == 0;
+    return g_plan.isMet;
+}
+
+int fileOf(void* cookie) {
+    return static_cast<int>(reinterpret_cast<std::ptrdiff_t>(cookie));
+}
+
+int failed() {
+    errno = g_plan.fault == Fault::kInterrupted ? EINTR : g_plan.fault == Fault::kShort ? ENOSPC : EIO;
+    return -1;
+}
+
+ssize_t readFrom(void* cookie, char* buffer, std::size_t size) {
+    const bool fails = isDue(Call::kRead);
+    if (fails && g_plan.fault != Fault::kShort)
+        return failed();
+    return ::read(fileOf(cookie), buffer, fails ? 1 : size);
+}
+
+// The C library takes less than all for an error here.
+ssize_t writeTo(void* cookie, const char* buffer, std::size_t size) {
+    const bool isLater = g_plan.isMet;
+    const bool fails = isDue(Call::kWrite);
+    if (fails)
+        size = g_plan.fault == Fault::kShort && !isLater ? size / 2 : 0;
+    std::size_t done = 0;
+    for (ssize_t n = 1; n > 0 && done<size; done += n> 0 ? static_cast<std::size_t>(n) : 0)
+        n = ::write(fileOf(cookie), buffer + done, size - done);
+    if (fails)
+        failed();
+    return static_cast<ssize_t>(done);
+}
+
+int moveTo(void* cookie, off64_t* offset, int whence) {
+    const off64_t position = isDue(Call::kMove) ? failed() : ::lseek(fileOf(cookie), *offset, whence);
+    if (position >= 0)
+        *offset = position;
+    return position < 0 ? -1 : 0;
+}
+
+int closeFile(void* cookie) {
+    const int result = ::close(fileOf(cookie));
+    return isDue(Call::kClose) ? failed() : result;
+}
 
 void* counted(void* block) {
     if (block != nullptr)
@@ -23,44 +89,16 @@ void* counted(void* block) {
 
 } // namespace
 
-void faults::failProtection(bool fails) {
-    g_failProtection = fails;
+faults::FaultyStreams::FaultyStreams(Call call, Fault fault, int nth) {
+    g_plan = {call, fault, nth, false, true};
 }
 
-void faults::failMalloc(bool fails) {
-    g_failMalloc = fails;
+faults::FaultyStreams::~FaultyStreams() {
+    g_plan.isArmed = false;
 }
 
-void faults::failMapping(bool fails) {
-    g_failMapping = fails;
-}
-
-bool faults::runsOut(int failing, const std::function<void()>& change) {
-    counting_new::failAfter(failing);
-    bool ranOut = false;
-    try {
-        change();
-    } catch (const std::bad_alloc&) {
-        ranOut = true;
-    } catch (...) {
-        counting_new::failAfter(-1);
-        throw;
-    }
-    counting_new::failAfter(-1);
-    return ranOut;
-}
-
-int faults::sweepAllocations(const std::function<bool(int failing)>& attempt) {
-    constexpr int kMost = 1000;
-    for (int failing = 0; failing < kMost; ++failing) {
-        const int before = counting_new::liveBlocks();
-        const bool isOver = attempt(failing);
-        EXPECT_EQ(counting_new::liveBlocks(), before) << "left behind when allocation " << failing << " failed";
-        if (isOver || testing::Test::HasFailure())
-            return failing;
-    }
-    ADD_FAILURE() << "no end of failures";
-    return kMost;
+bool faults::FaultyStreams::wasMet() const {
+    return g_plan.isMet;
 }
 
 // The names are the linker's.
@@ -74,6 +112,8 @@ void __real_tqFree(void* block);
 void* __real_malloc(std::size_t size);
 int __real_mprotect(void* address, std::size_t size, int rights);
 void* __real_mmap(void* address, std::size_t size, int rights, int flags, int file, off_t offset);
+std::FILE* __real_fdopen(int file, const char* mode);
+int __real_fileno(std::FILE* stream);
 
 void* __wrap_tqMalloc(std::size_t size) {
     return counting_new::mustFail() ? nullptr : counted(__real_tqMalloc(size));
@@ -97,19 +137,31 @@ void __wrap_tqFree(void* block) {
 }
 
 void* __wrap_malloc(std::size_t size) {
-    return g_failMalloc ? nullptr : __real_malloc(size);
+    return faults::g_failsMalloc ? nullptr : __real_malloc(size);
 }
 
 void* __wrap_mmap(void* address, std::size_t size, int rights, int flags, int file, off_t offset) {
-    return g_failMapping ? MAP_FAILED : __real_mmap(address, size, rights, flags, file, offset);
+    return faults::g_failsMapping ? MAP_FAILED : __real_mmap(address, size, rights, flags, file, offset);
 }
 
 int __wrap_mprotect(void* address, std::size_t size, int rights) {
-    if (g_failProtection) {
-        errno = ENOMEM;
-        return -1;
-    }
-    return __real_mprotect(address, size, rights);
+    errno = ENOMEM;
+    return faults::g_failsProtection ? -1 : __real_mprotect(address, size, rights);
+}
+
+std::FILE* __wrap_fdopen(int file, const char* mode) {
+    if (!g_plan.isArmed)
+        return __real_fdopen(file, mode);
+    std::FILE* stream = ::fopencookie(reinterpret_cast<void*>(static_cast<std::ptrdiff_t>(file)), mode,
+                                      {readFrom, writeTo, moveTo, closeFile});
+    descriptors()[stream] = file;
+    return stream;
+}
+
+int __wrap_fileno(std::FILE* stream) {
+    const int file = __real_fileno(stream);
+    const auto found = descriptors().find(stream);
+    return file >= 0 || found == descriptors().end() ? file : found->second;
 }
 
 } // extern "C"

@@ -1,19 +1,12 @@
 #pragma once
 
-#include <functional>
-#include <gtest/gtest.h>
-
 /// Calls of the system and of the allocation functions that the linker has led here, so that they can be made to fail.
 /// The library's code is the shipped one; only this test program is linked so.
 namespace faults {
 
-/// mprotect, called from the library, fails while this is set.
-void failProtection(bool fails);
-/// malloc, called from outside the C library, gives null while this is set.
-void failMalloc(bool fails);
-
-/// mmap, called from the library, fails while this is set.
-void failMapping(bool fails);
+inline bool g_failsProtection = false; ///< mprotect, called from the library
+inline bool g_failsMapping = false;    ///< mmap, called from the library
+inline bool g_failsMalloc = false;     ///< malloc, called from outside the C library
 
 enum class Call { kRead, kWrite, kMove, kClose };
 
@@ -33,13 +26,5 @@ public:
     ~FaultyStreams();
     bool wasMet() const;
 };
-
-/// Does `change` with allocation number `failing`, from 0, failing: of the global new, tqMalloc, tqAllocate and
-/// tqRealloc together. True when it threw std::bad_alloc.
-bool runsOut(int failing, const std::function<void()>& change);
-
-/// Calls `attempt` with 0, 1, 2 and so on until it returns true: the allocation of that number was not reached any
-/// more. Nothing may be left allocated by any of the calls. Returns the number of those that returned false.
-int sweepAllocations(const std::function<bool(int failing)>& attempt);
 
 } // namespace faults

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <new>
 
 namespace {
@@ -46,6 +47,33 @@ void counting_new::count(int blocks) {
 
 void counting_new::failAfter(int count) {
     g_failAfter = count;
+}
+
+bool counting_new::runsOut(int failing, const std::function<void()>& change) {
+    struct Guard {
+        ~Guard() { failAfter(-1); }
+    };
+    const Guard guard;
+    failAfter(failing);
+    try {
+        change();
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+    return false;
+}
+
+void counting_new::sweepAllocations(const std::function<bool(int failing)>& attempt) {
+    constexpr int kMost = 1000;
+    for (int failing = 0; failing < kMost; ++failing) {
+        const int before = liveBlocks();
+        const bool isOver = attempt(failing);
+        EXPECT_EQ(liveBlocks(), before) << "left behind when allocation " << failing << " failed";
+        EXPECT_TRUE(!isOver || failing > 0) << "nothing was allocated";
+        if (isOver || testing::Test::HasFailure())
+            return;
+    }
+    ADD_FAILURE() << "no end of failures";
 }
 
 void* operator new(std::size_t size) {

@@ -13,15 +13,19 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace streamtest {
 
+using reference::TempFolder;
 using Bytes = std::vector<unsigned char>;
+using BufPtr = std::unique_ptr<TqFileStreamBuf>;
 
-/// What a call threw, as one text: the layer's own text, "status <n>", or "" when it did not throw.
+/// What a call threw, as one text: the layer's own text, "status <n>", or "" when it did not throw. That memory ran out
+/// is passed on.
 template <class Call>
 std::wstring thrownBy(const Call& call) {
     try {
@@ -35,6 +39,8 @@ std::wstring thrownBy(const Call& call) {
         return text;
     } catch (Lumo::ErrorStatus status) {
         return L"status " + std::to_wstring(static_cast<int>(status));
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception&) {
         return L"std::exception";
     }
@@ -50,16 +56,12 @@ void expectRefusals(const Refusals& refusals) {
         EXPECT_EQ(thrownBy(refusal.second), refusal.first) << "refusal " << &refusal - std::begin(refusals);
 }
 
-using BufPtr = std::unique_ptr<TqFileStreamBuf>;
-
 inline const std::wstring kOutOfBuffer = L"TqException Out of stream buffer!";
 inline const std::wstring kEndOfBuffer = L"TqException End of stream buffer!";
 inline const std::wstring kEndOfFile = L"End of file!";
 inline const std::wstring kWriteError = L"Write file error!";
 inline const std::wstring kInternalError = L"File internal error!";
 inline const std::wstring kOutOfFile = L"Out of file stream buffer!";
-
-using reference::TempFolder;
 
 inline void writeFile(const std::string& path, const Bytes& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -73,6 +75,30 @@ inline Bytes readFile(const std::string& path) {
 
 inline Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
+}
+
+/// Bytes that show where they belong.
+inline Bytes pattern(std::size_t n) {
+    Bytes bytes(n);
+    for (std::size_t i = 0; i < n; ++i)
+        bytes[i] = static_cast<unsigned char>(i * 7 + i / 251);
+    return bytes;
+}
+
+/// The buffers for reading and writing: the one that writes at once, and the one that collects what is written.
+enum Kind { kPlain, kOutput };
+
+inline BufPtr openForUpdate(Kind kind, const std::wstring& name,
+                            TqIO::CreationDisposition creation = TqIO::kCreateAlways,
+                            TqIO::AccessMode access = TqIO::kAccessReadWrite) {
+    const auto share = TqIO::kShareDenyNone;
+    return BufPtr(kind == kPlain ? createFileIOStreamBuf(name.c_str(), nullptr, access, share, creation)
+                                 : createFileOStreamBuf(name.c_str(), nullptr, access, share, creation, 64));
+}
+
+inline BufPtr openForInput(const std::wstring& name) {
+    return BufPtr(
+        createFileIStreamBuf(name.c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting));
 }
 
 } // namespace streamtest
