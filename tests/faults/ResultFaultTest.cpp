@@ -194,7 +194,9 @@ TEST(ResultFaults, PagesThatCannotBeCommitted) {
     std::vector<void*> blocks;
     int refused = 0;
     for (int i = 0; i < 3000; ++i) {
-        const auto allocate = [i] { return i % 300 == 0 ? tqAllocPage() : tqMalloc(4096); };
+        const auto allocate = [i] {
+            return i % 300 == 0 ? tqAllocPage() : i % 300 == 1 ? tqAllocPageHeap(8192) : tqMalloc(4096);
+        };
         faults::g_failsProtection = true;
         void* block = allocate();
         faults::g_failsProtection = false;

@@ -1,8 +1,8 @@
 #include "HeapFixture.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -24,6 +24,7 @@ using namespace heap_test;
 using Allocation = HeapTest;
 
 constexpr std::size_t kTwoGiB = 0x80000000U;
+constexpr void (*kReleases[])(void*) = {tqFree, tqDeallocate, tqFreeDbg, tqDeallocateDbg, tqFreePage, tqFreePageHeap};
 
 // The unit that serves a size, or 0 for the C library, stated by ranges of sizes instead of pools.
 std::size_t unitOf(std::size_t size) {
@@ -41,22 +42,15 @@ TEST_F(Allocation, EverySizeIsServedByItsPoolOrByTheCLibrary) {
     for (std::size_t size = 1; size <= 5000; ++size) {
         SCOPED_TRACE(size);
         void* const block = tqMalloc(size);
-        ASSERT_NE(block, nullptr);
         std::memset(block, 0xA5, size);
         const std::size_t unit = unitOf(size);
         EXPECT_EQ(isPooled(block), unit != 0);
-        if (unit != 0) {
-            EXPECT_EQ(tqMsize(block), unit);
-            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % (unit % 16 == 0 ? 16 : 8), 0U);
-        }
-        EXPECT_GE(tqMsize(block), size);
+        EXPECT_TRUE(unit == 0 ? tqMsize(block) >= size : tqMsize(block) == unit);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % (unit % 16 == 0 ? 16 : 8), 0U);
         for (std::size_t (*sizeOf)(void*) : {tqAllocSizeOf, tqMsizeDbg, tqAllocSizeOfDbg})
             EXPECT_EQ(sizeOf(block), tqMsize(block));
         tqFree(block);
     }
-}
-
-TEST(SizeClasses, PoolsAreNumberedAsCallersOfTheTablesExpect) {
     using Classes = tq::detail::TqPoolConfigurator<34>;
     const std::pair<std::size_t, unsigned> poolOfSize[] = {{1, 33},  {9, 32},   {24, 31},  {192, 10}, {200, 9},
                                                            {208, 8}, {209, 7},  {240, 6},  {256, 5},  {500, 1},
@@ -65,10 +59,8 @@ TEST(SizeClasses, PoolsAreNumberedAsCallersOfTheTablesExpect) {
         EXPECT_EQ(Classes::poolOfSize(size), pool) << size;
     for (const std::size_t index : Sizes{0, 257, 271})
         EXPECT_EQ(Classes::s_poolIndexOfSize[index], 0) << index;
-    EXPECT_EQ(Classes::s_unitSizeOfPools[34], 0);
+    EXPECT_EQ(Classes::s_unitSizeOfPools[0] + Classes::s_unitSizeOfPools[34], 0);
 }
-
-constexpr void (*kReleases[])(void*) = {tqFree, tqDeallocate, tqFreeDbg, tqDeallocateDbg, tqFreePage, tqFreePageHeap};
 
 TEST_F(Allocation, ZeroNullAndTheLimit) {
     for (void* (*allocate)(std::size_t) : {tqMalloc, tqAllocate}) {
@@ -85,59 +77,19 @@ TEST_F(Allocation, ZeroNullAndTheLimit) {
     }
     for (const auto release : kReleases)
         release(nullptr);
-    EXPECT_EQ(tqMsize(nullptr), 0U);
-    EXPECT_EQ(tqMsizeDbg(nullptr), 0U);
+    EXPECT_EQ(tqMsize(nullptr) + tqMsizeDbg(nullptr), 0U);
     EXPECT_EQ(tqStrdup(nullptr), nullptr);
     tqStrdupFree(nullptr);
-}
-
-// What the random test of all sizes does not see.
-TEST_F(Allocation, ReallocationMovesPoolBlocksAndCopiesTheSmallerSize) {
-    for (void* (*reallocate)(void*, std::size_t) : {tqRealloc, tqReallocate}) {
-        // Only the new size is copied: the rest of the new block keeps what a freed one left there.
-        auto* const marked = static_cast<char*>(tqMalloc(64));
-        auto* const source = static_cast<char*>(tqMalloc(64));
-        std::memset(marked, 'm', 64);
-        std::memset(source, 's', 64);
-        tqFree(marked);
-        auto* const shorter = static_cast<char*>(reallocate(source, 60));
-        ASSERT_EQ(shorter, marked) << "a pool's block moves even when it has room";
-        EXPECT_EQ(std::string(shorter + 56, 8), "ssssmmmm");
-        tqFree(shorter);
+    for (const std::size_t length : Sizes{0, 1, 63, 5000}) {
+        const std::wstring text(length, L'\U0001F4D0');
+        wchar_t* const copy = tqStrdup(text.c_str());
+        EXPECT_EQ(copy, text);
+        tqStrdupFree(copy);
     }
-    auto* const kept = static_cast<char*>(tqMalloc(20));
-    kept[0] = 'k';
-    EXPECT_EQ(tqRealloc(kept, 0), kept);
-    EXPECT_EQ(tqRealloc(kept, SIZE_MAX / 2), nullptr);
-    EXPECT_EQ(kept[0], 'k');
-    auto* const fresh = static_cast<char*>(tqReallocate(kept, 0));
-    EXPECT_EQ(tqMsize(fresh), 8U);
-    EXPECT_EQ(fresh[0], 'k');
-    tqFree(fresh);
-    void* const fromNull = tqRealloc(nullptr, 24);
-    EXPECT_FALSE(isPooled(fromNull));
-    tqFree(fromNull);
-}
-
-TEST_F(Allocation, ForeignBlocksMayBeGivenToEveryFunction) {
-    for (const auto release : kReleases) {
-        auto* block = static_cast<char*>(std::malloc(10));
-        std::strcpy(block, "foreign");
-        block = static_cast<char*>(tqRealloc(block, 100));
-        EXPECT_STREQ(block, "foreign");
-        EXPECT_FALSE(isPooled(block));
-        EXPECT_GE(tqMsize(block), 100U);
-        release(block); // a leak here is for the tools to see
-    }
-}
-
-TEST_F(Allocation, DebugFormsAllocateNothing) {
     void* const block = tqMalloc(10);
-    for (const std::size_t size : Sizes{0, 1, 4097}) {
-        EXPECT_EQ(tqMallocDbg(size), nullptr);
-        EXPECT_EQ(tqAllocateDbg(size), nullptr);
-        EXPECT_EQ(tqReallocDbg(block, size), nullptr);
-        EXPECT_EQ(tqReallocateDbg(block, size), nullptr);
+    for (const std::size_t size : Sizes{0, 1, 4097}) { // the debug forms allocate nothing
+        EXPECT_FALSE(tqMallocDbg(size) || tqAllocateDbg(size));
+        EXPECT_FALSE(tqReallocDbg(block, size) || tqReallocateDbg(block, size));
     }
     EXPECT_EQ(tqMsize(block), 16U) << "still allocated";
     tqFreeDbg(block);
@@ -145,13 +97,41 @@ TEST_F(Allocation, DebugFormsAllocateNothing) {
     tqDeallocateDbg(block);
 }
 
-TEST_F(Allocation, WideTextsAreCopied) {
-    for (const std::size_t length : Sizes{0, 1, 63, 5000}) {
-        const std::wstring text(length, L'\U0001F4D0');
-        wchar_t* const copy = tqStrdup(text.c_str());
-        EXPECT_EQ(copy, text);
-        tqStrdupFree(copy);
-    }
+TEST_F(Allocation, ReallocationMovesPoolBlocksAndCopiesTheSmallerSize) {
+    constexpr std::size_t kForeign = 1; // from malloc
+    const Sizes sizes = {kForeign, 8, 60, 64, 300, 512, 4096, 5000, 2 * kPageBytes};
+    for (void* (*reallocate)(void*, std::size_t) : {tqRealloc, tqReallocate})
+        for (const std::size_t from : sizes)
+            for (const std::size_t to : sizes) {
+                auto* const block = static_cast<char*>(from == kForeign         ? std::malloc(from)
+                                                       : from == 2 * kPageBytes ? tqAllocPageHeap(from)
+                                                                                : tqMalloc(from));
+                std::memset(block, 'x', from);
+                auto* const moved = static_cast<char*>(reallocate(block, to));
+                EXPECT_EQ(isPooled(moved), isPooled(block) && unitOf(to) != 0);
+                EXPECT_GE(tqMsize(moved), to);
+                EXPECT_TRUE(!isPooled(block) || moved != block) << "a pool's block moves even when it has room";
+                EXPECT_EQ(std::string(moved, std::min(from, to)), std::string(std::min(from, to), 'x'));
+                kReleases[(from + to) / 4 % 4](moved); // a leak here is for the tools to see
+            }
+    // Only the new size is copied: the rest of the new block keeps what a freed one left there.
+    auto* const marked = static_cast<char*>(tqMalloc(64));
+    auto* const source = static_cast<char*>(tqMalloc(64));
+    std::memset(marked, 'm', 64);
+    std::memset(source, 's', 64);
+    tqFree(marked);
+    EXPECT_EQ(tqRealloc(source, 60), marked);
+    EXPECT_EQ(std::string(marked + 56, 8), "ssssmmmm");
+
+    EXPECT_EQ(tqRealloc(marked, 0), marked);
+    EXPECT_EQ(tqRealloc(marked, SIZE_MAX / 2), nullptr);
+    auto* const fresh = static_cast<char*>(tqReallocate(marked, 0));
+    EXPECT_EQ(tqMsize(fresh), 8U);
+    EXPECT_EQ(fresh[0], 's');
+    tqFree(fresh);
+    void* const fromNull = tqRealloc(nullptr, 24);
+    EXPECT_FALSE(isPooled(fromNull));
+    tqFreePage(fromNull);
 }
 
 TEST_F(Allocation, PageUnitsOfEverySize) {
@@ -160,9 +140,8 @@ TEST_F(Allocation, PageUnitsOfEverySize) {
         // One unit more than a segment holds, so that the first segment becomes full.
         std::vector<char*> units(kSegmentBytes / unit + 1);
         for (char*& p : units) {
-            p = static_cast<char*>(pages == 256 ? tqAllocPage() : tqAllocPageHeap(unit));
-            ASSERT_NE(p, nullptr);
-            EXPECT_TRUE(isPooled(p));
+            p = static_cast<char*>(pages == 256 && p == units[0] ? tqAllocPage() : tqAllocPageHeap(unit));
+            ASSERT_TRUE(isPooled(p));
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(p) % (pages == 256 ? kSegmentBytes : kPageBytes), 0U);
             EXPECT_LE(reinterpret_cast<std::uintptr_t>(p) % kSegmentBytes + unit, kSegmentBytes);
             EXPECT_EQ(tqMsize(p), unit);
@@ -172,33 +151,19 @@ TEST_F(Allocation, PageUnitsOfEverySize) {
         // Forwards and backwards, by every function that frees units.
         for (std::size_t i = 0; i < units.size(); ++i) {
             const std::size_t k = pages % 3 == 0 ? i : units.size() - 1 - i;
-            ASSERT_EQ(units[k][0], static_cast<char>(k));
-            ASSERT_EQ(units[k][unit - 1], static_cast<char>(k));
-            void (*const release[])(void*) = {tqFree, tqFreePage, tqFreePageHeap, tqDeallocate};
-            release[k % std::size(release)](units[k]);
+            ASSERT_TRUE(units[k][0] == static_cast<char>(k) && units[k][unit - 1] == static_cast<char>(k));
+            kReleases[k % std::size(kReleases)](units[k]);
         }
         for (char* p : units)
             EXPECT_EQ(tqMsize(p), 0U) << "its segment was released";
     }
-    void* const largest = tqAllocPageHeap(kSegmentBytes);
-    EXPECT_TRUE(isPooled(largest));
-    tqFree(largest);
-}
-
-TEST_F(Allocation, PageFunctionsLeaveOtherSizesToTheCLibrary) {
     for (const std::size_t size : Sizes{0, 1, 5000, kSegmentBytes + kPageBytes, 2 * kSegmentBytes}) {
         auto* const block = static_cast<char*>(tqAllocPageHeap(size));
         ASSERT_NE(block, nullptr);
-        EXPECT_FALSE(isPooled(block)) << size;
+        EXPECT_FALSE(isPooled(block)) << size << ": left to the C library";
         block[size == 0 ? 0 : size - 1] = 1;
         tqFreePageHeap(block);
     }
-    auto* const unit = static_cast<char*>(tqAllocPageHeap(8192));
-    unit[8191] = 'e';
-    auto* const moved = static_cast<char*>(tqRealloc(unit, 10000));
-    EXPECT_EQ(moved[8191], 'e');
-    EXPECT_EQ(tqMsize(unit), 0U) << "the unit was freed";
-    tqFree(moved);
     void* const block = tqMalloc(16);
     tqFreePage(block);
     void* const other = tqMalloc(16);

@@ -3,7 +3,10 @@
 
 #include "HeapFixture.h"
 
+#include <TqOsBase/memory/HeapReport.h>
+
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <list>
 #include <map>
@@ -149,41 +152,72 @@ private:
 
 using HeapModel = HeapTest;
 
+// A block with its offset in the model, or a unit with the number of its segment. All of it is full of its mark.
+struct Live {
+    unsigned char* block;
+    std::size_t place, size;
+    unsigned char mark;
+
+    void verify() const {
+        ASSERT_TRUE(std::all_of(block, block + size, [this](unsigned char c) { return c == mark; }));
+    }
+};
+
+Live filled(void* block, std::size_t place, std::size_t size, std::size_t mark) {
+    return {static_cast<unsigned char*>(std::memset(block, static_cast<unsigned char>(mark), size)), place, size,
+            static_cast<unsigned char>(mark)};
+}
+
 TEST_F(HeapModel, EveryAddressFollowsFromTheRules) {
+    using Configurator = tq::detail::TqHeapConfigurator;
     constexpr std::size_t kUnits[] = {8, 24, 176, 256, 512, 2048, 4096, 4096, 4096};
     std::mt19937 random(20240917);
     const auto below = [&random](std::size_t n) { return random() % n; };
     Model model;
-    std::vector<std::pair<void*, std::size_t>> live; // with the model's offset
-    std::vector<std::pair<void*, std::size_t>> units;
-    for (int i = 0; i < 400000; ++i) {
+    std::vector<Live> live;
+    std::vector<Live> units;
+    for (std::size_t i = 0; i < 400000 && !HasFatalFailure(); ++i) {
         // Phases that differ in the blocks alive and in the sizes, down to one size alone.
-        const std::size_t phase = static_cast<std::size_t>(i) / 20000;
+        const std::size_t phase = i / 20000;
         const std::size_t target = phase % 2 == 0 ? 200 + phase * 200 : phase;
+        const std::size_t unit = kUnits[phase % 5 == 4 ? phase % 9 : below(std::size(kUnits))];
+        const std::size_t order = below(4); // the latest, the earliest, any
+        const std::size_t k = live.empty() || order == 0 ? live.size() - 1 : order == 1 ? 0 : below(live.size());
         if (below(500) == 0 && units.size() < 4) {
-            units.emplace_back(tqAllocPage(), model.allocateSegment());
-            ASSERT_EQ(tq::detail::TqHeapConfigurator::segmentOf(units.back().first), units.back().second);
+            units.push_back(filled(tqAllocPage(), model.allocateSegment(), kSegmentBytes, i));
+            ASSERT_EQ(Configurator::segmentOf(units.back().block), units.back().place);
         } else if (below(500) == 0 && !units.empty()) {
-            tqFree(units.back().first);
-            model.freeSegment(units.back().second);
+            units.back().verify();
+            tqFree(units.back().block);
+            model.freeSegment(units.back().place);
             units.pop_back();
         } else if (live.empty() || (live.size() < target + 50 && below(live.size() < target ? 3 : 2) != 0)) {
-            const std::size_t unit = kUnits[phase % 5 == 4 ? phase % 9 : below(std::size(kUnits))];
-            void* const block = tqMalloc(unit);
-            live.emplace_back(block, model.allocate(unit));
-            ASSERT_EQ(tq::detail::TqHeapConfigurator::offsetOf(block), live.back().second) << "operation " << i;
+            live.push_back(filled(tqMalloc(unit), model.allocate(unit), unit, i));
+            ASSERT_EQ(Configurator::offsetOf(live.back().block), live.back().place) << "operation " << i;
+        } else if (order == 3) {
+            void* const moved = tqRealloc(live[k].block, unit);
+            const std::size_t place = model.allocate(unit);
+            model.free(live[k].place);
+            Live{static_cast<unsigned char*>(moved), place, std::min(unit, live[k].size), live[k].mark}.verify();
+            live[k] = filled(moved, place, unit, i);
+            ASSERT_EQ(Configurator::offsetOf(moved), place) << "operation " << i;
         } else {
-            const std::size_t order = below(3); // the latest, the earliest, any
-            const std::size_t k = order == 0 ? live.size() - 1 : order == 1 ? 0 : below(live.size());
-            tqFree(live[k].first);
-            model.free(live[k].second);
+            live[k].verify();
+            tqFree(live[k].block);
+            model.free(live[k].place);
             live.erase(live.begin() + static_cast<std::ptrdiff_t>(k));
         }
+        if (i % 5000 == 0) {
+            ASSERT_EQ(tq::detail::checkHeap(g_tqGlobalHeap), "") << "operation " << i;
+            std::size_t used = 0;
+            for (const tq::HeapReport::Pool& pool : tq::heapReport().pools)
+                used += pool.usedBlocks;
+            ASSERT_EQ(used, live.size() + units.size());
+        }
     }
-    for (const auto& [block, offset] : live)
-        tqFree(block);
-    for (const auto& [unit, id] : units)
-        tqFree(unit);
+    for (const auto* blocks : {&live, &units})
+        for (const Live& block : *blocks)
+            tqFree(block.block);
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <random>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -18,12 +18,9 @@ using State = HeapReport::PageState;
 using Report = HeapTest;
 
 HeapReport::Pool poolOf(const HeapReport& report, std::size_t unitBytes, bool servesPages = false) {
-    for (const HeapReport::Pool& pool : report.pools)
-        if (pool.unitBytes == unitBytes && pool.servesPages == servesPages)
-            return pool;
-    HeapReport::Pool none{};
-    none.unitBytes = unitBytes;
-    return none;
+    const auto isIt = [&](const auto& pool) { return pool.unitBytes == unitBytes && pool.servesPages == servesPages; };
+    const auto found = std::find_if(report.pools.begin(), report.pools.end(), isIt);
+    return found == report.pools.end() ? HeapReport::Pool{} : *found;
 }
 
 std::size_t pagesIn(const HeapReport& report, State state) {
@@ -106,68 +103,14 @@ TEST_F(Report, CountsWhatAKnownSequenceDid) {
     EXPECT_EQ(usedBlocks(tq::heapReport()), usedBlocks(before));
 }
 
-TEST_F(Report, AgreesWithTheHeapAtEveryMoment) {
-    std::mt19937 random(20240801);
-    std::vector<void*> blocks;
-    const std::size_t atStart = usedBlocks(tq::heapReport());
-    for (int i = 0; i < 20000; ++i) {
-        if (blocks.empty() || random() % (i % 4000 < 3000 ? 3 : 2) != 0) {
-            constexpr std::size_t kSizes[] = {8, 100, 256, 2048, 4096, 4096, 12288};
-            const std::size_t size = kSizes[random() % 7];
-            blocks.push_back(size % kPageBytes == 0 && random() % 50 == 0 ? tqAllocPageHeap(size)
-                             : size > kPageBytes                          ? tqMalloc(64)
-                                                                          : tqMalloc(size));
-        }
-        if (i % 4000 >= 2000) {
-            const std::size_t k = random() % blocks.size();
-            tqFree(blocks[k]);
-            blocks[k] = blocks.back();
-            blocks.pop_back();
-        }
-        if (i % 1000 == 0) {
-            const HeapReport report = tq::heapReport();
-            expectConsistent(report);
-            ASSERT_EQ(usedBlocks(report), atStart + blocks.size());
-            ASSERT_EQ(tq::detail::checkHeap(g_tqGlobalHeap), "");
-        }
+// Elements without elements in them are taken away until nothing is left.
+bool isWellFormed(std::string xml) {
+    const std::regex innermost(R"re(<(\w+)( [\w-]+="[^"<>&]*")*(/>|>[^<>&]*</\1>))re");
+    for (std::size_t before = 0; before != xml.size();) {
+        before = xml.size();
+        xml = std::regex_replace(xml, innermost, "");
     }
-    const HeapReport report = tq::heapReport();
-    std::size_t reserve = 0;
-    for (const HeapReport::Segment& segment : report.segments) {
-        if (segment.servesPages)
-            continue;
-        const auto& header = *tq::detail::segmentHeader(tq::detail::TqHeapConfigurator::segmentAddress(segment.number));
-        reserve += header.committedCount;
-    }
-    EXPECT_LE(pagesIn(report, State::kReserve) - reserve, 1U) << "but for a parked page";
-    EXPECT_GT(pagesIn(report, State::kReserve), 0U);
-    for (void* block : blocks)
-        tqFree(block);
-}
-
-// Elements are closed in order, by themselves or by their end; attributes are quoted; there is one root.
-bool isWellFormed(const std::string& xml) {
-    std::vector<std::string> open;
-    bool hasRoot = false;
-    for (std::size_t at = 0; (at = xml.find('<', at)) != std::string::npos;) {
-        const std::size_t end = xml.find('>', at);
-        if (end == std::string::npos || (open.empty() && hasRoot))
-            return false;
-        const std::string tag = xml.substr(at + 1, end - at - 1);
-        const std::string name = tag.substr(0, tag.find_first_of(" /", 1));
-        if (tag.find('<') != std::string::npos || std::count(tag.begin(), tag.end(), '"') % 2 != 0)
-            return false;
-        hasRoot = true;
-        if (name[0] == '/') {
-            if (open.empty() || "/" + open.back() != name)
-                return false;
-            open.pop_back();
-        } else if (tag.back() != '/') {
-            open.push_back(name);
-        }
-        at = end;
-    }
-    return hasRoot && open.empty() && xml.find('&') == std::string::npos;
+    return xml == "\n";
 }
 
 TEST_F(Report, TextAndPictureShowIt) {

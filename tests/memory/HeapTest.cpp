@@ -10,7 +10,6 @@
 #include <iterator>
 #include <random>
 #include <string>
-#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -59,65 +58,6 @@ std::size_t residentPages() {
 std::ptrdiff_t mappings() {
     std::ifstream maps("/proc/self/maps");
     return std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
-}
-
-TEST_F(Heap, APageServesItsBlocksInOrderAndTakesThemBackInEveryMode) {
-    const std::size_t u = kPageBytes / 176;
-    std::vector<char*> b = allocate(u, 176);
-    for (std::size_t i = 0; i < u; ++i)
-        ASSERT_EQ(b[i], static_cast<const char*>(pageStart(b[0])) + 176 * i);
-    const auto again = [] { return static_cast<char*>(tqMalloc(170)); };
-
-    // The page is full. Its last block alone puts it back into bump mode, any other starts a chain.
-    tqFree(b[u - 1]);
-    tqFree(b[u - 2]);
-    EXPECT_EQ(tq::detail::pageOf(b[0])->flags, 0) << "the bump position moved back";
-    EXPECT_EQ(again(), b[u - 2]);
-    EXPECT_EQ(again(), b[u - 1]);
-    tqFree(b[3]);
-    tqFree(b[u - 1]);
-    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
-    EXPECT_EQ(again(), b[u - 1]) << "last in, first out";
-    EXPECT_EQ(again(), b[3]);
-
-    // Out of order in bump mode: the freed block first, then the rest of the page in address order.
-    tqFree(b[u - 1]);
-    tqFree(b[u - 2]);
-    tqFree(b[u - 3]);
-    EXPECT_EQ(tq::detail::pageOf(b[0])->flags, 0) << "full in a chain, then freed from its end on";
-    tqFree(b[1]);
-    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
-    for (char* expected : {b[1], b[u - 3], b[u - 2], b[u - 1]})
-        EXPECT_EQ(again(), expected);
-    freeAll(b);
-}
-
-TEST_F(Heap, SegmentsAreTakenGoingDownAndGoBackButForOne) {
-    using Configurator = tq::detail::TqHeapConfigurator;
-    // Use up what segments are there, so that what follows comes from fresh ones.
-    std::vector<char*> filling;
-    const auto& pools = g_tqGlobalHeap.blockPools();
-    do
-        filling.push_back(static_cast<char*>(tqMalloc(4096)));
-    while (pools.segmentsWithCommitted() != nullptr || pools.segmentsWithUncommitted() != nullptr);
-
-    const std::vector<char*> blocks = allocate(4 * kUsablePages, 4096);
-    std::vector<std::size_t> ids;
-    for (std::size_t i = 0; i < blocks.size(); i += kUsablePages) {
-        ids.push_back(Configurator::segmentOf(blocks[i]));
-        EXPECT_EQ(Configurator::segmentOf(blocks[i + kUsablePages - 1]), ids.back());
-        EXPECT_TRUE(i == 0 || ids.back() < ids[ids.size() - 2]);
-    }
-    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
-    freeAll(blocks);
-    EXPECT_EQ(g_tqGlobalHeap.segments().state(ids[0]), tq::detail::kSegmentInUse | tq::detail::kSegmentFree)
-        << "the last source of pages stays";
-    for (std::size_t i = 1; i < ids.size(); ++i)
-        EXPECT_EQ(g_tqGlobalHeap.segments().state(ids[i]), tq::detail::kSegmentFree) << i;
-    void* const unit = tqAllocPage();
-    EXPECT_EQ(Configurator::segmentOf(unit), ids[1]) << "the highest of those that came back";
-    tqFree(unit);
-    freeAll(filling);
 }
 
 TEST_F(Heap, ServesItsWholeRangeTwice) {
@@ -194,46 +134,6 @@ TEST_F(Heap, MemoryGoesBackToTheSystemInFewMappings) {
     EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
     EXPECT_LT(residentPages(), residentBefore + tq::detail::kPagesPerSegment) << "only what the one left may hold";
     EXPECT_LT(mappings() - mappingsBefore, 4 * 63);
-}
-
-// The limit counts private writable memory, so that making pages accessible fails beyond it.
-TEST_F(Heap, ARefusedCommitGivesNullAndIsMendedLater) {
-    if (tq::platform::choosesOwnLayout())
-        GTEST_SKIP() << "the tool's own memory would run into the limit";
-    constexpr std::size_t kMost = 20 * kUsablePages;
-    std::vector<char*> blocks;
-    blocks.reserve(2 * kMost);
-    rlimit old{};
-    ASSERT_EQ(::getrlimit(RLIMIT_DATA, &old), 0);
-    rlimit tight = old;
-    tight.rlim_cur = kPageBytes; // 0 would mean no limit up to the hard one
-    ASSERT_EQ(::setrlimit(RLIMIT_DATA, &tight), 0);
-    while (blocks.size() < kMost) {
-        void* const block = tqMalloc(4096);
-        if (block == nullptr)
-            break;
-        blocks.push_back(static_cast<char*>(block));
-    }
-    void* const unit = tqAllocPage();
-    void* const pages = tqAllocPageHeap(8192);
-    void* const second = tqMalloc(4096);
-    ::setrlimit(RLIMIT_DATA, &old);
-    if (blocks.size() == kMost) {
-        freeAll(blocks);
-        for (void* block : {unit, pages, second})
-            tqFree(block);
-        GTEST_SKIP() << "the limit has no effect here (a tool's simulated system)";
-    }
-    EXPECT_EQ(unit, nullptr);
-    EXPECT_EQ(pages, nullptr);
-    EXPECT_EQ(second, nullptr);
-    EXPECT_EQ(checkHeap(g_tqGlobalHeap), "");
-    for (std::size_t i = 0; i < kMost; ++i) {
-        blocks.push_back(static_cast<char*>(tqMalloc(4096)));
-        ASSERT_NE(blocks.back(), nullptr);
-        *blocks.back() = 1;
-    }
-    freeAll(blocks);
 }
 
 TEST_F(Heap, BelongsToOneThreadAtATime) {
