@@ -19,14 +19,12 @@ namespace {
 
 using namespace tq::detail;
 
-struct ClassRow {
+const struct {
     bool (*ours)(wchar_t) noexcept;
     int (*library)(std::wint_t);
     CharacterClasses bit;
     bool asciiOnly;
-};
-
-const ClassRow kRows[] = {
+} kRows[] = {
     {isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
     {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
     {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
@@ -40,13 +38,12 @@ protected:
     void SetUp() override { ASSERT_NE(std::setlocale(LC_ALL, GetParam()), nullptr); }
     void TearDown() override { std::setlocale(LC_ALL, "C"); }
 };
-INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale),
-                         [](const auto& row) { return std::string(row.index == 0 ? "plain" : "utf8"); });
+INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale));
 
 TEST_P(InLocale, CharacterClassesAgreeWithTheCLibrary) {
     for (int code = -300; code < 0x3100; ++code) {
         const auto c = static_cast<wchar_t>(code);
-        for (const ClassRow& row : kRows) {
+        for (const auto& row : kRows) {
             const bool isAsked = code >= 0 && (code < 128 || !row.asciiOnly);
             const bool expected = isAsked && row.library(static_cast<std::wint_t>(c)) != 0;
             ASSERT_EQ(row.ours(c), expected) << std::hex << code << " class " << row.bit;
@@ -68,11 +65,9 @@ TEST_P(InLocale, FileNamesAreUtf8AndLeaveErrnoAlone) {
     for (const auto& [name, expected] : rows) {
         std::string out = "left over";
         errno = EXDEV;
-        EXPECT_EQ(toFileName(name.c_str(), out), expected != nullptr);
+        ASSERT_EQ(toFileName(name.c_str(), out), expected != nullptr);
         EXPECT_EQ(errno, EXDEV);
-        if (expected != nullptr) {
-            EXPECT_EQ(out, expected);
-        }
+        EXPECT_TRUE(expected == nullptr || out == expected) << out;
     }
 }
 

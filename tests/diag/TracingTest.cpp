@@ -41,61 +41,43 @@ std::string printedBy(const char* locale, const std::function<void()>& print) {
     return text;
 }
 
-void assertFailed(const wchar_t* file) {
-    TqAsserter::sm_pfnAssert(L"not printed", file, 12);
+void traceInTurn() {
+    TqTracer("a%d", 1);
+    TqTracer(L"b\u00E9");
+    TqTracer::defaultTraceA("c");
+    TqAsserter::sm_pfnAssert(L"not printed", L"d.cpp", 12);
 }
 
+const std::string kTurns = "a1b\xC3\xA9"
+                           "c\nTqAsserter failed-- d.cpp:12 ";
+
 TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
-    struct Row {
-        std::function<void()> print;
-        std::string text;
-    };
-    const Row rows[] = {
+    const std::pair<std::function<void()>, std::string> rows[] = {
         {[] { TqTracer(L"%d items of %ls", 3, L"a"); }, "3 items of a"},
         {[] { TqTracer("%d items of %s", 3, "a"); }, "3 items of a"},
         {[] { TqTracer(L"\u00E9\u4E2D"); }, "\xC3\xA9\xE4\xB8\xAD"},
-        {[] {
-             TqTracer("a%d", 1);
-             TqTracer(L"b\u00E9");
-             TqTracer("c");
-             assertFailed(L"d.cpp");
-         },
-         "a1b\xC3\xA9"
-         "c\nTqAsserter failed-- d.cpp:12 "},
-        {[] {
-             std::fwide(stdout, 1);
-             TqTracer(L"a%d", 1);
-             TqTracer("b%s", "\xC3\xA9");
-             TqTracer(L"c");
-             TqTracer::defaultTraceA("d");
-             assertFailed(L"e.cpp");
-         },
-         "a1b\xC3\xA9"
-         "cd\nTqAsserter failed-- e.cpp:12 "},
+        {traceInTurn, kTurns},
         {[] { // the program's own output goes on
-             TqTracer(L"a");
-             assertFailed(L"b");
+             traceInTurn();
              std::printf("c");
              std::wprintf(L"lost: the stream is a narrow one");
          },
-         "a\nTqAsserter failed-- b:12 c"},
+         kTurns + "c"},
         {[] {
              std::fwide(stdout, 1);
-             TqTracer(L"a\u00E9");
-             std::wprintf(L"b");
+             traceInTurn();
+             std::wprintf(L"e");
          },
-         "a\xC3\xA9"
-         "b"},
-        {[] { assertFailed(L"a.cpp"); }, "\nTqAsserter failed-- a.cpp:12 "},
-        {[] { assertFailed(L"\u00E9.cpp"); }, "\nTqAsserter failed-- \xC3\xA9.cpp:12 "},
-        {[] { assertFailed(nullptr); }, "\nTqAsserter failed-- (null):12 "},
+         kTurns + "e"},
+        {[] { TqAsserter::sm_pfnAssert(L"", L"\u00E9.cpp", 12); }, "\nTqAsserter failed-- \xC3\xA9.cpp:12 "},
+        {[] { TqAsserter::sm_pfnAssert(L"", nullptr, 12); }, "\nTqAsserter failed-- (null):12 "},
         {[] { TqTracer(L"%d%%%%", 100); }, "100%"}, // interpreted twice
         {[] { TqTracer::defaultTraceW(L"50%% \u00E9"); }, "50% \xC3\xA9"},
         {[] { TqTracer::defaultTraceA("50%%"); }, "50%"},
     };
-    for (const Row& row : rows)
+    for (const auto& [print, text] : rows)
         for (const char* locale : {"C", reference::kUtf8Locale})
-            EXPECT_EQ(printedBy(locale, row.print), row.text) << locale << " row " << &row - rows;
+            EXPECT_EQ(printedBy(locale, print), text) << locale;
 }
 
 std::vector<std::wstring> g_wideTraces;
@@ -126,8 +108,7 @@ TEST(Tracing, HooksGetWhatTheWideConstructorFormats) {
 
     TqTracer::setTraceFunctionA(nullptr);
     TqTracer::setTraceFunctionW(nullptr);
-    EXPECT_EQ(TqTracer::sm_pfnTraceA, nullptr);
-    EXPECT_EQ(TqTracer::sm_pfnTraceW, nullptr);
+    EXPECT_FALSE(TqTracer::sm_pfnTraceA || TqTracer::sm_pfnTraceW);
     TqTracer::setTraceFunctionA(narrowBefore);
     TqTracer::setTraceFunctionW(wideBefore);
 }
