@@ -2,11 +2,8 @@
 
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 
+#include <algorithm>
 #include <cstring>
-#include <type_traits>
-
-static_assert(std::is_same_v<std::underlying_type_t<TqIO::AccessMode>, unsigned int>);
-static_assert(sizeof(TqIO::SeekType) == 4 && sizeof(TqIO::ShareMode) == 4 && sizeof(TqIO::CreationDisposition) == 4);
 
 namespace {
 
@@ -37,30 +34,26 @@ public:
         m_position += n;
     }
     void getBytes(u8* buf, uint32_t n) override { getBytes(m_position, buf, n); }
-    void getBytes(uint64_t pos, u8* buf, uint32_t n) override {
-        if (m_isBroken)
-            throw L"broken";
-        for (uint32_t i = 0; i < n; ++i)
-            buf[i] = m_bytes.at(pos + i);
-    }
+    void getBytes(uint64_t pos, u8* buf, uint32_t n) override { std::memcpy(buf, at(pos, n), n); }
     void setBytes(const u8* buf, uint32_t n) override { setBytes(m_position, buf, n); }
-    void setBytes(uint64_t pos, const u8* buf, uint32_t n) override {
-        if (m_isBroken)
-            throw L"broken";
-        for (uint32_t i = 0; i < n; ++i)
-            m_bytes.at(pos + i) = buf[i];
-    }
+    void setBytes(uint64_t pos, const u8* buf, uint32_t n) override { std::memcpy(at(pos, n), buf, n); }
 
     Bytes m_bytes;
     uint64_t m_position = 0;
     bool m_isBroken = false;
+
+private:
+    u8* at(uint64_t pos, uint32_t n) {
+        if (m_isBroken || pos + n > m_bytes.size())
+            throw L"broken";
+        return m_bytes.data() + pos;
+    }
 };
 
 TEST(TqStreamBuf, DefaultsAreMadeOfThePrimitives) {
     Fixed fixed(bytesOf("0123456789"));
     TqStreamBuf& stream = fixed;
-    EXPECT_EQ(stream.buffer(), nullptr);
-    EXPECT_EQ(static_cast<const TqStreamBuf&>(stream).buffer(), nullptr);
+    EXPECT_FALSE(stream.buffer() || std::as_const(stream).buffer());
     stream.setlength(3);
     EXPECT_EQ(stream.length(), 10U);
     EXPECT_EQ(stream.readByte(), '0');
@@ -86,29 +79,23 @@ TEST(TqStreamBuf, DefaultsAreMadeOfThePrimitives) {
         {kOutOfBuffer, [&] { stream.writeBytes(8, buf, 3); }},
         {kOutOfBuffer, [&] { stream.readBytes(UINT64_MAX, buf, 1); }},
         {kOutOfBuffer, [&] { stream.writeBytes(UINT64_MAX - 1, buf, 4); }},
+        {L"broken", [&] { stream.readBytes(4, buf, 3); }},
+        {L"broken", [&] { stream.writeBytes(4, buf, 3); }},
     };
-    expectRefusals(refusals);
     fixed.m_isBroken = true;
-    EXPECT_EQ(thrownBy([&] { stream.readBytes(4, buf, 3); }), L"broken");
-    EXPECT_EQ(thrownBy([&] { stream.writeBytes(4, buf, 3); }), L"broken");
+    expectRefusals(refusals);
     EXPECT_EQ(stream.tell(), 0U);
 }
 
-Bytes patterned(std::size_t n) {
-    Bytes bytes(n);
-    for (std::size_t i = 0; i < n; ++i)
-        bytes[i] = static_cast<u8>(i * 31 + i / 4096);
-    return bytes;
-}
-
-TEST(TqStreamBuf, CopyFromAddressesTheSource) {
+TEST(TqStreamBuf, CopyFromAddressesTheSourceAndCopyToTheDestination) {
     constexpr uint64_t kLength = 10000;
-    const Bytes source = patterned(kLength);
-    struct Row {
+    const Bytes source = pattern(kLength);
+    TqFlatMemBuf src;
+    src.writeBytes(source.data(), kLength);
+    const struct {
         uint64_t start, from, to, first, count;
         std::wstring thrown;
-    };
-    const Row rows[] = {
+    } fromRows[] = {
         {100, 0, 0, 100, kLength - 100, L""},
         {kLength, 0, 0, 0, 0, L""},
         {100, 5, 5, 0, 0, L""},
@@ -117,9 +104,7 @@ TEST(TqStreamBuf, CopyFromAddressesTheSource) {
         {7, 0, kLength + 1, 0, 8192, kOutOfBuffer},
         {7, kLength + 1, kLength + 2, 0, 0, kOutOfBuffer},
     };
-    for (const Row& row : rows) {
-        TqFlatMemBuf src;
-        src.writeBytes(source.data(), kLength);
+    for (const auto& row : fromRows) {
         src.moveTo(row.start);
         TqFlatMemBuf dst;
         dst.writeBytes(source.data(), 3);
@@ -128,40 +113,82 @@ TEST(TqStreamBuf, CopyFromAddressesTheSource) {
         ASSERT_EQ(dst.length(), 3 + row.count);
         EXPECT_EQ(dst.tell(), 3 + row.count);
         EXPECT_EQ(std::memcmp(dst.buffer() + 3, source.data() + row.first, row.count), 0);
+        dst.copyFrom(nullptr, 0, 5);
+        EXPECT_EQ(dst.length(), 3 + row.count);
     }
-    TqFlatMemBuf dst;
-    dst.copyFrom(nullptr, 0, 5);
-    EXPECT_EQ(dst.length(), 0U);
-}
-
-TEST(TqStreamBuf, CopyToAddressesTheDestinationAndIsCutToWhatThereIs) {
-    const Bytes source = patterned(6000);
-    struct Row {
-        uint64_t start, dstStart, from, to, place, count;
+    const struct {
+        uint64_t start, dstStart, from, to, place, count; // cut to what there is
+    } toRows[] = {
+        {4000, 2000, 0, 0, 2000, 6000}, {kLength, 100, 0, 0, 100, 0},  {10, 0, 50, 50, 0, 0},
+        {4010, 0, 50, 5050, 50, 5000},  {4010, 0, 5050, 50, 50, 5000}, {9000, 9, 7900, 0, 0, 1000},
     };
-    const Row rows[] = {
-        {0, 2000, 0, 0, 2000, 6000}, {6000, 100, 0, 0, 100, 0},   {10, 0, 50, 50, 0, 0},
-        {10, 0, 50, 5050, 50, 5000}, {10, 0, 5050, 50, 50, 5000}, {5000, 9, 7900, 0, 0, 1000},
-    };
-    for (const Row& row : rows) {
-        TqFlatMemBuf src;
-        src.writeBytes(source.data(), 6000);
+    for (const auto& row : toRows) {
         src.moveTo(row.start);
         Fixed dst(Bytes(8000, 0xEE));
         dst.m_position = row.dstStart;
         src.copyTo(&dst, row.from, row.to);
         Bytes expected(8000, 0xEE);
-        std::copy_n(source.begin() + static_cast<long>(row.start), row.count,
-                    expected.begin() + static_cast<long>(row.place));
+        std::copy_n(&source[row.start % kLength], row.count, expected.begin() + static_cast<long>(row.place));
         EXPECT_EQ(dst.m_bytes, expected);
         EXPECT_EQ(dst.m_position, row.place + row.count);
-        EXPECT_EQ(src.tell(), row.start);
         dst.m_isBroken = true;
-        if (row.count > 0) {
-            EXPECT_EQ(thrownBy([&] { src.copyTo(&dst, 1, 9); }), L"broken");
-        }
-        EXPECT_EQ(src.tell(), row.start);
+        EXPECT_EQ(thrownBy([&] { src.copyTo(&dst, 1, 9); }), row.start == kLength ? L"" : L"broken");
         src.copyTo(nullptr, 0, 0);
+        EXPECT_EQ(src.tell(), row.start);
+    }
+}
+
+TEST(TqFlatMemBuf, SumsBeyondTheRangeAreRefusedAndChangeNothing) {
+    constexpr uint32_t kHuge = 0xFFFFFFFFU;
+    TqFlatMemBuf buf;
+    EXPECT_EQ(buf.buffer(), nullptr);
+    buf.readBytes(nullptr, 0);
+    buf.writeBytes(nullptr, 0);
+    buf.writeBytes(bytesOf("0123456789").data(), 10);
+    buf.moveTo(8);
+    u8 byte = 7;
+    const std::function<void()> refused[] = {
+        [&] { buf.readBytes(UINT64_MAX, &byte, 1); },
+        [&] { buf.getBytes(UINT64_MAX - 2, &byte, 8); },
+        [&] { buf.getBytes(&byte, kHuge); },
+        [&] { buf.setBytes(UINT64_MAX, &byte, 1); },
+        [&] { buf.setByte(uint64_t{1} << 32, 1); },
+        [&] { buf.writeByte(uint64_t{1} << 32, 1); },
+        [&] { buf.writeByte(kHuge, 1); },
+        [&] { buf.writeBytes(&byte, kHuge); },
+        [&] { buf.writeByte(UINT64_MAX, 1); },
+        [&] { buf.writeBytes(kHuge, &byte, 1); },
+        [&] { buf.writeBytes(UINT64_MAX, &byte, 1); },
+        [&] { buf.setlength(uint64_t{1} << 32); },
+        [&] { buf.open(&byte, kHuge, 1); },
+        [&] { buf.moveTo((uint64_t{1} << 32) + 1); },
+        [&] { buf.seek(UINT64_MAX - 6, TqIO::kSeekForward); },
+    };
+    for (const auto& call : refused)
+        EXPECT_EQ(thrownBy(call), kOutOfBuffer) << "call " << &call - refused;
+    EXPECT_EQ(thrownBy([&] { buf.setlength(0x80000000U); }), L"std::exception");
+    EXPECT_EQ(thrownBy([&] { buf.reserve(0x80000000U); }), L"std::exception");
+    EXPECT_EQ(buf.tell(), 8U);
+    EXPECT_EQ(Bytes(buf.buffer(), buf.buffer() + buf.length()), bytesOf("0123456789"));
+    EXPECT_EQ(byte, 7);
+}
+
+TEST(TqFlatMemBuf, BytesOfTheBufferItselfMayBeWrittenWhileItGrows) {
+    TqFlatMemBuf buf;
+    buf.writeBytes(bytesOf("01234567").data(), 8);
+    while (buf.length() < 16384)
+        buf.writeBytes(buf.buffer(), static_cast<uint32_t>(buf.length()));
+    buf.writeBytes(16376, buf.buffer(), 16384);
+    ASSERT_EQ(buf.length(), 32760U);
+    for (uint32_t i = 0; i < 32760; ++i)
+        ASSERT_EQ(buf.getByte(i), '0' + i % 8);
+    buf.open(buf.buffer() + 1, 4, 50000);
+    EXPECT_EQ(std::memcmp(buf.buffer(), "1234", 4), 0);
+    for (const uint32_t length : {1U, 15U, 16U, 17U, 4096U}) { // a byte at the length lies just past the data
+        TqFlatMemBuf other;
+        other.setlength(length);
+        other.writeByte(length, 0xAB);
+        EXPECT_GT(other.bufSize(), length);
     }
 }
 
