@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -161,34 +160,6 @@ TEST(FileFaults, PositionThatCannotBePutBackEndsTheProcess) {
             }
             EXPECT_GT(ended, 0) << "kind " << kind << " get " << isGet;
         }
-}
-
-// A limit on the size of files is a full disk that takes the first bytes of a write and refuses the rest.
-TEST(FileFaults, DiskThatFillsUpInTheMiddleOfAWrite) {
-    rlimit before = {};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const TempFolder folder;
-    for (const Kind kind : {kPlain, kOutput})
-        for (const std::uint32_t piece : {700U, 5000U, 50000U}) {
-            rlimit limit = before;
-            limit.rlim_cur = 30001;
-            const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kCreateAlways);
-            ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-            const Bytes data = pattern(piece);
-            std::wstring thrown;
-            for (std::uint32_t done = 0; done < 50000 && thrown.empty(); done += piece)
-                thrown = thrownBy([&] { buf->writeBytes(data.data(), piece); });
-            const std::wstring thrownAtClose = thrownBy([&] { buf->close(); });
-            ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-            EXPECT_EQ(thrown, kWriteError) << "kind " << kind << " piece " << piece;
-            EXPECT_EQ(thrownAtClose, piece == 50000U ? L"" : kWriteError) << "a write that was refused is no loss";
-            const Bytes stored = readFile(folder.path("f"));
-            EXPECT_LE(stored.size(), 30001U);
-            for (std::size_t i = 0; i < stored.size(); ++i)
-                ASSERT_EQ(stored[i], data[i % piece]) << i;
-        }
-    std::signal(SIGXFSZ, handler);
 }
 
 TEST(FileFaults, InputThatCannotBeMappedIsReadThroughTheStream) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <type_traits>
 
 namespace {
 
@@ -39,9 +40,8 @@ Library load(const char* path) {
         fail(::dlerror());
     Library library{};
     const auto find = [handle](const char* name, auto& function) {
-        void* const symbol = ::dlsym(handle, name);
-        require(symbol != nullptr, name);
-        std::memcpy(&function, &symbol, sizeof symbol);
+        function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
+        require(function != nullptr, name);
     };
     find("tqMalloc", library.allocate);
     find("tqAllocPage", library.allocatePage);
@@ -95,12 +95,7 @@ void withAnAddressSpaceLimit(const char* path) {
 int main(int argc, char** argv) {
     require(argc == 3, "two arguments");
     const std::string mode = argv[2];
-    if (mode == "plain")
-        useEverySize(load(argv[1]), true);
-    else if (mode == "taken")
-        withTheHintTaken(argv[1]);
-    else if (mode == "limit")
-        withAnAddressSpaceLimit(argv[1]);
-    else
-        fail("unknown mode");
+    mode == "plain"   ? useEverySize(load(argv[1]), true)
+    : mode == "taken" ? withTheHintTaken(argv[1])
+                      : withAnAddressSpaceLimit(argv[1]);
 }

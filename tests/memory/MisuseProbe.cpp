@@ -24,23 +24,16 @@ char* freed(std::size_t size) {
 }
 
 void useProperly() {
-    std::vector<char*> blocks;
-    for (const std::size_t size : std::initializer_list<std::size_t>{8, 40, 256, 512, 2048, 4096}) {
+    for (const std::size_t size : std::initializer_list<std::size_t>{8, 256, 2048, 4096, 8192})
         for (int round = 0; round < 3; ++round) {
+            std::vector<char*> blocks;
             for (int i = 0; i < 600; ++i) {
-                blocks.push_back(allocate(size));
+                blocks.push_back(static_cast<char*>(size == 8192 ? tqAllocPageHeap(size) : tqMalloc(size)));
                 std::memset(blocks.back(), i, tqMsize(blocks.back()));
             }
             for (std::size_t i = 0; i < blocks.size(); ++i) // out of order, so that there are chains
-                tqFree(blocks[i * 7 % blocks.size()]);
-            blocks.clear();
+                tqFree(tqRealloc(blocks[i * 7 % blocks.size()], 3));
         }
-    }
-    auto* const unit = static_cast<char*>(tqAllocPageHeap(8192));
-    std::memset(unit, 1, 8192);
-    auto* const moved = static_cast<char*>(tqRealloc(unit, 3));
-    g_sink = moved[2];
-    tqFree(moved);
 }
 
 } // namespace
