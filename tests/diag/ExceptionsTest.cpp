@@ -72,6 +72,7 @@ TEST(TqErrorStatus, NumbersAndDescriptionsThatAreBuiltOnceAndBounded) {
     }
     EXPECT_EQ(TqErrorStatus(kStatus).description(), prefix);
     EXPECT_STREQ(TqErrorStatus(kStatus).m_pszFile, L"");
+    EXPECT_EQ(TqErrorStatus(kStatus).m_nLine, 0);
 }
 
 TEST(TqErrorStatus, CopiesDropTheInnerExceptionAndDuplicateABuiltDescription) {
