@@ -31,7 +31,7 @@ TESTS = {
     "base": ["test_base", "test_codepage", "test_crtcompat", "test_faults"],
     "platform": ["test_stream", "test_crtcompat", "test_faults", "test_memory"],
     "diag": ["test_diag", "test_faults"],
-    "memory": ["test_memory", "test_heap_model", "test_faults"],
+    "memory": ["test_memory", "test_heap_model", "test_faults", "memory_exit_probe"],
     "containers": ["test_containers", "test_faults", "test_interface"],
     "codepage": ["test_codepage", "docs.text", "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape",
                  "replay_text_iterator", "docs.limits", "test_faults"],
