@@ -6,7 +6,6 @@
 #include <TqOsBase/crtcompat/PrintfFunctions.h>
 #include <TqOsBase/diag/Exceptions.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
@@ -23,25 +22,25 @@ bool g_refusesWide = false;
 
 // The character of a byte has the byte's value. What has no byte is dropped or refused, as the C library of Linux does.
 std::size_t toBytes(char* dst, const wchar_t* src, std::size_t size) {
-    std::string bytes;
+    std::size_t count = 0;
     for (; *src != L'\0'; ++src) {
         if (*src >= 0xE0000 && *src < 0xE0080)
             continue;
         if (*src > 0xFF)
             return static_cast<std::size_t>(-1);
-        bytes += static_cast<char>(*src);
+        if (dst != nullptr && count < size)
+            dst[count] = static_cast<char>(*src);
+        ++count;
     }
-    if (dst != nullptr)
-        bytes.copy(dst, std::min(size, bytes.size()));
-    return bytes.size();
+    return count;
 }
 
 std::size_t toCharacters(wchar_t* dst, const char* src, std::size_t size) {
-    const std::string bytes = src;
-    if (dst != nullptr)
-        std::transform(bytes.begin(), bytes.begin() + static_cast<long>(std::min(size, bytes.size())), dst,
-                       [](char byte) { return static_cast<wchar_t>(static_cast<unsigned char>(byte)); });
-    return bytes.size();
+    std::size_t count = 0;
+    for (; src[count] != '\0'; ++count)
+        if (dst != nullptr && count < size)
+            dst[count] = static_cast<unsigned char>(src[count]);
+    return count;
 }
 
 } // namespace

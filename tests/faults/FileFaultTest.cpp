@@ -26,7 +26,7 @@ const struct {
 
 // Writes the session and says whether what it accepted can be trusted: with no error from close() the file holds what
 // was accepted before the step that failed, and of that step what the system had taken.
-void expectNoSilentLoss(Kind kind, const std::wstring& name, const std::string& path) {
+std::wstring expectNoSilentLoss(Kind kind, const std::wstring& name, const std::string& path) {
     Bytes accepted;
     Bytes attempted;
     const BufPtr buf = openForUpdate(kind, name, TqIO::kCreateAlways);
@@ -48,12 +48,13 @@ void expectNoSilentLoss(Kind kind, const std::wstring& name, const std::string& 
     EXPECT_EQ(buf->fileName(), nullptr) << "closed nevertheless";
     if (thrown.empty()) {
         const Bytes stored = readFile(path);
-        ASSERT_TRUE(stored.size() >= accepted.size() && stored.size() <= attempted.size());
-        for (std::size_t i = 0; i < stored.size(); ++i)
-            ASSERT_TRUE(stored[i] == attempted[i] || (i < accepted.size() && stored[i] == accepted[i])) << i;
-    } else {
-        EXPECT_EQ(thrown, kWriteError);
+        bool isSound = stored.size() >= accepted.size() && stored.size() <= attempted.size();
+        for (std::size_t i = 0; isSound && i < stored.size(); ++i)
+            isSound = stored[i] == attempted[i] || (i < accepted.size() && stored[i] == accepted[i]);
+        EXPECT_TRUE(isSound);
     }
+    EXPECT_TRUE(thrown.empty() || thrown == kWriteError);
+    return thrown;
 }
 
 TEST(FileFaults, NoAcceptedByteIsLostInSilence) {
@@ -66,8 +67,9 @@ TEST(FileFaults, NoAcceptedByteIsLostInSilence) {
                     SCOPED_TRACE("kind " + std::to_string(kind) + " call " + std::to_string(static_cast<int>(call)) +
                                  " fault " + std::to_string(static_cast<int>(fault)) + " at " + std::to_string(nth));
                     const FaultyStreams faulty(call, fault, nth);
-                    expectNoSilentLoss(kind, folder.wide("f"), folder.path("f"));
+                    const std::wstring thrown = expectNoSilentLoss(kind, folder.wide("f"), folder.path("f"));
                     isMet = faulty.wasMet();
+                    EXPECT_TRUE(call != Call::kClose || !isMet || !thrown.empty()) << "a failing close is reported";
                 }
                 EXPECT_GT(nth, 1) << "nothing was tried";
             }
@@ -103,20 +105,16 @@ TEST(FileFaults, InterruptedAndShortReadsBringEverything) {
     EXPECT_EQ(readFile(folder.path("f"))[0], 'x');
 }
 
-TEST(FileFaults, FailingCloseIsReportedWhereBytesWereWritten) {
+TEST(FileFaults, FailingCloseIsNoErrorWhereNothingWasWritten) {
     const TempFolder folder;
     writeFile(folder.path("f"), pattern(10));
-    for (const Kind kind : {kPlain, kOutput})
-        for (const bool isWritten : {false, true}) {
-            const FaultyStreams faulty(Call::kClose, Fault::kBroken, 0);
-            const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
-            EXPECT_EQ(buf->readByte(), 0);
-            if (isWritten)
-                buf->writeByte(9);
-            EXPECT_EQ(thrownBy([&] { buf->close(); }), isWritten ? kWriteError : L"");
-            EXPECT_TRUE(faulty.wasMet());
-            EXPECT_EQ(buf->fileName(), nullptr);
-        }
+    for (const Kind kind : {kPlain, kOutput}) {
+        const FaultyStreams faulty(Call::kClose, Fault::kBroken, 0);
+        const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
+        EXPECT_EQ(buf->readByte(), 0);
+        EXPECT_EQ(thrownBy([&] { buf->close(); }), L"");
+        EXPECT_TRUE(faulty.wasMet() && buf->fileName() == nullptr);
+    }
 }
 
 // Runs `session` in a child and returns its wait status; what it returns is its exit code.

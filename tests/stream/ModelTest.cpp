@@ -257,7 +257,8 @@ void playFile(Kind kind) {
         pos = place == 0 && n <= position ? position + 1 - n : place < 3 ? m.size() : random() % (m.size() + 20);
         type = static_cast<int>(random() % 5);
         data.resize(n);
-        std::generate(data.begin(), data.end(), [&] { return static_cast<unsigned char>(random()); });
+        std::generate(data.begin(), data.end(),
+                      [at = random()]() mutable { return static_cast<unsigned char>((at += 37) >> 3); });
         return operations.size();
     };
     reference::play(2, operations, choose, [&] {
