@@ -126,6 +126,7 @@ TEST_F(ContainerModel, CStringArray) {
         {[&] { a.Append(a); }, [&] { m.add(Texts(m)); }},
         {[&] { a.Copy(others); }, [&] { m = kOthers; }},
         {[&] { a.Copy(a); }, [] {}},
+        {[&] { a.Copy(CStringArray()); }, [&] { m.clear(); }},
         {[&] { a.FreeExtra(); }, [] {}},
         {[&] { a.RemoveAll(); }, [&] { m.clear(); }},
         // of an element
@@ -148,7 +149,7 @@ TEST_F(ContainerModel, CStringArray) {
             m.resize(5);
         }
         c.next(random, m);
-        return m.empty() ? 15 : operations.size();
+        return m.empty() ? 16 : operations.size();
     };
     EXPECT_GT(play(13, operations, choose, [&] { expectSame(a, m); }), 0);
 }
@@ -171,10 +172,14 @@ TEST_F(ContainerModel, CStringList) {
         {[&] { l.AddHead(&l); }, [&] { m.add(0, Texts(m)); }},
         {[&] { l.AddTail(&l); }, [&] { m.add(Texts(m)); }},
         {[&] { l.InsertBefore(nullptr, c.string); }, [&] { m.add(0, {c.value}); }},
+        {[&] { l.InsertBefore(nullptr, c.value.c_str()); }, [&] { m.add(0, {c.value}); }},
         {[&] { l.InsertAfter(nullptr, c.value.c_str()); }, [&] { m.add({c.value}); }},
+        {[&] { l.InsertAfter(nullptr, c.string); }, [&] { m.add({c.value}); }},
         // of an element
         {[&] { l.InsertBefore(pos(), c.value.c_str()); }, [&] { m.add(c.first, {c.value}); }},
+        {[&] { l.InsertBefore(pos(), c.string); }, [&] { m.add(c.first, {c.value}); }},
         {[&] { l.InsertAfter(pos(), c.string); }, [&] { m.add(c.first + 1, {c.value}); }},
+        {[&] { l.InsertAfter(pos(), c.value.c_str()); }, [&] { m.add(c.first + 1, {c.value}); }},
         {[&] { l.InsertAfter(pos(), l.GetAt(pos())); }, [&] { m.add(c.first, {element()}); }},
         {[&] { l.AddTail(tailOf(l.GetAt(pos()))); }, [&] { m.add({tailOf(element())}); }},
         {[&] { l.SetAt(pos(), c.string); }, [&] { element() = c.value; }},
@@ -190,7 +195,7 @@ TEST_F(ContainerModel, CStringList) {
             m.clear();
         }
         c.next(random, m);
-        return m.empty() ? 9 : operations.size();
+        return m.empty() ? 11 : operations.size();
     };
     EXPECT_GT(play(11, operations, choose, [&] { expectSame(l, m); }), 0);
 }

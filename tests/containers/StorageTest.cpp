@@ -153,9 +153,10 @@ TEST_F(Collections, WhereAListHasNoElementNoneIsTaken) {
     EXPECT_THROW(list.RemoveAt(none), std::out_of_range);
     EXPECT_FALSE(list.FindIndex(0) || list.Find(L""));
     list.AddTail(static_cast<CStringList*>(nullptr));
+    list.AddHead(static_cast<CStringList*>(nullptr));
     list.AddTail(kNull);
     list.SetAt(list.GetHeadPosition(), kNull);
-    EXPECT_EQ(list.GetHead(), L"");
+    EXPECT_EQ(std::as_const(list).GetTail() + std::as_const(list).GetAt(list.Find(nullptr)), L"");
     EXPECT_EQ(list.Find(nullptr), list.GetHeadPosition());
     EXPECT_FALSE(list.FindIndex(1) || list.FindIndex(-1));
 }
@@ -172,11 +173,12 @@ TEST_F(Collections, BlocksAndBucketsOfAMapComeWhenNeededAndGoTogether) {
     EXPECT_EQ(map.GetHashTableSize(), 17U);
     void* value = &map;
     for (int round = 0; round < 2; ++round) {
-        EXPECT_FALSE(map.Lookup(L"a", value) || map.RemoveKey(L"a"));
+        const wchar_t* a = nullptr;
+        EXPECT_FALSE(map.Lookup(L"a", value) || map.RemoveKey(L"a") || map.LookupKey(L"a", a));
         EXPECT_EQ(value, &map);
         EXPECT_EQ(map[L"a"], nullptr);
         map.SetAt(L"b", nullptr);
-        const wchar_t* const a = storedKey(map, L"a");
+        a = storedKey(map, L"a");
         EXPECT_EQ(reinterpret_cast<const char*>(storedKey(map, L"b")) - reinterpret_cast<const char*>(a),
                   static_cast<std::ptrdiff_t>(sizeof(CMapStringToPtr::CAssoc)));
         EXPECT_TRUE(map.RemoveKey(L"a"));
@@ -266,7 +268,8 @@ TEST(CMapStringToString, StoresNothingAndNeedsNoMemory) {
     EXPECT_TRUE(map.RemoveKey(text));
     EXPECT_EQ(map.GetCount() + map.GetSize() + map.GetHashTableSize() + map.HashKey(text), 0);
     EXPECT_FALSE(map.PLookup(text) || std::as_const(map).PLookup(text) || map.NewAssoc());
-    EXPECT_FALSE(map.PGetFirstAssoc() || map.PGetNextAssoc(nullptr) || map.GetAssocAt(text, bucket, hash));
+    EXPECT_FALSE(map.PGetFirstAssoc() || std::as_const(map).PGetFirstAssoc() || map.PGetNextAssoc(nullptr) ||
+                 std::as_const(map).PGetNextAssoc(nullptr) || map.GetAssocAt(text, bucket, hash));
     EXPECT_EQ(map.GetStartPosition(), nullptr);
     map.GetNextAssoc(pos, value, value);
     map.FreeAssoc(nullptr);

@@ -59,6 +59,9 @@ TEST(ResultFaults, TextsAreLeftAloneWithoutMemory) {
     EXPECT_FALSE(runsOut(0, [&] { walk.breakSafely(6, piece); })) << "the room for the piece is enough";
     EXPECT_EQ(piece, "a run");
 
+    const TqStringA holder = piece;
+    EXPECT_TRUE(runsOut(0, [&] { piece.releaseBuffer(2); }));
+    EXPECT_EQ(piece.length() + holder.length(), 10U) << "as before";
     CStdStr<wchar_t> text(L"short");
     const wchar_t* const longText = L"a text that needs a block of its own, whatever the library";
     EXPECT_TRUE(runsOut(0, [&] { text = longText; }) && runsOut(0, [&] { text += longText; }));

@@ -99,8 +99,11 @@ bool isWellFormed(std::string xml) {
 }
 
 TEST_F(Report, TextAndPictureShowIt) {
-    void* const block = tqMalloc(200);
-    void* const unit = tqAllocPageHeap(2 * kPageBytes);
+    std::vector<void*> blocks(30); // more than a page of them
+    for (void*& block : blocks)
+        block = tqMalloc(200);
+    blocks.push_back(tqAllocPageHeap(2 * kPageBytes));
+    blocks.push_back(tqAllocPageHeap(3 * kPageBytes)); // leaves a page over
     const HeapReport report = tq::heapReport();
     const std::string text = tq::heapReportText(report);
     EXPECT_NE(text.find("\npage  2   8192      256          1        127           8192\n"), std::string::npos) << text;
@@ -113,8 +116,8 @@ TEST_F(Report, TextAndPictureShowIt) {
     EXPECT_TRUE(isWellFormed(svg) && isWellFormed(tq::heapReportSvg({}))) << svg;
     EXPECT_NE(svg.find("page pool 2: 1 of 1 used"), std::string::npos) << svg;
     EXPECT_NE(svg.find("block pool 9: "), std::string::npos);
-    tqFree(block);
-    tqFree(unit);
+    for (void* block : blocks)
+        tqFree(block);
 }
 
 } // namespace
