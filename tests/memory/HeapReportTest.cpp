@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -88,14 +87,21 @@ TEST_F(Report, CountsWhatAKnownSequenceDid) {
     EXPECT_EQ(poolOf(tq::heapReport(), 176).usedBlocks, poolOf(before, 176).usedBlocks);
 }
 
-// Elements without elements in them are taken away until nothing is left.
-bool isWellFormed(std::string xml) {
-    const std::regex innermost(R"re(<(\w+)( [\w-]+="[^"<>&]*")*(/>|>[^<>&]*</\1>))re");
-    for (std::size_t before = 0; before != xml.size();) {
-        before = xml.size();
-        xml = std::regex_replace(xml, innermost, "");
+// Elements are closed in order, by themselves or by their end; attributes are quoted; there is one root.
+bool isWellFormed(const std::string& xml) {
+    std::vector<std::string> open;
+    for (std::size_t at = 0; at != std::string::npos; at = xml.find('<', at + 1)) {
+        const std::string tag = xml.substr(at + 1, xml.find('>', at) - at - 1);
+        const std::string name = tag.substr(0, tag.find_first_of(" /", 1));
+        if (tag.find('<') != std::string::npos || std::count(tag.begin(), tag.end(), '"') % 2 != 0 ||
+            open.empty() != (at == 0) || (name[0] == '/' && "/" + open.back() != name))
+            return false;
+        if (name[0] == '/')
+            open.pop_back();
+        else if (tag.back() != '/')
+            open.push_back(name);
     }
-    return xml == "\n";
+    return xml[0] == '<' && open.empty() && xml.find('&') == std::string::npos;
 }
 
 TEST_F(Report, TextAndPictureShowIt) {
