@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Prints how much of every room the test suite has run, from the counters in a build folder of the preset coverage: lines
 and branches of its sources and internal headers, and the files of which fewer than 90 % of the lines ran. Branches that
-the compiler adds for exceptions are left out. Exits with 1 when a room as a whole has fewer than 90 % of its lines.
+the compiler adds for exceptions are left out. Then how large the tests are beside the library, in lines of C++ that are
+not blank. Exits with 1 when a room as a whole has fewer than 90 % of its lines, or the tests have more than 36 % of the
+library's.
 
 usage: coverage.py BUILD"""
 
@@ -12,6 +14,7 @@ import subprocess
 import sys
 
 ENOUGH = 0.9
+MOST_TESTS = 0.36
 ROOMS = ["platform", "base", "diag", "memory", "containers", "codepage", "fltcvt", "format", "stream", "crtcompat"]
 
 
@@ -40,6 +43,21 @@ class Count:
                 f"{share(self.branches_run, self.branches)} of {self.branches:5} branches")
 
 
+def source_lines(folder: pathlib.Path) -> int:
+    return sum(bool(line.strip()) for path in folder.rglob("*") if path.suffix in (".h", ".cpp")
+               for line in path.read_text(encoding="utf-8").splitlines())
+
+
+def tests_are_small(root: pathlib.Path) -> bool:
+    """Prints the lines of every folder of tests and their share of the library's."""
+    library = source_lines(root / "include") + source_lines(root / "src")
+    folders = {path.name: source_lines(path) for path in sorted((root / "tests").iterdir()) if path.is_dir()}
+    tests = sum(folders.values())
+    print("lines of tests:", ", ".join(f"{name} {lines}" for name, lines in folders.items() if lines))
+    print(f"{tests} lines of tests beside {library} of the library: {share(tests, library).strip()}, at most {MOST_TESTS:.0%}")
+    return tests <= MOST_TESTS * library
+
+
 def main() -> int:
     root = pathlib.Path(__file__).resolve().parent.parent
     build = pathlib.Path(sys.argv[1]).resolve()
@@ -63,7 +81,8 @@ def main() -> int:
     print(f"{'all':11} {total.text()}")
     if low:
         print(f"files below {ENOUGH:.0%} of their lines:", *low, sep="\n")
-    return 0 if total.lines and all(rooms[room].is_enough() for room in ROOMS) else 1
+    is_small = tests_are_small(root)
+    return 0 if total.lines and is_small and all(rooms[room].is_enough() for room in ROOMS) else 1
 
 
 if __name__ == "__main__":
