@@ -79,16 +79,17 @@ int scaleUp(long double& magnitude) {
     return carry;
 }
 
-// The first 16 digits of a mantissa of 0 or more, from the one before its point on, which may be 0. A mantissa of 10 or
-// more gives nines.
-[[gnu::noinline]] std::uint64_t leadingDigits(long double mantissa) {
-    std::uint64_t digits = 0;
+// The first 16 digits of a mantissa's magnitude, from the one before its point on, which may be 0. A magnitude of 10 or
+// more gives nines. Returns whether the mantissa is below 0.
+[[gnu::noinline]] bool takeLeadingDigits(long double mantissa, std::uint64_t* digits) {
+    long double rest = std::fabs(mantissa);
+    *digits = 0;
     for (int i = 0; i < tq::detail::RoundedDecimal::kMaxCount; ++i) {
-        const int digit = mantissa < 10 ? static_cast<int>(mantissa) : 9;
-        digits = digits * 10 + static_cast<unsigned>(digit);
-        mantissa = (mantissa - static_cast<long double>(digit)) * 10;
+        const int digit = rest < 10 ? static_cast<int>(rest) : 9;
+        *digits = *digits * 10 + static_cast<unsigned>(digit);
+        rest = (rest - static_cast<long double>(digit)) * 10;
     }
-    return digits;
+    return mantissa < 0;
 }
 
 // Calls a function that calculates in extended precision, which must not be inlined, with rounding to nearest. On
@@ -127,9 +128,10 @@ int FormatUtil::formatScienceDouble(wchar_t* out, long double mantissa, int inte
     if (!std::isfinite(mantissa)) {
         length = writeNotFinite(text, static_cast<double>(mantissa));
     } else {
-        const RoundedDecimal value{roundedToNearest(leadingDigits, std::fabs(mantissa)), RoundedDecimal::kMaxCount,
-                                   integerDigits};
-        length = writeFixed(text, mantissa < 0, value, std::max(precision, 0));
+        std::uint64_t digits = 0;
+        const bool isNegative = roundedToNearest(takeLeadingDigits, mantissa, &digits);
+        length =
+            writeFixed(text, isNegative, {digits, RoundedDecimal::kMaxCount, integerDigits}, std::max(precision, 0));
     }
     length = std::min(length, limit);
     std::copy_n(text, length, out);
