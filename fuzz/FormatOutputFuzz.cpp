@@ -14,17 +14,18 @@
 
 namespace {
 
-// All general arguments are this string, so that every letter may take any of them, as an integer too; the doubles are
-// no more than the registers hold, and so never share the stack with the strings.
+// All general arguments are this string, so that every letter may take any of them, as an integer too. The doubles lie
+// in registers of their own, all of them; where one stack holds all arguments, they come after more strings than are
+// ever taken.
 constexpr const wchar_t* kText = L"text \u4e2d";
 constexpr std::ptrdiff_t kMaxDoubles = 7;
 constexpr std::ptrdiff_t kMaxArguments = 24;
 
 int format(wchar_t* out, int capacity, const wchar_t* format) {
     const wchar_t* const t = kText;
-    return FormatUtil::outputStringWithFormat(out, capacity, format, 1.5, -0.0, 1e300, 2.0 / 3, -1234.5678, 5e-324,
-                                              77.0, 0.125, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
-                                              t, t, t, t);
+    return FormatUtil::outputStringWithFormat(out, capacity, format, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t,
+                                              t, t, t, t, t, t, t, 1.5, -0.0, 1e300, 2.0 / 3, -1234.5678, 5e-324, 77.0,
+                                              0.125);
 }
 
 } // namespace

@@ -211,7 +211,7 @@ TEST(OutputWithFormat, TakesArgumentsByPosition) {
     EXPECT_EQ(format(L"%1$*d|%1$*.*f|%1$d", 3), L"  3|0.000|3");
     // What is not collected counts as nothing: the last introducer decides how many there are.
     EXPECT_EQ(format(L"%1$d %d|", 7), L"0 0|");
-    EXPECT_EQ(format(L"%3$d%3$s%3$f|", 1, 2, 2.5), L"02.500000|");
+    EXPECT_EQ(format(L"%3$d%3$s%3$f|", 2.5), L"02.500000|");
     // A number without a position takes the first argument; digits without a dollar sign are a width.
     EXPECT_EQ(format(L"%4d %1$d", 7), L"   7 7");
     // An argument collected as another kind is not taken for a pointer or a double.
