@@ -150,32 +150,6 @@ MachoFile::MachoFile(const char* path) {
     }
 }
 
-std::uint64_t Reader::takeUleb() {
-    std::uint64_t value = 0;
-    std::uint8_t byte;
-    int shift = 0;
-    do {
-        byte = *m_at++;
-        value |= std::uint64_t{byte & 0x7FU} << shift;
-        shift += 7;
-    } while ((byte & 0x80) != 0);
-    return value;
-}
-
-std::int64_t Reader::takeSleb() {
-    std::uint64_t value = 0;
-    std::uint8_t byte;
-    int shift = 0;
-    do {
-        byte = *m_at++;
-        value |= std::uint64_t{byte & 0x7FU} << shift;
-        shift += 7;
-    } while ((byte & 0x80) != 0);
-    if (shift < 64 && (byte & 0x40) != 0)
-        value |= ~std::uint64_t{0} << shift;
-    return static_cast<std::int64_t>(value);
-}
-
 const char* Reader::takeText() {
     const auto* text = reinterpret_cast<const char*>(m_at);
     m_at += std::strlen(text) + 1;

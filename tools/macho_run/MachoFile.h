@@ -1,10 +1,12 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 /// What a Mach-O file of 64 bits says of itself. Only what zig's linker writes is understood: binding by opcodes, two
@@ -86,8 +88,23 @@ public:
         m_at += sizeof value;
         return value;
     }
-    std::uint64_t takeUleb();
-    std::int64_t takeSleb();
+    /// A number of variable length: seven bits a byte, the lowest first, in two's complement where it has a sign.
+    template <std::integral T>
+    T takeLeb128() {
+        std::uint64_t value = 0;
+        unsigned shift = 0;
+        std::uint8_t byte;
+        do {
+            byte = take<std::uint8_t>();
+            value |= std::uint64_t{byte & 0x7FU} << shift;
+            shift += 7;
+        } while ((byte & 0x80) != 0);
+        if (std::is_signed_v<T> && shift < 64 && (byte & 0x40) != 0)
+            value |= ~std::uint64_t{0} << shift;
+        return static_cast<T>(value);
+    }
+    std::uint64_t takeUleb() { return takeLeb128<std::uint64_t>(); }
+    std::int64_t takeSleb() { return takeLeb128<std::int64_t>(); }
     const char* takeText();
 
 private:

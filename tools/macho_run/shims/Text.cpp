@@ -74,67 +74,24 @@ int formatWideVariadic(wchar_t* out, std::size_t size, const wchar_t* format, ..
     return result;
 }
 
-// The functions with a locale argument that the C library here lacks.
-wint_t characterOfByte(int byte, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::btowc(byte);
-}
-int byteOfCharacter(wint_t character, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::wctob(character);
-}
-std::size_t lengthOfCharacter(const char* text, std::size_t size, std::mbstate_t* state, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::mbrlen(text, size, state);
-}
-std::size_t characterOf(wchar_t* out, const char* text, std::size_t size, std::mbstate_t* state, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::mbrtowc(out, text, size, state);
-}
-int characterWithoutState(wchar_t* out, const char* text, std::size_t size, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::mbtowc(out, text, size);
-}
-std::size_t charactersOf(wchar_t* out, const char** text, std::size_t bytes, std::size_t size, std::mbstate_t* state,
-                         locale_t locale) {
-    const LocaleScope scope(locale);
-    return ::mbsnrtowcs(out, text, bytes, size, state);
-}
-std::size_t charactersOfText(wchar_t* out, const char** text, std::size_t size, std::mbstate_t* state,
-                             locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::mbsrtowcs(out, text, size, state);
-}
-std::size_t bytesOfCharacter(char* out, wchar_t character, std::mbstate_t* state, locale_t locale) {
-    const LocaleScope scope(locale);
-    return std::wcrtomb(out, character, state);
-}
-std::size_t bytesOf(char* out, const wchar_t** text, std::size_t characters, std::size_t size, std::mbstate_t* state,
-                    locale_t locale) {
-    const LocaleScope scope(locale);
-    return ::wcsnrtombs(out, text, characters, size, state);
-}
-int formatIn(char* out, std::size_t size, locale_t locale, const char* format, ...) {
+// The functions with a locale argument that the C library here lacks: at the end, or before the format.
+template <auto kFunction>
+struct InLocale;
+
+template <class Result, class... Arguments, bool kIsNoexcept, Result (*kFunction)(Arguments...) noexcept(kIsNoexcept)>
+struct InLocale<kFunction> {
+    static Result call(Arguments... arguments, locale_t locale) {
+        const LocaleScope scope(locale);
+        return kFunction(arguments...);
+    }
+};
+
+template <auto kFunction, class... Arguments>
+int formattedInLocale(Arguments... before, locale_t locale, const char* format, ...) {
     const LocaleScope scope(locale);
     std::va_list arguments;
     va_start(arguments, format);
-    const int result = std::vsnprintf(out, size, format, arguments);
-    va_end(arguments);
-    return result;
-}
-int formatNewIn(char** out, locale_t locale, const char* format, ...) {
-    const LocaleScope scope(locale);
-    std::va_list arguments;
-    va_start(arguments, format);
-    const int result = ::vasprintf(out, format, arguments);
-    va_end(arguments);
-    return result;
-}
-int scanIn(const char* text, locale_t locale, const char* format, ...) {
-    const LocaleScope scope(locale);
-    std::va_list arguments;
-    va_start(arguments, format);
-    const int result = std::vsscanf(text, format, arguments);
+    const int result = kFunction(before..., format, arguments);
     va_end(arguments);
     return result;
 }
@@ -203,18 +160,18 @@ void addTextShims(ImportTable& table) {
     table.add("_mbstowcs", widen);
     table.add("_vswprintf", formatWide);
     table.add("_swprintf", formatWideVariadic);
-    table.add("_btowc_l", characterOfByte);
-    table.add("_wctob_l", byteOfCharacter);
-    table.add("_mbrlen_l", lengthOfCharacter);
-    table.add("_mbrtowc_l", characterOf);
-    table.add("_mbtowc_l", characterWithoutState);
-    table.add("_mbsnrtowcs_l", charactersOf);
-    table.add("_mbsrtowcs_l", charactersOfText);
-    table.add("_wcrtomb_l", bytesOfCharacter);
-    table.add("_wcsnrtombs_l", bytesOf);
-    table.add("_snprintf_l", formatIn);
-    table.add("_asprintf_l", formatNewIn);
-    table.add("_sscanf_l", scanIn);
+    table.add("_btowc_l", InLocale<std::btowc>::call);
+    table.add("_wctob_l", InLocale<std::wctob>::call);
+    table.add("_mbrlen_l", InLocale<std::mbrlen>::call);
+    table.add("_mbrtowc_l", InLocale<std::mbrtowc>::call);
+    table.add("_mbtowc_l", InLocale<std::mbtowc>::call);
+    table.add("_mbsnrtowcs_l", InLocale<::mbsnrtowcs>::call);
+    table.add("_mbsrtowcs_l", InLocale<std::mbsrtowcs>::call);
+    table.add("_wcrtomb_l", InLocale<std::wcrtomb>::call);
+    table.add("_wcsnrtombs_l", InLocale<::wcsnrtombs>::call);
+    table.add("_snprintf_l", formattedInLocale<std::vsnprintf, char*, std::size_t>);
+    table.add("_asprintf_l", formattedInLocale<::vasprintf, char**>);
+    table.add("_sscanf_l", formattedInLocale<std::vsscanf, const char*>);
     table.add("___exp10", tenToThe);
     table.add("_regcomp", compileExpression);
     table.add("_regexec", matchExpression);
