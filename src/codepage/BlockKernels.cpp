@@ -1,6 +1,8 @@
 #include "codepage/BlockKernels.h"
 
 #include "codepage/CharacterSteps.h"
+#include "codepage/NeonBlock.h"
+#include "codepage/Sse2Block.h"
 #include "codepage/TextBlocks.h"
 
 #include <bit>
@@ -134,24 +136,20 @@ constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>,
 
 constinit const TextKernels kPortableKernels = kBlockKernels<WordBlock>;
 
+const TextKernels* sse2Kernels() noexcept {
 #if defined(__SSE2__)
-
-namespace {
-
-constinit const TextKernels kSse2Kernels = kBlockKernels<VectorBlock>;
-
-}
-
-const TextKernels* sse2Kernels() noexcept {
-    return &kSse2Kernels;
-}
-
+    return &kBlockKernels<Sse2Block>;
 #else
-
-const TextKernels* sse2Kernels() noexcept {
     return nullptr;
+#endif
 }
 
+const TextKernels* neonKernels() noexcept {
+#if defined(__aarch64__)
+    return &kBlockKernels<NeonBlock>;
+#else
+    return nullptr;
 #endif
+}
 
 } // namespace tq::detail

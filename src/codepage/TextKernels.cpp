@@ -16,7 +16,7 @@ constinit std::atomic<const TextKernels*> g_current = nullptr;
 
 [[gnu::noinline]] const TextKernels& choose() noexcept {
     const TextKernels* best = &kPortableKernels;
-    for (const KernelSet set : {KernelSet::kSse2, KernelSet::kAvx2}) {
+    for (const KernelSet set : {KernelSet::kSse2, KernelSet::kNeon, KernelSet::kAvx2}) {
         if (const TextKernels* kernels = textKernels(set))
             best = kernels;
     }
@@ -32,6 +32,8 @@ const TextKernels* textKernels(KernelSet set) noexcept {
         return &kPortableKernels;
     case KernelSet::kSse2:
         return sse2Kernels();
+    case KernelSet::kNeon:
+        return neonKernels();
     case KernelSet::kAvx2:
         return platform::hasAvx2() ? avx2Kernels() : nullptr;
     }

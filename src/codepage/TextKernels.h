@@ -6,6 +6,7 @@
 //   plain      character by character: what the others must agree with, and what they leave the ends of texts to
 //   portable   stretches of ASCII in steps of 64-bit words, on any processor
 //   SSE2       in steps of 16 characters, on every x86-64 processor
+//   NEON       the same on every arm64 processor
 //   AVX2       in steps of 32 characters where the text allows it, else as SSE2
 // Conversions run through the best set that the processor has.
 
@@ -41,7 +42,7 @@ struct TextKernels {
 
 extern const TextKernels kPlainKernels;
 
-enum class KernelSet { kPortable, kSse2, kAvx2 };
+enum class KernelSet { kPortable, kSse2, kNeon, kAvx2 };
 
 /// The set, or null where this processor or this build has none of that name.
 const TextKernels* textKernels(KernelSet set) noexcept;

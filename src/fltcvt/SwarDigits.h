@@ -1,18 +1,17 @@
 #pragma once
 
 // Digits by SWAR, SIMD within a register: several characters of a number in parallel in one word or vector. Both
-// directions, both for words of any processor and for vectors of SSE2; both kinds give the same.
+// directions, for words of any processor here and for vectors in Sse2Digits.h and NeonDigits.h; all kinds give the
+// same.
 
+#include "fltcvt/NeonDigits.h"
+#include "fltcvt/Sse2Digits.h"
 #include "platform/PageReads.h"
 
 #include <bit>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace tq::detail {
 
@@ -70,10 +69,8 @@ private:
     }
 
     static std::uint64_t narrowed(const wchar_t* text) noexcept {
-#if defined(__SSE2__)
-        const auto* const vectors = reinterpret_cast<const __m128i*>(text);
-        const __m128i words = _mm_packs_epi32(_mm_loadu_si128(vectors), _mm_loadu_si128(vectors + 1));
-        return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
+#if defined(__SSE2__) || defined(__aarch64__)
+        return eightNarrowed(text);
 #else
         std::uint64_t bytes = 0;
         for (int i = kCount; i-- > 0;)
@@ -90,20 +87,17 @@ private:
 // three divisions, each in all parts of the register at once, by multiplication with a reciprocal that is exact for
 // parts of this size.
 
-inline constexpr std::uint32_t kEightDigitLimit = 100000000;
-
 /// For any processor.
 class SixteenDigitsInWords {
 public:
     explicit SixteenDigitsInWords(std::uint64_t value) noexcept
-        : SixteenDigitsInWords(static_cast<std::uint32_t>(value / kEightDigitLimit),
-                               static_cast<std::uint32_t>(value % kEightDigitLimit)) {
-        assert(value / kEightDigitLimit < kEightDigitLimit);
+        : SixteenDigitsInWords(static_cast<std::uint32_t>(value / kLimit), static_cast<std::uint32_t>(value % kLimit)) {
+        assert(value / kLimit < kLimit);
     }
     /// The digits of two values below 10^8.
     SixteenDigitsInWords(std::uint32_t upper, std::uint32_t lower) noexcept
         : m_upper(digitsOf(upper)), m_lower(digitsOf(lower)) {
-        assert(upper < kEightDigitLimit && lower < kEightDigitLimit);
+        assert(upper < kLimit && lower < kLimit);
     }
 
     /// Writes them as characters.
@@ -120,6 +114,7 @@ public:
     }
 
 private:
+    static constexpr std::uint32_t kLimit = 100000000;
     static constexpr std::uint64_t kZeros = 0x3030303030303030U;
 
     static std::uint64_t digitsOf(std::uint32_t value) noexcept {
@@ -135,51 +130,11 @@ private:
 };
 
 #if defined(__SSE2__)
-
-/// In an SSE2 register.
-class SixteenDigitsInVector {
-public:
-    explicit SixteenDigitsInVector(std::uint64_t value) noexcept
-        : SixteenDigitsInVector(static_cast<std::uint32_t>(value / kEightDigitLimit),
-                                static_cast<std::uint32_t>(value % kEightDigitLimit)) {
-        assert(value / kEightDigitLimit < kEightDigitLimit);
-    }
-    SixteenDigitsInVector(std::uint32_t upper, std::uint32_t lower) noexcept {
-        assert(upper < kEightDigitLimit && lower < kEightDigitLimit);
-        const __m128i eights = _mm_set_epi64x(lower, upper);
-        const __m128i thousands = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(0xD1B71759)), 45);
-        const __m128i rest = _mm_sub_epi32(eights, _mm_mul_epu32(thousands, _mm_set1_epi64x(10000)));
-        const __m128i fours = _mm_or_si128(thousands, _mm_slli_epi64(rest, 32));
-        const __m128i hundreds = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
-        const __m128i below = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
-        const __m128i twos = _mm_or_si128(hundreds, _mm_slli_epi32(below, 16));
-        const __m128i tens = _mm_mulhi_epu16(twos, _mm_set1_epi16(6554));
-        const __m128i ones = _mm_sub_epi16(twos, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
-        m_digits = _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
-    }
-
-    void store(char* out) const noexcept { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), text()); }
-    std::uint64_t upperText() const noexcept { return static_cast<std::uint64_t>(_mm_cvtsi128_si64(text())); }
-    std::uint64_t lowerText() const noexcept {
-        return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(text(), text())));
-    }
-    int significant() const noexcept {
-        const auto nonZeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpgt_epi8(m_digits, _mm_setzero_si128())));
-        return 31 - std::countl_zero(nonZeros << 1 | 1);
-    }
-
-private:
-    __m128i text() const noexcept { return _mm_or_si128(m_digits, _mm_set1_epi8('0')); }
-
-    __m128i m_digits;
-};
-
-using SixteenDigits = SixteenDigitsInVector;
-
+using SixteenDigits = SixteenDigitsInSse2;
+#elif defined(__aarch64__)
+using SixteenDigits = SixteenDigitsInNeon;
 #else
-
 using SixteenDigits = SixteenDigitsInWords;
-
 #endif
 
 } // namespace tq::detail

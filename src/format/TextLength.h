@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/NeonMask.h"
 #include "platform/PageReads.h"
 
 #include <bit>
@@ -32,14 +33,32 @@ inline std::uint32_t zerosInWindow(const wchar_t* text) {
     return sixteen(0) | sixteen(4) << 16;
 }
 
+inline constexpr int kMaskBits = 1; ///< For each character.
+
+#elif defined(__aarch64__)
+
+inline constexpr std::size_t kWindow = 16;
+
+inline std::uint64_t zerosInWindow(const wchar_t* text) {
+    const auto zeros = [text](int first) {
+        const uint8x16_t four = vld1q_u8(reinterpret_cast<const std::uint8_t*>(text + first));
+        return vceqzq_u32(vreinterpretq_u32_u8(four));
+    };
+    const uint16x8_t lower = vmovn_high_u32(vmovn_u32(zeros(0)), zeros(4));
+    const uint16x8_t upper = vmovn_high_u32(vmovn_u32(zeros(8)), zeros(12));
+    return neonMask(vmovn_high_u16(vmovn_u16(lower), upper));
+}
+
+inline constexpr int kMaskBits = 4;
+
 #endif
 
 /// std::wcslen, faster for short texts.
 inline std::size_t textLength(const wchar_t* text) {
-#if defined(__SSE2__)
+#if defined(__SSE2__) || defined(__aarch64__)
     if (platform::mayReadBehind(text, kWindow * sizeof(wchar_t))) [[likely]] {
-        if (const std::uint32_t zeros = zerosInWindow(text); zeros != 0) [[likely]]
-            return static_cast<std::size_t>(std::countr_zero(zeros));
+        if (const auto zeros = zerosInWindow(text); zeros != 0) [[likely]]
+            return static_cast<std::size_t>(std::countr_zero(zeros) / kMaskBits);
     }
 #endif
     return std::wcslen(text);
