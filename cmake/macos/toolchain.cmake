@@ -1,9 +1,8 @@
-# Cross-compilation for macOS on TQ_MACOS_ARCH (x86_64, arm64); TQ_ZIG_DIR is where tools/macos_build.sh has put the
-# compiler.
+# Cross-compilation for macOS on TQ_MACOS_ARCH (x86_64, arm64); TQ_ZIG_COMPILER is what tools/zig_compiler.sh prints.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_PROCESSOR ${TQ_MACOS_ARCH})
-set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TQ_ZIG_DIR TQ_MACOS_ARCH)
-set(CMAKE_CXX_COMPILER "${TQ_ZIG_DIR}/macos-c++-${TQ_MACOS_ARCH}")
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TQ_ZIG_COMPILER TQ_MACOS_ARCH)
+set(CMAKE_CXX_COMPILER "${TQ_ZIG_COMPILER}")
 set(CMAKE_AR llvm-ar CACHE FILEPATH "")
 set(CMAKE_RANLIB llvm-ranlib CACHE FILEPATH "")
 set(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool CACHE FILEPATH "")
