@@ -26,5 +26,13 @@ install(FILES "${PROJECT_BINARY_DIR}/TqOsBaseConfig.cmake" "${PROJECT_BINARY_DIR
 # The prefix is reckoned from where the file lies, so that an installed tree can be moved.
 cmake_path(SET pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH TQ_PC_PREFIX "/${pkgconfig_dir}" "/")
+# What a program needs beside the static library where no C++ compiler links it.
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles("#include <cstddef>\n#if !defined(_LIBCPP_VERSION)\n#error\n#endif\nint main() {}" TQ_IS_LIBCXX)
+if(TQ_IS_LIBCXX)
+  set(TQ_PC_PRIVATE "-lc++ -lm")
+else()
+  set(TQ_PC_PRIVATE "-lstdc++ -lm")
+endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/TqOsBase.pc.in" "${PROJECT_BINARY_DIR}/TqOsBase.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/TqOsBase.pc" DESTINATION ${pkgconfig_dir})

@@ -40,7 +40,10 @@ by_pkg_config() {
     g++ -std=c++17 -fvisibility=hidden consumer/main.cpp "${flags[@]}" -o by-pkg-config
     LD_LIBRARY_PATH=$libdir ./by-pkg-config "$work/file.bin"
     read -ra flags < <(pkg-config --cflags TqOsBase)
-    g++ -std=c++17 consumer/main.cpp "${flags[@]}" "$libdir/libTqOsBase.a" -o by-pkg-config-static
+    g++ -std=c++17 -c consumer/main.cpp "${flags[@]}" -o by-pkg-config-static.o
+    # The C compiler adds no library of its own: what the static one needs, the file has to say.
+    read -ra flags < <(pkg-config --static --libs-only-l TqOsBase)
+    gcc by-pkg-config-static.o "${flags[@]/-lTqOsBase/$libdir/libTqOsBase.a}" -o by-pkg-config-static
     ./by-pkg-config-static "$work/file.bin"
 }
 
