@@ -50,7 +50,7 @@ bool LmCodePage::UnicodeForUserDefinedDBCS(wchar_t& u, short dbcs, int codePage)
         UserDefinedDbcs held = slot.load(std::memory_order_relaxed);
         while (held.code == 0 || held.code == code) { // again when another thread has changed the slot meanwhile
             if (slot.compare_exchange_weak(held, {codePage, code, held.unicode}, std::memory_order_relaxed)) {
-                u = held.unicode;
+                u = static_cast<wchar_t>(held.unicode);
                 return true;
             }
         }

@@ -93,11 +93,12 @@ int scaleUp(long double& magnitude) {
 }
 
 // Calls a function that calculates in extended precision, which must not be inlined, with rounding to nearest. On
-// x86-64 that precision has a rounding mode of its own, apart from that of doubles.
+// x86-64 that precision has a rounding mode of its own, apart from that of doubles. C libraries differ in which of the
+// two they tell, so it is asked before that of doubles is changed.
 template <class Result, class... Parameters>
 Result roundedToNearest(Result (*function)(Parameters...), Parameters... arguments) {
-    const tq::platform::DefaultFloatMode floatMode;
     const int mode = std::fegetround();
+    const tq::platform::DefaultFloatMode floatMode;
     if (mode == FE_TONEAREST)
         return function(arguments...);
     std::fesetround(FE_TONEAREST);

@@ -69,8 +69,8 @@ ssize_t writeTo(void* cookie, const char* buffer, std::size_t size) {
     return static_cast<ssize_t>(done);
 }
 
-int moveTo(void* cookie, off64_t* offset, int whence) {
-    const off64_t position = isDue(Call::kMove) ? failed() : ::lseek(fileOf(cookie), *offset, whence);
+int moveTo(void* cookie, off_t* offset, int whence) {
+    const off_t position = isDue(Call::kMove) ? failed() : ::lseek(fileOf(cookie), *offset, whence);
     if (position >= 0)
         *offset = position;
     return position < 0 ? -1 : 0;
