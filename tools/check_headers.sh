@@ -4,18 +4,17 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 [ $# -gt 0 ] || set -- g++ clang++
-flags=(-fsyntax-only -Wall -Wextra -Wpedantic -Wundef -Wshadow -Wconversion -Werror -Iinclude -x c++)
-failed=0 count=0
-while read -r header; do
-    for compiler in "$@"; do
-        for standard in c++17 c++20 c++2b; do
-            count=$((count + 1))
-            if ! echo "#include <${header#include/}>" | "$compiler" -std=$standard "${flags[@]}" -; then
-                echo "$header: $compiler -std=$standard failed" >&2
-                failed=1
-            fi
-        done
+
+alone() { # COMPILER STANDARD HEADER
+    echo "#include <${3#include/}>" | "$1" "-std=$2" -fsyntax-only -Wall -Wextra -Wpedantic -Wundef -Wshadow \
+        -Wconversion -Werror -Iinclude -x c++ - || { echo "$3: $1 -std=$2 failed" >&2; return 1; }
+}
+export -f alone
+
+list=$(for compiler in "$@"; do
+    for standard in c++17 c++20 c++2b; do
+        find include -name '*.h' | sort | sed "s/^/$compiler $standard /"
     done
-done < <(find include -name '*.h' | sort)
-echo "$count compilations"
-exit $failed
+done | grep -v 'c++17 include/TqOsBase/format/Checked[.]h') # the one header that asks for more
+xargs -P "$(getconf _NPROCESSORS_ONLN)" -L 1 bash -c 'alone "$@"' alone <<<"$list"
+echo "$(wc -l <<<"$list") compilations"

@@ -86,12 +86,12 @@ const FormatParameters& ParameterArray::at(int number) const {
 }
 
 bool ArgumentSource::collectPositions(const wchar_t* format, va_list args) {
-    int count = 0;
-    m_positional = FormatUtil::isDefineSelfParaIndex(&count, format);
-    if (!m_positional || count == 0)
+    const FormatPositions positions = positionsIn(format);
+    m_positional = positions.any;
+    if (!positions.any || positions.count == 0)
         return true;
-    return m_parameters.allocate(count) &&
-           FormatUtil::valist2FormatParameters(args, m_parameters.data(), format, count);
+    return m_parameters.allocate(positions.count) &&
+           FormatUtil::valist2FormatParameters(args, m_parameters.data(), format, positions.count);
 }
 
 std::int64_t ArgumentSource::collectedInteger(int number) const {
@@ -111,36 +111,10 @@ const wchar_t* ArgumentSource::collectedString(int number) const {
 } // namespace tq::detail
 
 bool FormatUtil::isDefineSelfParaIndex(int* count, const wchar_t* format) {
-    using namespace tq::detail;
-    bool positional = false;
-    int introducers = 0;
-    int highest = 0;
-    int fromLast = 0;
-    const wchar_t* p = format;
-    while (p != nullptr && *p != L'\0') {
-        if (p[0] == L'%' && p[1] == L'%') {
-            p += 2;
-            continue;
-        }
-        if (*p != L'%' && *p != L'*') {
-            ++p;
-            continue;
-        }
-        ++introducers;
-        ++p;
-        const bool hasDigits = isDecimalDigit(*p);
-        const int number = readNumber(p);
-        highest = std::max(highest, number);
-        const bool hasPosition = hasDigits && *p == L'$';
-        fromLast = hasPosition ? highest : 0;
-        positional = positional || hasPosition;
-        // The character after the digits introduces nothing.
-        if (*p != L'\0')
-            ++p;
-    }
+    const tq::detail::FormatPositions positions = tq::detail::positionsIn(format != nullptr ? format : L"");
     if (count != nullptr)
-        *count = std::min(introducers, fromLast);
-    return positional;
+        *count = positions.count;
+    return positions.any;
 }
 
 bool FormatUtil::valist2FormatParameters(va_list args, FormatParameters* params, const wchar_t* format, int count) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/ArgumentCursor.h"
-#include "format/Directive.h"
 
+#include <TqOsBase/format/Directive.h>
 #include <TqOsBase/format/FormatUtil.h>
 
 #include <cstdarg>

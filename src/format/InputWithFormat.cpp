@@ -1,45 +1,14 @@
 #include "base/CharacterClass.h"
-#include "format/Directive.h"
 #include "format/ScanFields.h"
 
 #include <TqOsBase/format/InputWithFormat.h>
+#include <TqOsBase/format/ScanDirective.h>
 
 namespace {
 
 using tq::detail::IntegerField;
+using tq::detail::ScanDirective;
 using tq::detail::StoreSize;
-
-constexpr unsigned kUnlimitedWidth = 65535;
-
-struct ScanDirective {
-    bool assign = true;
-    unsigned width = kUnlimitedWidth;
-    bool widthGiven = false;
-    bool isLong = false;
-    bool isShort = false;
-    wchar_t letter = L'\0';
-};
-
-// Reads the directive whose `%` stands before `p` and steps past its letter, which is 0 when the format ends first.
-ScanDirective parseScanDirective(const wchar_t*& p) {
-    ScanDirective directive;
-    if (*p == L'*') {
-        directive.assign = false;
-        ++p;
-    }
-    if (tq::detail::isDecimalDigit(*p)) {
-        directive.width = static_cast<unsigned>(tq::detail::readNumber(p));
-        directive.widthGiven = true;
-    }
-    directive.isLong = *p == L'l';
-    directive.isShort = *p == L'h';
-    if (directive.isLong || directive.isShort)
-        ++p;
-    directive.letter = *p;
-    if (directive.letter != L'\0')
-        ++p;
-    return directive;
-}
 
 // The integer letters; base 1 for all others.
 IntegerField integerField(const ScanDirective& directive) {
@@ -135,7 +104,7 @@ int InputWithFormat(bool fromStream, const void* source, const wchar_t* format, 
             ++p;
         } else if (*p == L'%' && p[1] != L'%') {
             ++p;
-            stop = scanField(parseScanDirective(p), buffer, arguments, assigned);
+            stop = scanField(tq::detail::parseScanDirective(p), buffer, arguments, assigned);
         } else {
             stop = !matchOne(buffer, *p);
             p += *p == L'%' ? 2 : 1;

@@ -3,7 +3,8 @@
 #include "fltcvt/PowersOfTen.h"
 #include "fltcvt/WideDigits.h"
 #include "format/ArgumentSource.h"
-#include "format/Directive.h"
+
+#include <TqOsBase/format/Directive.h>
 
 #include <algorithm>
 #include <array>

@@ -1,12 +1,12 @@
 #include "fltcvt/Ieee754.h"
 #include "format/ArgumentSource.h"
-#include "format/Directive.h"
 #include "format/IntegerText.h"
 #include "format/NumberText.h"
 #include "format/QModeText.h"
 #include "format/TextLength.h"
 #include "format/WideOutput.h"
 
+#include <TqOsBase/format/Directive.h>
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/OutputWithFormat.h>
 

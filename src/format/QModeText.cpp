@@ -4,11 +4,11 @@
 
 #include "fltcvt/Ieee754.h"
 #include "format/AngleText.h"
-#include "format/Directive.h"
 #include "format/LengthText.h"
 #include "format/UnitSettings.h"
 #include "platform/FloatMode.h"
 
+#include <TqOsBase/format/Directive.h>
 #include <TqOsBase/format/FormatUtil.h>
 #include <TqOsBase/format/QMode.h>
 

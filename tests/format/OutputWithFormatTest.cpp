@@ -1,6 +1,6 @@
 // The directive grammar of the output engine, its padding, its failures, and arguments by position.
 
-#include "format/Directive.h"
+#include <TqOsBase/format/Directive.h>
 #include "format/FormatProbe.h"
 #include "reference/GuardedBuffer.h"
 

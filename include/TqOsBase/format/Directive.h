@@ -1,7 +1,8 @@
 #pragma once
 
-// The grammar of the output engine's directives. All of it is constexpr and needs no other internal header, so that
-// formats can be read at compile time too.
+/// \file
+/// The grammar of the output engine's directives. All of it is constexpr: the engine reads formats with it at run time,
+/// and Checked.h at compile time.
 
 #include <TqOsBase/format/FormatUtil.h>
 
@@ -61,6 +62,42 @@ constexpr int readArgumentPosition(const wchar_t*& p, bool positional) noexcept 
     if (*p == L'$')
         ++p;
     return number;
+}
+
+/// What the positions in a format amount to.
+struct FormatPositions {
+    bool any;  ///< Some directive has one.
+    int count; ///< Arguments to collect; see FormatUtil::isDefineSelfParaIndex.
+};
+
+/// Looks for positions in a terminated format.
+constexpr FormatPositions positionsIn(const wchar_t* format) noexcept {
+    FormatPositions found{false, 0};
+    int introducers = 0;
+    int highest = 0;
+    for (const wchar_t* p = format; *p != L'\0';) {
+        if (p[0] == L'%' && p[1] == L'%') {
+            p += 2;
+            continue;
+        }
+        if (*p != L'%' && *p != L'*') {
+            ++p;
+            continue;
+        }
+        ++introducers;
+        ++p;
+        const bool hasDigits = isDecimalDigit(*p);
+        const int number = readNumber(p);
+        highest = highest > number ? highest : number;
+        const bool hasPosition = hasDigits && *p == L'$';
+        found.any = found.any || hasPosition;
+        found.count = hasPosition ? highest : 0;
+        // The character after the digits introduces nothing.
+        if (*p != L'\0')
+            ++p;
+    }
+    found.count = found.count < introducers ? found.count : introducers;
+    return found;
 }
 
 /// Reads digits or `*` at `p`.
