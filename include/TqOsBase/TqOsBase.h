@@ -1,8 +1,10 @@
 #pragma once
 
-/// Everything the library offers.
+/// Everything the library offers, but for what is asked for by itself: containers/Range.h, format/Checked.h (C++20) and
+/// the headers in porting/.
 
 #include <TqOsBase/Export.h>
+#include <TqOsBase/Version.h>
 #include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/CodePageId.h>
 #include <TqOsBase/codepage/LineBreak.h>

@@ -8,7 +8,7 @@
                                   before a table, one or more: for every row the call, with the code of the cells put
                                   in for the numbers, gives the text of the cell after the equals sign
 
-Statements and calls of a page are one program, and each runs in a process of its own, so that settings of one are not
+A line `<!-- c++20 -->` anywhere asks for that; otherwise the code is C++17. Statements and calls of a page are one program, and each runs in a process of its own, so that settings of one are not
 seen by the next. Prints every difference; fails when there is one or when the page claims nothing.
 """
 
@@ -58,6 +58,7 @@ class Page:
         self.shared, self.programs, self.pieces = [], [], []
         self.path = path
         lines = path.read_text(encoding="utf-8").split("\n")
+        self.standard = "c++20" if "<!-- c++20 -->" in lines else "c++17"
         before, last, checks, number = "", None, [], 0
         while number < len(lines):
             line = lines[number]
@@ -133,7 +134,7 @@ def main():
         source.write_text(code, encoding="utf-8")
         program = source.with_suffix("")
         compiler, *rest = options.compile
-        command = [compiler, "-std=c++17", "-Wall", "-Wextra", "-Werror", "-o", program, source, *rest]
+        command = [compiler, f"-std={page.standard}", "-Wall", "-Wextra", "-Werror", "-o", program, source, *rest]
         if subprocess.run(command).returncode != 0:
             sys.exit(f"{page.path.name}: does not compile")
         return program

@@ -29,7 +29,7 @@ TEST(Checked, WritesWhatTheEngineWrites) {
     const CStdStr<wchar_t> text = L"text";
     EXPECT_EQ(tq::format(out, L"%d %s %s %s %s|", kRed, string, text, vectorOf(L"vector"), L"literal"), 29);
     EXPECT_STREQ(out, L"3 string text vector literal|");
-    EXPECT_EQ(tq::format(out, 64, L"%c%D %.1f %x %.20q*", L'c', 5L, 2.5F, short{255}, 1, 30.5), 19);
+    EXPECT_EQ(tq::format(out, 64, L"%c%D %.1f %x %.20q*", L'c', 5L, 2.5F, short{255}, 1, 30.5), 17);
     EXPECT_STREQ(out, L"c5 2.5 FF 30.5000") << "with the units at the start";
     EXPECT_EQ(tq::format(out, L"%2$s %1$*3$d|", 7, L"seven", 3), 10);
     EXPECT_STREQ(out, L"seven   7|");

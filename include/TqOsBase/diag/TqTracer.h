@@ -13,7 +13,7 @@ class TQ_API TqTracer {
 public:
     /// Prints to standard output as vprintf() does. Deliberately asks no hook: sm_pfnTraceA can be set, but is for
     /// the application's own use.
-    explicit TqTracer(const char* format, ...);
+    [[gnu::format(printf, 2, 3)]] explicit TqTracer(const char* format, ...);
 
     /// Formats in memory and calls sm_pfnTraceW with the text, which lives until the hook returns. Throws the
     /// `const wchar_t*` text "Out of memory!!" when there is no memory or the text cannot be formatted: an argument

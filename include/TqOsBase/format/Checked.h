@@ -22,7 +22,8 @@
 /// \file
 /// The formatted output and input of OutputWithFormat() and InputWithFormat() with formats that the compiler checks
 /// against their arguments, by the engine's own grammar, positions and `*` included. A call that does not fit is not
-/// compiled; the diagnostic calls the argument and the fault by name, such as `argument<2>::f_needs_a_double()`. What is compiled is the call of the engine with the same arguments, so it takes as long. C++20.
+/// compiled; the diagnostic calls the argument and the fault by name, such as `argument<2>::f_needs_a_double()`. What
+/// is compiled is the call of the engine with the same arguments, so it takes as long. C++20.
 
 namespace tq {
 
