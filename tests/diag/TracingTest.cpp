@@ -91,7 +91,7 @@ TEST(Tracing, HooksGetWhatTheWideConstructorFormats) {
     TqTracer::setTraceFunctionW([](const wchar_t* text) { g_wideTraces.emplace_back(text); });
 
     EXPECT_EQ(printedBy("C", [] { TqTracer("narrow %d", 1); }), "narrow 1") << "asks no hook";
-    TqTracer("");
+    TqTracer("%s", "");
     EXPECT_EQ(g_narrowTraces, 0);
     TqTracer(L"%d items", 3);
     TqTracer(L"");
