@@ -63,7 +63,14 @@ bool TqAnsiTextIterator::isAtEnd() const noexcept {
     return *m_position == 0 || (m_length != kUnbounded && m_position >= m_end);
 }
 
-unsigned int TqAnsiTextIterator::nextChar() noexcept {
+namespace {
+
+// Callers that were compiled before nextChar() was inline find it in the library.
+[[maybe_unused, gnu::used]] constexpr auto kNextChar = &TqAnsiTextIterator::nextChar;
+
+} // namespace
+
+unsigned int TqAnsiTextIterator::nextUncommonChar() noexcept {
     m_characterStart = m_position;
     m_current = 0;
     if (isAtEnd())

@@ -35,6 +35,17 @@ CStringList::~CStringList() {
     RemoveAll();
 }
 
+namespace {
+
+// Callers that were compiled before these were inline find them in the library.
+[[maybe_unused,
+  gnu::used]] constexpr CStringList::String& (CStringList::*kGetNext)(__POSITION*&) = &CStringList::GetNext;
+[[maybe_unused, gnu::used]] constexpr const CStringList::String& (CStringList::*kGetNextConst)(__POSITION*&) const =
+    &CStringList::GetNext;
+[[maybe_unused, gnu::used]] constexpr auto kGetHeadPosition = &CStringList::GetHeadPosition;
+
+} // namespace
+
 CStringList::CNode* CStringList::node(__POSITION* pos) {
     if (pos == nullptr)
         throw std::out_of_range("CStringList: no such element");
@@ -69,22 +80,8 @@ const CStringList::String& CStringList::GetTail() const {
     return requireTail()->data;
 }
 
-__POSITION* CStringList::GetHeadPosition() const noexcept {
-    return position(m_pNodeHead);
-}
-
 __POSITION* CStringList::GetTailPosition() const noexcept {
     return position(m_pNodeTail);
-}
-
-CStringList::String& CStringList::GetNext(__POSITION*& pos) {
-    CNode* here = node(pos);
-    pos = position(here->pNext);
-    return here->data;
-}
-
-const CStringList::String& CStringList::GetNext(__POSITION*& pos) const {
-    return const_cast<CStringList*>(this)->GetNext(pos);
 }
 
 CStringList::String& CStringList::GetPrev(__POSITION*& pos) {

@@ -129,12 +129,18 @@ void TqFlatMemBuf::readBytes(std::uint64_t pos, unsigned char* buf, std::uint32_
 
 void TqFlatMemBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
     const std::uint64_t end = std::uint64_t{m_position} + n;
-    if (end > static_cast<std::uint64_t>(m_bytes.physicalLength())) {
-        const auto keeper = recordWith(m_bytes, buf);
-        moveBytes(setLogicalLength(end) + m_position, buf, n);
-    } else {
-        moveBytes(setLogicalLength(end) + m_position, buf, n);
-    }
+    unsigned char* const bytes = end <= INT_MAX ? m_bytes.setLogicalLengthAtHand(static_cast<int>(end)) : nullptr;
+    if (bytes == nullptr) [[unlikely]]
+        return writeBytesElsewhere(buf, n);
+    moveBytes(bytes + m_position, buf, n);
+    m_position = static_cast<std::uint32_t>(end);
+}
+
+// Where the bytes need storage first: more of it, or their own.
+void TqFlatMemBuf::writeBytesElsewhere(const unsigned char* buf, std::uint32_t n) {
+    const std::uint64_t end = std::uint64_t{m_position} + n;
+    const auto keeper = recordWith(m_bytes, buf);
+    moveBytes(setLogicalLength(end) + m_position, buf, n);
     m_position = static_cast<std::uint32_t>(end);
 }
 

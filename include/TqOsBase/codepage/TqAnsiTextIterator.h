@@ -22,7 +22,14 @@ public:
 
     /// Reads the next character and returns it; 0, and the position unmoved, at the end. The escape `\U+0000` gives 0
     /// too, but moves on. An escape that begins before the text's length is read whole, even beyond that length.
-    unsigned int nextChar() noexcept;
+    TQ_API unsigned int nextChar() noexcept {
+        const auto byte = static_cast<unsigned char>(*m_position);
+        if (byte == 0 || byte == '\\' || m_multiByte || m_position >= m_end)
+            return nextUncommonChar();
+        m_characterStart = m_position++;
+        m_current = byte;
+        return byte;
+    }
 
     /// The character read last; 0 before the first one and after the end.
     unsigned int operator*() const noexcept { return m_current; }
@@ -66,6 +73,7 @@ protected:
 
 private:
     bool isAtEnd() const noexcept;
+    unsigned int nextUncommonChar() noexcept; // an escape, the end, or where lead bytes are asked for
 };
 
 /// True when `text` may be walked byte by byte: its code page is not a double-byte one (IsMultiByteCodePage) and no

@@ -49,13 +49,13 @@ public:
     const String& GetTail() const;
 
     /// The first position, null when the list is empty.
-    __POSITION* GetHeadPosition() const noexcept;
+    TQ_API __POSITION* GetHeadPosition() const noexcept { return reinterpret_cast<__POSITION*>(m_pNodeHead); }
     /// The last position, null when the list is empty.
     __POSITION* GetTailPosition() const noexcept;
 
     /// The string at `pos`; `pos` moves on to the next node, null after the tail.
-    String& GetNext(__POSITION*& pos);
-    const String& GetNext(__POSITION*& pos) const;
+    TQ_API String& GetNext(__POSITION*& pos) { return next(pos); }
+    TQ_API const String& GetNext(__POSITION*& pos) const { return next(pos); }
     /// The string at `pos`; `pos` moves back to the previous node, null before the head.
     String& GetPrev(__POSITION*& pos);
     const String& GetPrev(__POSITION*& pos) const;
@@ -110,6 +110,11 @@ private:
     };
 
     static CNode* node(__POSITION* pos);
+    static String& next(__POSITION*& pos) {
+        CNode* const here = pos != nullptr ? reinterpret_cast<CNode*>(pos) : node(pos); // node(): throws
+        pos = reinterpret_cast<__POSITION*>(here->pNext);
+        return here->data;
+    }
     static __POSITION* position(CNode* node) noexcept;
     CNode* requireHead() const;
     CNode* requireTail() const;

@@ -69,6 +69,17 @@ public:
         m_data->m_logicalLength = length;
     }
 
+    /// Sets the number of elements in use, 0 or more, where that takes neither slots nor a copy, and returns the slots;
+    /// otherwise null, with nothing changed.
+    T* setLogicalLengthAtHand(int length) noexcept {
+        assert(length >= 0);
+        Data& record = *m_data.get();
+        if (length > record.m_physicalLength || record.isShared()) // so the shared empty record
+            return nullptr;
+        record.m_logicalLength = length;
+        return record.m_elements;
+    }
+
     /// Gives the elements a record of their own with exactly `length` slots; 0 returns the vector to the shared empty
     /// record, and the present number changes nothing. The logical length is 0 then although the elements are in their
     /// slots: the caller sets it before anything else, because a copy that unshares takes only the elements that count.

@@ -94,6 +94,7 @@ private:
         m_position += n;
         return place;
     }
+    [[gnu::visibility("hidden")]] void writeBytesElsewhere(const unsigned char* buf, std::uint32_t n);
     unsigned char* setLogicalLength(std::uint64_t length);
     unsigned char* writableBytes();
 
