@@ -4,7 +4,7 @@
 # macOS on arm64 runs nothing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-version=$(sed -n 's/^  VERSION \(.*\)/\1/p' CMakeLists.txt)
+version=$(sed -n 's/.*kVersion.*"\(.*\)".*/\1/p' include/TqOsBase/Version.h)
 name=TqOsBase-$version-macos
 stage=$PWD/build/macos/$name
 # Debian gives it no name of its own.

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs the tests of a build folder ($1) but those that the list $2 names, and says which are not run and why.
+# Runs the tests of a build folder ($1) but those that the list $2 names, and says which are not run and why. What
+# follows are options of ctest.
 set -euo pipefail
 build=$1 list=$2 excluded=''
 while IFS=$'\t' read -r pattern reason; do
@@ -7,6 +8,6 @@ while IFS=$'\t' read -r pattern reason; do
     excluded+=${excluded:+|}$pattern
     ctest --test-dir "$build" -N -R "$pattern" | sed -n "s/^ *Test *#[0-9]*: \(.*\)/not run: \1: $reason/p"
 done <"$list"
-ctest --test-dir "$build" -E "$excluded" --no-tests=error --output-on-failure -j "$(getconf _NPROCESSORS_ONLN)" \
+ctest --test-dir "$build" -E "$excluded" --no-tests=error --output-on-failure -j "$(getconf _NPROCESSORS_ONLN)" "${@:3}" \
     >"$build/suite.log" 2>&1 || { grep -v ' Passed ' "$build/suite.log" | tail -n 150; exit 1; }
 grep -E 'tests passed|Total Test time' "$build/suite.log"
