@@ -52,7 +52,8 @@ class Picture:
 
 def rooms():
     """The rooms, highest first, and which of them three calls pass through."""
-    names = [("crtcompat", "runtime names: _wfopen, _wtoi, swprintf"), ("stream", "byte streams over memory and files"),
+    names = [("porting", "more Windows names, for who asks for them"),
+             ("crtcompat", "runtime names: _wfopen, _wtoi, swprintf"), ("stream", "byte streams over memory and files"),
              ("format", "formatted text, lengths, angles"), ("codepage", "escaped text, UTF-8, code page tables"),
              ("fltcvt", "digits of doubles, exactly"), ("containers", "shared vectors and strings, lists, maps"),
              ("memory", "pools over 8 GiB of addresses"), ("diag", "exceptions, traces, locks"),

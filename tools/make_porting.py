@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Makes the table of docs/porting.md and the header TqOsBase/porting/Warnings.h from docs/porting.tsv, and the header's
+"""Makes the tables of docs/porting.md and the header TqOsBase/porting/Warnings.h from docs/porting.tsv, and the header's
 declarations from the public headers. With --check it compares instead of writing.
 
 A row of the data is: name, status, harm ("loses" data, "ends" the process, or nothing), what differs, what to use
-instead; separated by tabs."""
+instead, and for a name that a program has to ask for the header of porting/ that has it; separated by tabs. Such a
+header is not read for the warnings: its functions are declared in tq::windows, where it finds them marked."""
 
 import pathlib
 import re
@@ -26,6 +27,7 @@ TOP = """\
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 /// \\file
 /// Warnings for ported code: after this header is included, every call of a Windows function that the library answers
@@ -45,17 +47,20 @@ TOP = """\
 
 def rows() -> list:
     lines = DATA.read_text(encoding="utf-8").splitlines()
-    return [line.split("\t") for line in lines if not line.startswith("#")]
+    return [(line.split("\t") + [""])[:6] for line in lines if not line.startswith("#")]
 
 
 def cell(text: str) -> str:
     return text.replace("|", "\\|")
 
 
-def page_table() -> str:
-    lines = ["| function | status | what differs | instead |", "|---|---|---|---|"]
-    for name, status, _, difference, instead in rows():
-        lines.append(f"| `{name}` | {status} | {cell(difference)} | {cell(instead)} |".replace("|  |", "| |"))
+def page_table(of_pack: bool) -> str:
+    columns = ["function", *(["header"] if of_pack else []), "status", "what differs", "instead"]
+    lines = [f"| {' | '.join(columns)} |", "|---" * len(columns) + "|"]
+    for name, status, _, difference, instead, source in rows():
+        if bool(source) == of_pack:
+            where = f"`{source}` | " if of_pack else ""
+            lines.append(f"| `{name}` | {where}{status} | {cell(difference)} | {cell(instead)} |".replace("|  |", "| |"))
     return "\n".join(lines) + "\n"
 
 
@@ -77,30 +82,38 @@ def warning(status: str, difference: str, instead: str) -> str:
 
 def header() -> str:
     known = declarations()
-    levels = {1: [], 2: []}
+    marked = {(level, of_pack): [] for level in (1, 2) for of_pack in (False, True)}
     sources = set()
-    for name, status, harm, difference, instead in rows():
+    for name, status, harm, difference, instead, pack in rows():
         if status == "complete" or "::" in name:
             continue
-        if name not in known:
+        found = [entry for entry in known.get(name, []) if not pack or entry[0].endswith(f"/{pack}")]
+        if not found:
             sys.exit(f"{DATA.name}: no declaration of {name}")
-        for source, declaration in known[name]:
-            sources.add(source)
+        for source, declaration in found:
+            if not pack:
+                sources.add(source)
             pieces = textwrap.wrap(warning(status, difference, instead), 100, drop_whitespace=False)
             quoted = "\n             ".join(f'"{piece}"' for piece in pieces)
-            levels[1 if harm else 2].append(f"[[deprecated({quoted})]]\n{declaration};\n")
+            visible = "TQ_API " if pack else ""
+            marked[1 if harm else 2, bool(pack)].append(f"[[deprecated({quoted})]]\n{visible}{declaration};\n")
     includes = "\n".join(f"#include <{source}>" for source in sorted(sources))
     text = TOP.format(includes=includes)
-    for level, marked in levels.items():
-        text += f"\n#if TQ_PORTING_WARNINGS >= {level}\n// clang-format off\n{''.join(marked)}// clang-format on\n#endif\n"
+    for level in (1, 2):
+        body = "".join(marked[level, False])
+        if marked[level, True]:
+            body += f"namespace tq::windows {{\n{''.join(marked[level, True])}}} // namespace tq::windows\n"
+        text += f"\n#if TQ_PORTING_WARNINGS >= {level}\n// clang-format off\n{body}// clang-format on\n#endif\n"
     return text
 
 
 def page() -> str:
     text = PAGE.read_text(encoding="utf-8")
-    start = text.index("| function | status |")
-    end = re.compile(r"(?:^\|.*\n)+", re.MULTILINE).match(text, start).end()
-    return text[:start] + page_table() + text[end:]
+    for of_pack, heading in ((False, "| function | status |"), (True, "| function | header |")):
+        start = text.index(heading)
+        end = re.compile(r"(?:^\|.*\n)+", re.MULTILINE).match(text, start).end()
+        text = text[:start] + page_table(of_pack) + text[end:]
+    return text
 
 
 def main() -> None:

@@ -40,6 +40,7 @@ TESTS = {
                "test_faults"],
     "stream": ["test_stream", "test_faults", "test_interface", "replay_path_split", "test_base"],
     "crtcompat": ["test_crtcompat", "docs.limits", "test_faults"],
+    "porting": ["test_porting", "docs.porting"],
 }
 UNTESTED = {"HeapCheck.cpp", "HeapCheck.h"}  # the tests' own walker
 

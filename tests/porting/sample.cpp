@@ -19,7 +19,7 @@ int main() {
     archive::CloseHandle(handle);
     std::vector<int>::swprintf(1);
     long length = _wtol(L"12");                             // loses _wtol
-    if (_stricmp(a, b) == 0)                                // not answered _stricmp
+    if (_stricmp(a, b) == 0)                                // header _stricmp
         return ::_wtoi(text);                               // loses _wtoi
     _mbsrev(bytes);                                         // ends _mbsrev
     UINT page = GetACP();                                   // differs GetACP

@@ -17,6 +17,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 
 /// \file
 /// Warnings for ported code: after this header is included, every call of a Windows function that the library answers
@@ -248,5 +249,24 @@ std::FILE* _wfopen(const wchar_t* name, const wchar_t* mode);
 int _waccess(const wchar_t* name, int mode);
 [[deprecated("partial: the caller frees the result; instead: free the result")]]
 wchar_t* _wgetenv(const wchar_t* name);
+namespace tq::windows {
+[[deprecated("partial: the C library's modes, no encodings and no translation of line ends; others may open the "
+             "file at the same time; instead: tq::openInput, tq::openOutput")]]
+TQ_API int fopen_s(std::FILE** out, const char* name, const char* mode);
+[[deprecated("partial: removes a file that is read-only or open too; instead: ask with _waccess_s first")]]
+TQ_API int _wunlink(const wchar_t* name);
+[[deprecated("partial: removes a file that is read-only or open too; instead: ask with _waccess_s first")]]
+TQ_API int _wremove(const wchar_t* name);
+[[deprecated("partial: st_ctime is the time of the last change, not of the creation")]]
+TQ_API int _wstat64(const wchar_t* name, struct _stat64* status);
+[[deprecated("partial: time that the system sleeps may be left out")]]
+TQ_API unsigned long long GetTickCount64();
+[[deprecated("partial: goes to the hook of TqTracer, at the start to standard output; instead: "
+             "TqTracer::setTraceFunctionW")]]
+TQ_API void OutputDebugStringA(const char* text);
+[[deprecated("partial: goes to the hook of TqTracer, at the start to standard output; instead: "
+             "TqTracer::setTraceFunctionW")]]
+TQ_API void OutputDebugStringW(const wchar_t* text);
+} // namespace tq::windows
 // clang-format on
 #endif

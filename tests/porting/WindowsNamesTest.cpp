@@ -1,0 +1,413 @@
+#include "reference/GuardedBuffer.h"
+#include "reference/Locales.h"
+#include "reference/TempFolder.h"
+#include "reference/Testing.h"
+
+#include <TqOsBase/diag/TqTracer.h>
+#include <TqOsBase/porting/WindowsNames.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+int ownComparison(const char* a, const char* b); // OwnNames.cpp
+
+namespace {
+
+std::string plain(const char* text) {
+    return text;
+}
+std::string plain(const wchar_t* text) {
+    return std::string(text, text + std::wcslen(text));
+}
+std::wstring widened(const std::string& text) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return std::wstring(bytes, bytes + text.size());
+}
+int measure(const char* format, std::va_list list) {
+    return _vsnprintf(nullptr, 0, format, list);
+}
+int measure(const wchar_t* format, std::va_list list) {
+    return _vsnwprintf(nullptr, 0, format, list);
+}
+int write(char (&room)[120], const char* format, std::va_list list) {
+    return _vsnprintf_s(room, _TRUNCATE, format, list);
+}
+int write(wchar_t (&room)[120], const wchar_t* format, std::va_list list) {
+    return _vsnwprintf_s(room, _TRUNCATE, format, list);
+}
+
+// The text, or the error number when there is none.
+template <class Char>
+std::string text(const Char* format, ...) {
+    Char room[120] = {Char('#'), Char()};
+    std::va_list list;
+    va_start(list, format);
+    errno = 0;
+    const int length = write(room, format, list);
+    EXPECT_EQ(measure(format, list), length) << "the list stays unread";
+    va_end(list);
+    EXPECT_EQ(std::max(length, 0), static_cast<int>(std::char_traits<Char>::length(room)));
+    return length >= 0 ? plain(room) : "error " + std::to_string(errno);
+}
+
+TEST(WindowsNames, FormatsAreReadAsWindowsReadsThem) {
+    const long long big = -(1LL << 40);
+    void* const address = reinterpret_cast<void*>(0xAB12);
+    const std::string refused = "error " + std::to_string(EINVAL);
+    const std::pair<std::string, const char*> rows[] = {
+        {text("%s %S %hs %ls %ws %hS %lS", "a", L"b", "c", L"d", L"e", "f", L"g"), "a b c d e f g"},
+        {text(L"%s %S %hs %ls %ws %hS %lS", L"a", "b", "c", L"d", L"e", "f", L"g"), "a b c d e f g"},
+        {text("%c%C%hc%lc%wc", 'a', L'b', 'c', L'd', L'e'), "abcde"},
+        {text(L"%c%C%hc%lc%wc", L'a', 'b', 'c', L'd', L'e'), "abcde"},
+        {text("%I64d %I64x %I32d %Iu %zu", big, 255LL, -3, sizeof big, sizeof big), "-1099511627776 ff -3 8 8"},
+        {text(L"%I64d %I64x %I32d %Iu %zu", big, 255LL, -3, sizeof big, sizeof big), "-1099511627776 ff -3 8 8"},
+        {text("%hhd %hd %ld %lld %jd %td", 257, 65537, big, big, big, big),
+         "1 1 -1099511627776 -1099511627776 -1099511627776 -1099511627776"},
+        {text("%p|%20p|%-18p|%.3p|%#p", address, address, address, address, address),
+         "000000000000AB12|    000000000000AB12|000000000000AB12  |000000000000AB12|0X000000000000AB12"},
+        {text(L"%p%5.*p", address, 6, address), "000000000000AB1200AB12"},
+        {text("%+5d|%-5i|%05u|% o|%#x|%X|%.3d", 7, 7, 7U, 8, 10, 10, 5), "   +7|7    |00007|10|0xa|A|005"},
+        {text(L"%*.*f|%lf|%Lg|%E|%hG|%a", 7, 2, 1.5, 0.5, 2.5L, 1.0, 0.25, 1.0),
+         "   1.50|0.500000|2.5|1.000000E+00|0.25|0x1p+0"},
+        {text("100%% %%d %-4s|%.2S|%4.1ws|", "a", L"bcd", L"efg"), "100% %d a   |bc|   e|"},
+        {text(L"100%% %%d %-4s|%.2S|%4.1hs|", L"a", "bcd", "efg"), "100% %d a   |bc|   e|"},
+        {text("%s %S", "\xC3\xA9", L"\u00E9"), "\xC3\xA9 \xC3\xA9"}, // also in the locale "C"
+    };
+    for (const auto& [got, expected] : rows)
+        EXPECT_EQ(got, expected);
+    reference::GuardedBuffer<char> guarded(32);
+    for (const char* format :
+         {"%",    "a%",    "%n",  "%hn", "%5",   "%5%", "%.", "%l",    "%I64",         "%I64s",
+          "%lls", "%I64c", "%wd", "%Ld", "%1$d", "%'d", "%Z", "%ld%y", "%2147483648d", "%.99999999999999999999d",
+          "%\xC3"}) {
+        EXPECT_EQ(text(guarded.place(format, std::strlen(format) + 1), 1, 1), refused) << format;
+        EXPECT_EQ(text(widened(format).c_str(), 1, 1), refused) << format;
+    }
+    EXPECT_EQ(text(static_cast<const char*>(nullptr)), refused);
+    EXPECT_EQ(text(static_cast<const wchar_t*>(nullptr)), refused);
+    // Those that grow most, on both sides of the length from which they take a block.
+    for (const int pointers : {63, 64, 20000}) {
+        std::string format;
+        for (int i = 0; i < pointers; ++i)
+            format += "%p";
+        EXPECT_EQ(_scprintf((format + "%y").c_str()), -1);
+    }
+    EXPECT_EQ(_scprintf((std::string(1000, 'x') + "%p").c_str(), address), 1016);
+    EXPECT_EQ(_scwprintf(L"%s%*d", L"ab", 9, 1), 11);
+}
+
+// One text of `length` characters through each function, in the widths in turn with and without a list.
+int viaList(int (*function)(char*, std::size_t, const char*, std::va_list), char* dst, std::size_t size, ...) {
+    std::va_list list;
+    va_start(list, size);
+    const int result = function(dst, size, "%.*s", list);
+    va_end(list);
+    return result;
+}
+constexpr const char* kText = "abcdefgh";
+constexpr const wchar_t* kWideText = L"abcdefgh";
+int bounded(char* dst, std::size_t count, int length) {
+    return viaList(_vsnprintf, dst, count, length, kText);
+}
+int bounded(wchar_t* dst, std::size_t count, int length) {
+    return _snwprintf(dst, count, L"%.*s", length, kWideText);
+}
+int withRoom(char* dst, std::size_t size, int length) {
+    return sprintf_s(dst, size, "%.*s", length, kText);
+}
+int withRoom(wchar_t* dst, std::size_t size, int length) {
+    return swprintf_s(dst, size, L"%.*s", length, kWideText);
+}
+int secure(char* dst, std::size_t size, std::size_t count, int length) {
+    return _snprintf_s(dst, size, count, "%.*s", length, kText);
+}
+int secure(wchar_t* dst, std::size_t size, std::size_t count, int length) {
+    return _snwprintf_s(dst, size, count, L"%.*s", length, kWideText);
+}
+
+template <class Char>
+class Widths : public testing::Test {};
+using BothWidths = testing::Types<char, wchar_t>;
+TYPED_TEST_SUITE(Widths, BothWidths);
+
+TYPED_TEST(Widths, BoundsOfFormattedText) {
+    using Text = std::basic_string<TypeParam>;
+    const Text whole(kWideText, kWideText + 8);
+    reference::GuardedBuffer<TypeParam> guarded(16);
+    for (int length = 0; length <= 8; ++length) {
+        const auto characters = static_cast<std::size_t>(length);
+        const Text expected = whole.substr(0, characters) + TypeParam();
+        for (std::size_t size = 0; size <= 10; ++size) {
+            TypeParam* dst = guarded.last(size);
+            const auto holds = [&](const Text& content) {
+                return size == 0 || std::equal(content.begin(), content.end(), dst);
+            };
+            EXPECT_EQ(bounded(dst, size, length), characters <= size ? length : -1);
+            EXPECT_TRUE(holds(expected.substr(0, size))) << length << " " << size;
+            const bool fits = characters < size;
+            const auto checkFailure = [&](int result, int error) {
+                EXPECT_EQ(result, -1);
+                EXPECT_EQ(errno, error);
+                EXPECT_TRUE(holds(Text(1, TypeParam())));
+            };
+            if (const int result = withRoom(dst, size, length); fits) {
+                EXPECT_EQ(result, length);
+                EXPECT_TRUE(holds(expected));
+            } else {
+                checkFailure(result, size == 0 ? EINVAL : ERANGE);
+            }
+            for (const std::size_t count :
+                 {std::size_t(0), std::size_t(2), std::size_t(5), std::size_t(9), _TRUNCATE}) {
+                errno = 0;
+                const int result = secure(dst, size, count, length);
+                if (size == 0 || (count != _TRUNCATE && std::min(count, characters) >= size)) {
+                    checkFailure(result, size == 0 ? EINVAL : ERANGE);
+                    continue;
+                }
+                const std::size_t kept = std::min({characters, count, size - 1});
+                EXPECT_EQ(result, kept == characters ? length : -1);
+                EXPECT_EQ(errno, 0);
+                EXPECT_TRUE(holds(whole.substr(0, kept) + TypeParam())) << length << " " << size << " " << count;
+            }
+        }
+    }
+    TypeParam* const none = nullptr;
+    EXPECT_EQ(bounded(none, 0, 5), 5);
+    EXPECT_EQ(secure(none, 0, 0, 5), 0);
+    errno = 0;
+    for (const int result : {bounded(none, 3, 5), withRoom(none, 3, 5), secure(none, 3, 3, 5), secure(none, 0, 3, 5)}) {
+        EXPECT_EQ(result, -1);
+        EXPECT_EQ(errno, EINVAL);
+    }
+}
+
+constexpr std::size_t kAll = 99; // as a count: the functions without one
+int append(char* dst, std::size_t size, const char* src, std::size_t count) {
+    return count == kAll ? strcat_s(dst, size, src) : strncat_s(dst, size, src, count);
+}
+int append(wchar_t* dst, std::size_t size, const wchar_t* src, std::size_t count) {
+    return count == kAll ? wcscat_s(dst, size, src) : wcsncat_s(dst, size, src, count);
+}
+int copy(char* dst, std::size_t size, const char* src, std::size_t count) {
+    return count == kAll ? strcpy_s(dst, size, src) : strncpy_s(dst, size, src, count);
+}
+int copy(wchar_t* dst, std::size_t size, const wchar_t* src, std::size_t count) {
+    if (size != 0)
+        dst[0] = L'\0'; // the library has its own copies of wide text
+    return append(dst, size, src, count);
+}
+
+TYPED_TEST(Widths, SecureCopiesAndAppends) {
+    using Text = std::basic_string<TypeParam>;
+    const Text letters(kWideText, kWideText + 8);
+    reference::GuardedBuffer<TypeParam> rooms(16);
+    reference::GuardedBuffer<TypeParam> sources(16);
+    // `old` characters in the destination; as many as its size mean that it has no terminator. A copy does not mind.
+    const auto check = [&](bool isCopy, std::size_t size, std::size_t old, std::size_t length, std::size_t count) {
+        TypeParam* dst = rooms.last(size);
+        std::fill(dst, dst + size, TypeParam('#'));
+        if (old < size)
+            dst[old] = TypeParam();
+        // A source that the count cuts need not have a terminator.
+        const Text placed = letters.substr(0, length) + (length < count ? Text(1, TypeParam()) : Text());
+        const TypeParam* src = sources.place(placed.data(), placed.size());
+        errno = 0;
+        const int result = isCopy ? copy(dst, size, src, count) : append(dst, size, src, count);
+        const std::size_t kept = isCopy ? 0 : old;
+        const std::size_t wanted = kept + std::min(length, count);
+        const int noRoom = count == _TRUNCATE ? STRUNCATE : ERANGE;
+        const int error = kept == size ? EINVAL : wanted < size ? 0 : noRoom;
+        EXPECT_EQ(result, error) << isCopy << " " << size << " " << old << " " << length << " " << count;
+        EXPECT_EQ(errno, error == STRUNCATE ? 0 : error);
+        const Text whole = Text(kept, TypeParam('#')) + letters.substr(0, length);
+        const bool isEmptied = error == EINVAL || error == ERANGE;
+        EXPECT_TRUE(dst == whole.substr(0, isEmptied ? 0 : std::min(wanted, size - 1)));
+    };
+    for (std::size_t size = 1; size <= 8; ++size)
+        for (std::size_t old = 0; old <= size; ++old)
+            for (std::size_t length = 0; length <= 8; ++length)
+                for (const std::size_t count : {std::size_t(0), std::size_t(1), std::size_t(3), kAll, _TRUNCATE})
+                    for (const bool isCopy : {false, true})
+                        check(isCopy, size, old, length, count);
+    TypeParam room[4] = {TypeParam('#'), TypeParam()};
+    TypeParam* const none = nullptr;
+    const TypeParam* const some = letters.c_str();
+    for (const std::size_t count : {kAll, std::size_t(1), _TRUNCATE}) {
+        EXPECT_EQ(append(none, 4, some, count), EINVAL);
+        EXPECT_EQ(append(room, 0, some, count), ERANGE);
+        EXPECT_EQ(append(room, 0, none, count), EINVAL);
+        EXPECT_EQ(append(room, 4, none, count), EINVAL);
+        EXPECT_EQ(room[0], TypeParam());
+        EXPECT_EQ(copy(room, 4, none, count), EINVAL);
+    }
+}
+
+char* next(char* text, const char* delimiters, char** context) {
+    return strtok_s(text, delimiters, context);
+}
+wchar_t* next(wchar_t* text, const wchar_t* delimiters, wchar_t** context) {
+    return wcstok_s(text, delimiters, context);
+}
+
+TYPED_TEST(Widths, Tokens) {
+    TypeParam text[] = {',', 'a', ',', ';', 'b', ';', 0};
+    const TypeParam delimiters[] = {',', ';', 0};
+    TypeParam* context = nullptr;
+    TypeParam* const none = nullptr;
+    EXPECT_EQ(next(none, delimiters, &context), none);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(next(text, delimiters, &context), text + 1);
+    EXPECT_EQ(next(none, delimiters, &context), text + 4);
+    EXPECT_EQ(text[2] + text[5], 0);
+    errno = 0;
+    for (int again = 0; again < 2; ++again)
+        EXPECT_EQ(next(none, delimiters, &context), none);
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(next(text, nullptr, &context), none);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(next(text, delimiters, nullptr), none);
+}
+
+TEST(WindowsNames, CopiesThatAreNotTheLibrarysOwn) {
+    char room[4] = "#";
+    EXPECT_EQ(strcpy_s(nullptr, 4, "a"), EINVAL);
+    EXPECT_EQ(strcpy_s(room, 0, "a"), ERANGE);
+    EXPECT_EQ(strcpy_s(room, 0, nullptr), EINVAL);
+    EXPECT_EQ(strncpy_s(nullptr, 4, "a", 1), EINVAL);
+    EXPECT_EQ(strncpy_s(room, 0, "a", 1), EINVAL);
+    EXPECT_STREQ(room, "#");
+    wchar_t wide[4] = L"";
+    EXPECT_EQ(strcpy_s(room, "abc") + wcscat_s(wide, L"abc"), 0) << "arrays";
+    EXPECT_EQ(strcat_s(room, "d"), ERANGE);
+    EXPECT_EQ(wcscat_s(wide, L"d"), ERANGE);
+    EXPECT_EQ(strncpy_s(room, "abcd", 2) + strncat_s(room, "cd", 1) + wcsncat_s(wide, L"cd", 1), 0);
+    EXPECT_STREQ(room, "abc");
+    EXPECT_EQ(sprintf_s(room, "%d", 1234) + swprintf_s(wide, L"%d", 1234), -2);
+    EXPECT_EQ(_snprintf_s(room, 2, "%d", 1234) + _snwprintf_s(wide, _TRUNCATE, L"%d", 1234), -2);
+    EXPECT_EQ(std::string(room) + plain(wide), "12123");
+    EXPECT_EQ(_countof(room), 4U);
+}
+
+TEST(WindowsNames, ComparisonsAndDuplicates) {
+    struct Row {
+        const char* a;
+        const char* b;
+        std::size_t count;
+        int order;
+    };
+    const Row rows[] = {{"", "", 9, 0},     {"Pier", "pIER", 9, 0}, {"a", "B", 9, -1},
+                        {"B", "a", 9, 1},   {"_", "A", 9, -1},      {"ab", "A", 9, 1},
+                        {"ab", "AC", 1, 0}, {"ab", "AC", 2, -1},    {"\xE9", "a", 9, 1}};
+    const auto sign = [](int value) { return (value > 0) - (value < 0); };
+    for (const auto& [a, b, count, order] : rows) {
+        const std::wstring wideA = widened(a);
+        const std::wstring wideB = widened(b);
+        EXPECT_EQ(sign(_strnicmp(a, b, count)), order) << a << " " << b;
+        EXPECT_EQ(sign(_wcsnicmp(wideA.c_str(), wideB.c_str(), count)), order) << a << " " << b;
+        if (count == 9) {
+            EXPECT_EQ(sign(_stricmp(a, b)) + sign(_wcsicmp(wideA.c_str(), wideB.c_str())), 2 * order);
+        }
+    }
+    for (const auto& [a, b] : {std::pair<const char*, const char*>{nullptr, "a"}, {"a", nullptr}}) {
+        errno = 0;
+        EXPECT_EQ(_stricmp(a, b), _NLSCMPERROR);
+        EXPECT_EQ(errno, EINVAL);
+    }
+    EXPECT_NE(_wcsicmp(L"\u00C9", L"\u00E9"), 0);
+    std::setlocale(LC_ALL, reference::kUtf8Locale);
+    EXPECT_EQ(_wcsicmp(L"\u00C9", L"\u00E9"), 0) << "the locale has more letters";
+    std::setlocale(LC_ALL, "C");
+
+    const std::unique_ptr<char, decltype(&std::free)> narrow(_strdup("pier"), std::free);
+    const std::unique_ptr<wchar_t, decltype(&std::free)> wide(_wcsdup(L"pier"), std::free);
+    EXPECT_EQ(narrow.get() + plain(wide.get()), "pierpier");
+    EXPECT_EQ(_strdup(nullptr), nullptr);
+    EXPECT_EQ(_wcsdup(nullptr), nullptr);
+    EXPECT_EQ(ownComparison("a", "b"), 42) << "a program keeps a function of that name";
+}
+
+TEST(WindowsNames, FilesAndFolders) {
+    const reference::TempFolder folder;
+    const auto before = std::filesystem::current_path();
+    const std::wstring name = folder.wide(L"\u00E9\u4E2D");
+    const std::wstring inside = name + L"/file.txt";
+    EXPECT_EQ(_wmkdir(name.c_str()), 0);
+    std::FILE* file = stdin;
+    EXPECT_EQ(fopen_s(&file, folder.path("\xC3\xA9\xE4\xB8\xAD/file.txt").c_str(), "w+b"), 0);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(_fseeki64(file, (1LL << 32) + 2, SEEK_SET), 0);
+    std::fputc('x', file);
+    EXPECT_EQ(_ftelli64(file), (1LL << 32) + 3);
+    EXPECT_EQ(_fileno(file), ::fileno(file));
+    EXPECT_EQ(_fseeki64(file, 0, 77), -1);
+    EXPECT_EQ(errno, EINVAL);
+    std::fclose(file);
+    struct __stat64 status = {};
+    EXPECT_EQ(_wstat64(inside.c_str(), &status), 0);
+    EXPECT_EQ(status.st_size, (1LL << 32) + 3);
+    EXPECT_EQ(status.st_mode & _S_IFMT, _S_IFREG);
+    EXPECT_EQ(_waccess_s(inside.c_str(), 6), 0);
+    EXPECT_EQ(_wchdir(name.c_str()), 0);
+    EXPECT_EQ(_wstat64(L"file.txt", &status), 0);
+    std::filesystem::current_path(before);
+
+    const std::wstring missing = folder.wide("missing");
+    const auto errorOf = [](long long result) { return result == -1 ? errno : -1; };
+    EXPECT_EQ(errorOf(_wmkdir(name.c_str())), EEXIST);
+    EXPECT_EQ(errorOf(_wrmdir(name.c_str())), ENOTEMPTY);
+    EXPECT_EQ(errorOf(_wrmdir(inside.c_str())), ENOTEMPTY);
+    EXPECT_EQ(errorOf(_wunlink(name.c_str())), EACCES);
+    EXPECT_EQ(errorOf(_wremove(name.c_str())), EACCES);
+    EXPECT_EQ(errorOf(_wchdir(inside.c_str())), ENOENT);
+    EXPECT_EQ(errorOf(_wunlink(missing.c_str())), ENOENT);
+    EXPECT_EQ(errorOf(_wmkdir(std::wstring(1024, L'n').c_str())), ENAMETOOLONG);
+    EXPECT_EQ(errorOf(_wstat64(nullptr, &status)), EINVAL);
+    EXPECT_EQ(errorOf(_wstat64(inside.c_str(), nullptr)), EINVAL);
+    EXPECT_EQ(_waccess_s(missing.c_str(), 0), ENOENT);
+    EXPECT_EQ(_waccess_s(inside.c_str(), 1), EINVAL);
+    EXPECT_EQ(_waccess_s(nullptr, 0), EINVAL);
+    EXPECT_EQ(errorOf(_fseeki64(nullptr, 0, SEEK_SET)), EINVAL);
+    EXPECT_EQ(errorOf(_fileno(nullptr)), EINVAL);
+    EXPECT_EQ(errorOf(_ftelli64(nullptr)), EINVAL);
+    EXPECT_EQ(fopen_s(nullptr, "a", "r"), EINVAL);
+    EXPECT_EQ(fopen_s(&file, nullptr, "r"), EINVAL);
+    EXPECT_EQ(fopen_s(&file, "a", nullptr), EINVAL);
+    EXPECT_NE(file, nullptr) << "left alone";
+    EXPECT_EQ(fopen_s(&file, folder.path("missing").c_str(), "r"), ENOENT);
+    EXPECT_EQ(file, nullptr);
+    EXPECT_EQ(_wunlink(inside.c_str()), 0);
+    EXPECT_EQ(_wrmdir(name.c_str()), 0);
+    EXPECT_EQ(_waccess_s(name.c_str(), 0), ENOENT);
+}
+
+std::wstring g_traced;
+
+TEST(WindowsNames, TimeAndTraces) {
+    LARGE_INTEGER frequency;
+    LARGE_INTEGER start;
+    LARGE_INTEGER end;
+    const unsigned long long ticks = GetTickCount64();
+    ASSERT_EQ(QueryPerformanceFrequency(&frequency) + QueryPerformanceCounter(&start), 2);
+    Sleep(3);
+    Sleep(0);
+    QueryPerformanceCounter(&end);
+    EXPECT_GE(end.QuadPart - start.QuadPart, frequency.QuadPart * 3 / 1000);
+    EXPECT_GE(GetTickCount64() - ticks, 2U);
+    EXPECT_EQ((static_cast<long long>(end.HighPart) << 32) + end.LowPart, end.QuadPart);
+    EXPECT_EQ(end.u.LowPart, end.LowPart);
+    EXPECT_EQ(QueryPerformanceCounter(nullptr), FALSE);
+
+    TqTracer::setTraceFunctionW([](const wchar_t* text) { g_traced += text; });
+    OutputDebugStringW(L"5 %s ");
+    OutputDebugStringA("\xC3\xA9 %d");
+    OutputDebugStringA(nullptr);
+    OutputDebugStringW(nullptr);
+    EXPECT_EQ(g_traced, L"5 %s \u00E9 %d");
+    TqTracer::setTraceFunctionW(TqTracer::defaultTraceW);
+    char zeroed[] = "abc";
+    ZeroMemory(zeroed, 2);
+    EXPECT_EQ(std::string(zeroed, 3), std::string("\0\0c", 3));
+}
+
+} // namespace
