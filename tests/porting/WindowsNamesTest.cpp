@@ -10,8 +10,6 @@
 #include <filesystem>
 #include <memory>
 
-int ownComparison(const char* a, const char* b); // OwnNames.cpp
-
 namespace {
 
 std::string plain(const char* text) {
@@ -324,7 +322,6 @@ TEST(WindowsNames, ComparisonsAndDuplicates) {
     EXPECT_EQ(narrow.get() + plain(wide.get()), "pierpier");
     EXPECT_EQ(_strdup(nullptr), nullptr);
     EXPECT_EQ(_wcsdup(nullptr), nullptr);
-    EXPECT_EQ(ownComparison("a", "b"), 42) << "a program keeps a function of that name";
 }
 
 TEST(WindowsNames, FilesAndFolders) {

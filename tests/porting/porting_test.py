@@ -15,6 +15,7 @@ import tempfile
 tree = pathlib.Path(sys.argv[1])
 here = pathlib.Path(__file__).resolve().parent
 failures = []
+WARNED = r"warning: '(?:[^']*?[ *:])?(\w+)(?:\([^']*\))?' is deprecated"
 
 
 def check(holds: bool, what: str) -> None:
@@ -59,11 +60,11 @@ def test_report() -> None:
         check(report(pathlib.Path(folder, "none")).returncode == 3 and report("--what").returncode == 3, "bad arguments")
 
 
-def warnings_of(compiler: str, source: str, *options: str) -> str:
+def warnings_of(compiler: str, source: str, *options: str, fails: bool = False) -> str:
     command = [compiler, "-std=c++17", f"-I{tree}/include", "-Wall", "-Wextra", "-fsyntax-only", *options, "-x", "c++", "-"]
     result = subprocess.run(command, input=source, capture_output=True, text=True, check=False,
                             env=dict(os.environ, LC_ALL="C"))
-    check(result.returncode == 0, f"{compiler}: {result.stderr}")
+    check((result.returncode != 0) == fails, f"{compiler}: {result.stderr}")
     return result.stderr
 
 
@@ -82,14 +83,34 @@ def test_warnings(compiler: str) -> None:
     source += "    static_cast<void>(list);\n}\n"
     for level, wanted in ((2, lambda row: row[1] != "complete"), (1, lambda row: row[2] != "")):
         text = warnings_of(compiler, source, f"-DTQ_PORTING_WARNINGS={level}")
-        warned = set(re.findall(r"warning: '(?:[^']*?[ *:])?(\w+)(?:\([^']*\))?' is deprecated", text))
+        warned = set(re.findall(WARNED, text))
         named = {row[0] for row in rows if wanted(row)}
         check(warned == named, f"{compiler}, level {level}: {sorted(warned ^ named)}")
         check(level == 1 or "instead: wcstol with base 10" in text, f"{compiler}: the warning says what to use")
 
 
+def test_ported_program(compiler: str) -> None:
+    """A program in the Windows way: nothing without the names pack; with it the report and the warnings name one set."""
+    path = tree / "examples" / "ported_log_summary" / "main.cpp"
+    include = "#include <TqOsBase/porting/WindowsNames.h>\n"
+    source = path.read_text(encoding="utf-8")
+    bare = source.replace(include, "")
+    check(bare != source and "error" in warnings_of(compiler, bare, fails=True), f"{compiler}: compiles without the names")
+    with tempfile.TemporaryDirectory() as folder:
+        pathlib.Path(folder, "bare.cpp").write_text(bare, encoding="utf-8")
+        wanting = json.loads(report("--json", folder).stdout)["counts"]
+    found = json.loads(report("--json", "--all", path).stdout)
+    check(wanting["header"] > 50 and sum(wanting.values()) == sum(found["counts"].values()),
+          f"without the names {wanting}, with them {found['counts']}")
+    named = {(f["line"], f["name"]) for f in found["findings"] if f["kind"] != "complete"}
+    text = warnings_of(compiler, source, "-include", "TqOsBase/porting/Warnings.h")
+    warned = {(int(line), name) for line, name in re.findall(rf"<stdin>:(\d+):\d+: {WARNED}", text)}
+    check(warned == named and len(named) > 8, f"{compiler}: report and warnings differ: {sorted(warned ^ named)}")
+
+
 test_report()
 for compiler in sys.argv[2:]:
     test_warnings(compiler)
+    test_ported_program(compiler)
 print("\n".join(failures) if failures else "all as expected")
 sys.exit(1 if failures else 0)

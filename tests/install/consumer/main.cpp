@@ -1,6 +1,8 @@
-// Uses every room of the installed library once, through the umbrella header only.
+// Uses every room of the installed library once, through the umbrella header and the one that is asked for.
 
+#define TQ_WINDOWS_QUALIFIED
 #include <TqOsBase/TqOsBase.h>
+#include <TqOsBase/porting/WindowsNames.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -9,6 +11,11 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+
+// A program keeps its own function of a Windows name.
+int _stricmp(const char*, const char*) {
+    return 42;
+}
 
 namespace {
 
@@ -38,6 +45,14 @@ void text() {
     expect(std::strcmp(narrow.asArrayPtr(), "A\\U+00E9") == 0, "and back");
     expect(LmCodePage::LanguageToCodePage(0x0411) == 932, "Japanese has code page 932");
     expect(GetACP() == 0, "there is no ANSI code page");
+}
+
+void porting() {
+    expect(_stricmp("a", "A") == 42 && tq::windows::_stricmp("a", "A") == 0, "two functions of one name");
+    char small[4];
+    expect(tq::windows::sprintf_s(small, "%ws", L"abcd") == -1 && small[0] == '\0', "without room there is no text");
+    LARGE_INTEGER ticks;
+    expect(tq::windows::QueryPerformanceCounter(&ticks) == TRUE, "the clock ticks");
 }
 
 void containers() {
@@ -139,6 +154,7 @@ int main(int argc, char** argv) {
         return 2;
     memory();
     text();
+    porting();
     containers();
     streams(argv[1]);
     exceptions();
