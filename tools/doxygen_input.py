@@ -4,8 +4,8 @@
 In the headers one comment stands for all overloads that follow it without a blank line, and that of a copy constructor
 for the assignment behind it. Doxygen wants each to have its own, so it is repeated in front of them, on the same line,
 to keep the line numbers of warnings. Doxygen leaves out the free names of a file without a file comment, and says
-nothing: every header gets one at its end. It makes dead links to the members of a union without a name, whose braces are
-left out, and to types declared in a private part, which is left out as a whole.
+nothing: every header gets one at its end. It makes dead links to the members of a union or structure without a name,
+whose braces are left out, and to types declared in a private part, which is left out as a whole.
 
 In headers and pages alike, Doxygen drops a % in front of a word that is not quoted, where it turns a link off, and
 keeps the backslash of \\| in a table's code: both are written as it wants them. It knows no headings of other pages: a
@@ -20,7 +20,7 @@ PERCENT = re.compile(r'("[^"]*")|%(?=[A-Za-z_])')
 CODE_WITH_BAR = re.compile(r"`([^`]*\\\|[^`]*)`")
 PLACE_IN_PAGE = re.compile(r"(\]\([\w/]+\.md)#[\w-]+\)")
 PRIVATE_PART = re.compile(r"^private:\n(?:(?!\};).*\n)*", re.MULTILINE)
-UNNAMED_UNION = re.compile(r"^    union \{\n((?:        .*\n)+)    \};\n", re.MULTILINE)
+UNNAMED_UNION = re.compile(r"^    (?:union|__extension__ struct) \{\n((?:        .*\n)+)    \};\n", re.MULTILINE)
 NAME = re.compile(r"(operator[^(\s]*(?:\(\))?|~?\w+)\s*\(")
 
 

@@ -10,11 +10,10 @@
 /// `tq::windows`, and `using tq::windows::_stricmp;` takes one. All are reentrant.
 namespace tq::windows {
 
-/// \name Comparison
+/// @{
 /// Less than 0, 0, or more than 0, as `a` stands before, with or after `b` once both are in lower case by the current C
 /// locale (in the locale "C" ASCII letters alone have case). The second pair looks at no more than `count` bytes or
 /// characters. When either is null the result is _NLSCMPERROR, with `errno` EINVAL.
-/// @{
 TQ_API int _stricmp(const char* a, const char* b);
 TQ_API int _wcsicmp(const wchar_t* a, const wchar_t* b);
 TQ_API int _strnicmp(const char* a, const char* b, std::size_t count);

@@ -35,8 +35,8 @@ TQ_API int strncat_s(char* dst, std::size_t size, const char* src, std::size_t c
 TQ_API int wcsncat_s(wchar_t* dst, std::size_t size, const wchar_t* src, std::size_t count);
 /// @}
 
-/// \name The same on arrays, whose size is known
 /// @{
+/// The same on arrays, whose size is known.
 template <std::size_t size>
 int strcpy_s(char (&dst)[size], const char* src) {
     return strcpy_s(dst, size, src);

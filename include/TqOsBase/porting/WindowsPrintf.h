@@ -30,31 +30,34 @@
 /// reentrant.
 namespace tq::windows {
 
-/// \name Bounded forms that may leave out the terminator
+/// @{
+/// Bounded forms that may leave out the terminator.
+///
 /// Up to `count` characters of the text; the terminator after them only when the text is shorter than `count`. The
 /// length of the text when it is not longer than `count`, else -1, with the first `count` characters written. A null
 /// `dst` with a count of 0 gives the length; with another count it is a failure.
-/// @{
 TQ_API int _snprintf(char* dst, std::size_t count, const char* format, ...);
 TQ_API int _snwprintf(wchar_t* dst, std::size_t count, const wchar_t* format, ...);
 TQ_API int _vsnprintf(char* dst, std::size_t count, const char* format, std::va_list arguments);
 TQ_API int _vsnwprintf(wchar_t* dst, std::size_t count, const wchar_t* format, std::va_list arguments);
 /// @}
 
-/// \name Forms that want room
+/// @{
+/// Forms that want room.
+///
 /// The whole text and its terminator in the `size` characters of `dst`, or a failure: ERANGE when there is no room. The
 /// length of the text. A size of 0 and a null `dst` are failures.
-/// @{
 TQ_API int sprintf_s(char* dst, std::size_t size, const char* format, ...);
 TQ_API int swprintf_s(wchar_t* dst, std::size_t size, const wchar_t* format, ...);
 /// @}
 
-/// \name Secure bounded forms
+/// @{
+/// Secure bounded forms.
+///
 /// Up to `count` characters of the text and always a terminator, in `size` characters. The length of the text when all
 /// of it was written; -1, and no failure, when `count` cut it. When `dst` has no room for what `count` asks for, that
 /// is a failure with ERANGE, except with _TRUNCATE as the count: then the text is cut to the room, and -1 returned. A
 /// null `dst` with size and count of 0 gives 0; otherwise a null `dst` and a size of 0 are failures.
-/// @{
 TQ_API int _snprintf_s(char* dst, std::size_t size, std::size_t count, const char* format, ...);
 TQ_API int _snwprintf_s(wchar_t* dst, std::size_t size, std::size_t count, const wchar_t* format, ...);
 TQ_API int _vsnprintf_s(char* dst, std::size_t size, std::size_t count, const char* format, std::va_list arguments);
@@ -68,8 +71,8 @@ TQ_API int _scprintf(const char* format, ...);
 TQ_API int _scwprintf(const wchar_t* format, ...);
 /// @}
 
-/// \name The secure forms on arrays, whose size is known
 /// @{
+/// The secure forms on arrays, whose size is known.
 template <std::size_t size, class... Arguments>
 int sprintf_s(char (&dst)[size], const char* format, Arguments... arguments) {
     return sprintf_s(dst, size, format, arguments...);
