@@ -47,8 +47,13 @@ int formatInto(wchar_t* dst, std::size_t size, const wchar_t* format, std::va_li
     const WindowsFormat<wchar_t> translated(format);
     if (translated.text() == nullptr)
         return -1;
+    const int before = errno;
+    errno = 0;
     const FormattedText formatted(translated.text(), arguments);
-    if (size != 0 && formatted.length() >= 0) {
+    if (formatted.length() < 0) // some C libraries do not say that a text is too long, or call it otherwise
+        return errno == EILSEQ || errno == ENOMEM ? -1 : fail(EOVERFLOW);
+    errno = before;
+    if (size != 0) {
         const std::size_t written = std::min(static_cast<std::size_t>(formatted.length()), size - 1);
         std::wmemcpy(dst, formatted.text(), written);
         dst[written] = L'\0';

@@ -92,6 +92,7 @@ TEST(WindowsNames, FormatsAreReadAsWindowsReadsThem) {
         EXPECT_EQ(_scprintf((format + "%y").c_str()), -1);
     }
     EXPECT_EQ(_scprintf((std::string(1000, 'x') + "%p").c_str(), address), 1016);
+    EXPECT_EQ(text(L"%*d", 524288, 1), "error " + std::to_string(EOVERFLOW));
     EXPECT_EQ(_scwprintf(L"%s%*d", L"ab", 9, 1), 11);
 }
 

@@ -31,6 +31,7 @@ int main() {
     wprintf(L"%I64d%% %5.2f", big, 1.0);                    // format wprintf
     wprintf(L"%S %C", narrow, 'c');                         // format wprintf, format wprintf
     wprintf(L"%d %*d", 1, width);                           // format wprintf
+    swprintf_s(b, L"%s %I64d %d", L"x", 1LL);               // header swprintf_s, format swprintf_s
     wprintf(L"%ls %hs %d" L"%u", wide, narrow, (1, 2), f(1, 2));
     Sleep(5);
     _strdup(text);

@@ -4,10 +4,8 @@
 #include <TqOsBase/porting/WindowsTypes.h>
 
 /// \file
-/// Comparison without regard to case, and copies of text on the heap, under their Windows names. The functions are
-/// those of `tq::windows`, taken to the global namespace here: no symbol of the library has their plain name, and a
-/// program that defines such a function itself keeps it. With `TQ_WINDOWS_QUALIFIED` defined they stay in
-/// `tq::windows`, and `using tq::windows::_stricmp;` takes one. All are reentrant.
+/// Comparison without regard to case, and copies of text on the heap, under their Windows names; how these reach the
+/// global namespace is said in WindowsNames.h. All are reentrant.
 namespace tq::windows {
 
 /// @{

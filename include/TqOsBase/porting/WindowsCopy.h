@@ -5,7 +5,7 @@
 
 /// \file
 /// The secure copies and tokenizers of text that the library does not answer elsewhere; how the names reach the global
-/// namespace is said in WindowsCompare.h. (`wcscpy_s` and `wcsncpy_s` are not here: they are those of
+/// namespace is said in WindowsNames.h. (`wcscpy_s` and `wcsncpy_s` are not here: they are those of
 /// SecureFunctions.h, which cut where these fail.)
 ///
 /// The result is 0 or an error number, which `errno` has as well, and a failure empties a destination that has room:

@@ -8,7 +8,7 @@
 
 /// \file
 /// Files and folders under the Windows runtime's names that the library does not answer elsewhere; how the names reach
-/// the global namespace is said in WindowsCompare.h. (`_wfopen`, `_wfopen_s`, `_wrename`, `_waccess` and `_wgetcwd` are
+/// the global namespace is said in WindowsNames.h. (`_wfopen`, `_wfopen_s`, `_wrename`, `_waccess` and `_wgetcwd` are
 /// those of FileFunctions.h.) Wide names are converted and bounded as there: 1,023 bytes, ENAMETOOLONG beyond, EINVAL
 /// for null, EILSEQ for what is no character. A backslash is part of a name. The locale is not changed.
 

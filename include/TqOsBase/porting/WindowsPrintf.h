@@ -7,7 +7,7 @@
 
 /// \file
 /// Formatted text under the Windows runtime's names that the library does not answer elsewhere, **with Windows' reading
-/// of the format**; how the names reach the global namespace is said in WindowsCompare.h. (`vsprintf_s`, `vswprintf_s`
+/// of the format**; how the names reach the global namespace is said in WindowsNames.h. (`vsprintf_s`, `vswprintf_s`
 /// and `swprintf` are not here: they are those of PrintfFunctions.h, with the C library's formats.)
 ///
 /// A directive is `%`, flags of `-+ #0`, a width, a precision after a point (numbers or `*`), a size and a letter:
@@ -20,14 +20,14 @@
 ///     p                 an address as 16 hexadecimal digits in capitals; a precision given as a number is not heeded
 ///
 /// `l` means `long`, which has 64 bits here, so a DWORD goes with `%u`. Any other directive, `%n` too, is not
-/// formatted: the call fails with EINVAL. Numbers and the texts of null and infinity are the C library's. Text that
-/// changes its width does so in the encoding of the current C locale, or as UTF-8 where that cannot express it. A wide
-/// text of 524,288 characters and more cannot be formatted.
+/// formatted: the call fails. Numbers, and the texts of null and infinity, are the C library's. Text that changes its
+/// width does so in the encoding of the current C locale, or as UTF-8 where that cannot express it. Wide text has less
+/// than 524,288 characters.
 ///
-/// On every failure the result is -1 and `errno` says why (EINVAL: a null pointer or a directive that is none; ERANGE:
-/// no room; EILSEQ: a character that has no encoding; ENOMEM), and a destination with room has the empty text, unless
-/// said otherwise. There is no invalid-parameter handler. An argument must not lie in the destination. All are
-/// reentrant.
+/// On every failure the result is -1, and a destination with room has the empty text, unless said otherwise. `errno` is
+/// EINVAL for a null pointer and a directive that is none, ERANGE without room, EILSEQ for a character without an
+/// encoding, EOVERFLOW for a wide text that is too long, ENOMEM. There is no invalid-parameter handler. An argument
+/// must not lie in the destination. All are reentrant.
 namespace tq::windows {
 
 /// @{

@@ -5,7 +5,7 @@
 
 /// \file
 /// Time, and text for the debugger, under their Windows names; how the names reach the global namespace is said in
-/// WindowsCompare.h.
+/// WindowsNames.h.
 namespace tq::windows {
 
 /// Milliseconds since the system was started, of a clock that only goes forward. Time that the system sleeps may be
