@@ -3,6 +3,7 @@
 // kept its contents, all came back, the heap is in order and has not grown. Usage: heap_threads [ROUNDS [SEED]]
 
 #include "memory/HeapCheck.h"
+#include "memory/ThreadHeaps.h"
 
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/memory/HeapReport.h>
@@ -20,7 +21,15 @@
 #include <unistd.h>
 #include <vector>
 
+// A child has none of the threads of the process that forked it, so it cannot wait for their ends.
+extern "C" const char* __tsan_default_options() {
+    return "report_thread_leaks=0";
+}
+
 namespace {
+
+using tq::detail::GlobalHeap;
+using tq::detail::ThreadHeaps;
 
 constexpr std::size_t kPage = 4096;
 
@@ -88,7 +97,7 @@ void work(Places& places, unsigned seed) {
     }
 }
 
-// What a child may do that another thread than the heap's owner forked, or the owner did.
+// What a child may do that the owner of the first heap forked, or of another one.
 void forkAndUse(Places& places, unsigned seed) {
     const ::pid_t child = ::fork();
     if (child == 0) {
@@ -103,15 +112,33 @@ void forkAndUse(Places& places, unsigned seed) {
     require(::waitpid(child, &status, 0) == child && status == 0, "the heap in a child");
 }
 
-std::size_t usedBlocks() {
-    tqHeapTrim(); // takes in what came back, too
-    require(tq::detail::checkHeap(tq::detail::g_tqGlobalHeap).empty(), "the heap's order");
-    const tq::HeapReport report = tq::heapReport();
-    require(report.waitingBytes == 0, "nothing waits after a trim");
+std::size_t committedSegments(const GlobalHeap& heap) {
     std::size_t count = 0;
-    for (const tq::HeapReport::Pool& pool : report.pools)
-        count += pool.usedBlocks;
+    for (std::size_t id = 1; id < tq::detail::kSegmentCount; ++id)
+        count += (heap.segments().state(id) & tq::detail::kSegmentInUse) != 0;
     return count;
+}
+
+// Pages with a block in use, once the heap has taken in what came back.
+std::size_t usedPages(GlobalHeap& heap) {
+    const tq::detail::HeapVisit visit(heap);
+    require(static_cast<bool>(visit), "a heap that no other thread owns");
+    heap.trim();
+    const std::string violation = checkHeap(heap);
+    require(violation.empty(), violation.c_str());
+    require(heap.segments().waiting().total() == 0, "nothing waits after a trim");
+    return heap.segments().waiting().inUse() - (heap.blockPools().parked() != nullptr); // which has none
+}
+
+// While this is the only thread.
+template <class Visit>
+void forEachHeap(Visit visit) {
+    visit(tq::detail::g_tqGlobalHeap);
+    ThreadHeaps::forEach(visit);
+}
+
+void requireNothingInUse() {
+    forEachHeap([](GlobalHeap& heap) { require(usedPages(heap) == 0, "every block came back"); });
 }
 
 void mixedRound(unsigned seed) {
@@ -128,11 +155,11 @@ void mixedRound(unsigned seed) {
     std::mt19937 random(seed);
     for (auto& place : places)
         release(place.exchange(nullptr), random);
-    require(usedBlocks() == 0, "every block came back");
+    requireNothingInUse();
 }
 
 // One thread allocates, the other frees: what is in use stays near what is under way.
-void steadyRound(std::size_t count) {
+void steadyRound(std::size_t count, bool firstAllocates) {
     std::array<std::atomic<void*>, 256> ring{};
     const auto eachPlace = [&ring, count](bool isFull, auto handle) {
         for (std::size_t i = 0; i < count; ++i) {
@@ -142,11 +169,16 @@ void steadyRound(std::size_t count) {
             handle(place, i);
         }
     };
-    std::thread consumer([&] { eachPlace(true, [](auto& place, std::size_t) { tqFree(place.exchange(nullptr)); }); });
-    eachPlace(false, [](auto& place, std::size_t i) { place.store(tqMalloc(1 + i % 256), std::memory_order_release); });
-    consumer.join();
-    require(tq::heapReport().committedBytes < std::size_t{4} << 20, "bounded memory");
-    require(usedBlocks() == 0, "every block came back");
+    const auto consume = [&] { eachPlace(true, [](auto& place, std::size_t) { tqFree(place.exchange(nullptr)); }); };
+    const auto produce = [&] {
+        eachPlace(false,
+                  [](auto& place, std::size_t i) { place.store(tqMalloc(1 + i % 256), std::memory_order_release); });
+    };
+    std::thread other([&] { firstAllocates ? consume() : produce(); });
+    firstAllocates ? produce() : consume();
+    other.join();
+    forEachHeap([](GlobalHeap& heap) { require(committedSegments(heap) <= 4, "bounded memory"); });
+    requireNothingInUse();
 }
 
 } // namespace
@@ -156,6 +188,10 @@ int main(int argc, char** argv) {
     const unsigned seed = argc > 2 ? static_cast<unsigned>(std::strtoul(argv[2], nullptr, 10)) : 1;
     for (unsigned i = 0; i < rounds; ++i)
         mixedRound(seed + i);
-    steadyRound(rounds * std::size_t{5000});
+    std::size_t heaps = 0;
+    ThreadHeaps::forEach([&heaps](const GlobalHeap&) { ++heaps; });
+    require(heaps >= 1 && heaps < ThreadHeaps::kCount, "heaps are taken over, not multiplied");
+    for (const bool firstAllocates : {true, false})
+        steadyRound(rounds * std::size_t{5000}, firstAllocates);
     std::printf("%u rounds\n", rounds);
 }

@@ -1,4 +1,4 @@
-#include "memory/TqHeap.h"
+#include "memory/ThreadHeaps.h"
 
 #include <TqOsBase/memory/Allocation.h>
 
@@ -6,50 +6,59 @@
 #include <cwchar>
 
 using tq::detail::g_tqGlobalHeap;
+using tq::detail::GlobalHeap;
 using tq::detail::HeapVisit;
 using tq::detail::kPageBytes;
 using tq::detail::kSegmentBytes;
+using tq::detail::ThreadHeaps;
 
 namespace {
 
 // The largest request that the checked forms accept.
 constexpr std::size_t kLargestRequest = 0x80000000U;
 
+void trimOrAsk(GlobalHeap& heap) {
+    if (const HeapVisit visit(heap); visit)
+        heap.trim();
+    else
+        heap.askToTrim();
+}
+
 } // namespace
 
 void* tqMalloc(std::size_t size) {
-    void* const block = g_tqGlobalHeap.allocAtHand(size);
+    void* const block = GlobalHeap::allocAtHand(size);
     if (block != nullptr) [[likely]]
         return block;
-    return size <= kLargestRequest ? g_tqGlobalHeap.allocUncommon(size) : nullptr;
+    return size <= kLargestRequest ? GlobalHeap::allocUncommon(size) : nullptr;
 }
 
 void* tqAllocate(std::size_t size) {
-    return g_tqGlobalHeap.allocHeap(size);
+    return GlobalHeap::allocHeap(size);
 }
 
 void* tqRealloc(void* block, std::size_t size) {
-    return size == 0 ? block : g_tqGlobalHeap.reallocHeap(block, size);
+    return size == 0 ? block : GlobalHeap::reallocHeap(block, size);
 }
 
 void* tqReallocate(void* block, std::size_t size) {
-    return g_tqGlobalHeap.reallocHeap(block, size);
+    return GlobalHeap::reallocHeap(block, size);
 }
 
 void tqFree(void* block) {
-    g_tqGlobalHeap.freeHeap(block); // null is foreign, and the C library ignores it
+    GlobalHeap::freeHeap(block); // null is foreign, and the C library ignores it
 }
 
 void tqDeallocate(void* block) {
-    g_tqGlobalHeap.freeHeap(block);
+    GlobalHeap::freeHeap(block);
 }
 
 std::size_t tqMsize(void* block) {
-    return block == nullptr ? 0 : g_tqGlobalHeap.sizeOf(block);
+    return block == nullptr ? 0 : GlobalHeap::sizeOf(block);
 }
 
 std::size_t tqAllocSizeOf(void* block) {
-    return g_tqGlobalHeap.sizeOf(block);
+    return GlobalHeap::sizeOf(block);
 }
 
 wchar_t* tqStrdup(const wchar_t* text) {
@@ -99,25 +108,23 @@ std::size_t tqAllocSizeOfDbg(void* block) {
 }
 
 void* tqAllocPage() {
-    return g_tqGlobalHeap.allocHeapPage(kSegmentBytes / kPageBytes, kSegmentBytes);
+    return GlobalHeap::allocHeapPage(kSegmentBytes / kPageBytes, kSegmentBytes);
 }
 
 void tqFreePage(void* unit) {
-    g_tqGlobalHeap.freeHeapPage(unit);
+    GlobalHeap::freeHeapPage(unit);
 }
 
 void* tqAllocPageHeap(std::size_t size) {
     const std::size_t wanted = std::max<std::size_t>(size, 1);
-    return g_tqGlobalHeap.allocHeapPage(wanted % kPageBytes == 0 ? wanted / kPageBytes : 0, wanted);
+    return GlobalHeap::allocHeapPage(wanted % kPageBytes == 0 ? wanted / kPageBytes : 0, wanted);
 }
 
 void tqFreePageHeap(void* unit) {
-    g_tqGlobalHeap.freeHeapPage(unit);
+    GlobalHeap::freeHeapPage(unit);
 }
 
 void tqHeapTrim() {
-    if (const HeapVisit visit; visit)
-        g_tqGlobalHeap.trim();
-    else
-        g_tqGlobalHeap.askToTrim();
+    trimOrAsk(g_tqGlobalHeap);
+    ThreadHeaps::forEach(trimOrAsk);
 }

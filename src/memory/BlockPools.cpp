@@ -11,30 +11,32 @@ namespace {
 
 // Lists A and B link segments by identifier.
 
-Segment* segmentWith(std::uint32_t identifier) noexcept {
-    return reinterpret_cast<Segment*>(TqHeapConfigurator::segmentAddress(identifier));
+Segment* segmentWith(std::uint32_t identifier, const Reservation& reservation) noexcept {
+    return reinterpret_cast<Segment*>(reservation.segmentAddress(identifier));
 }
 
-std::uint32_t identifierOf(const Segment* segment) noexcept {
-    return segment == nullptr ? 0 : static_cast<std::uint32_t>(TqHeapConfigurator::segmentOf(segment));
+std::uint32_t identifierOf(const Segment* segment, const Reservation& reservation) noexcept {
+    return segment == nullptr ? 0 : static_cast<std::uint32_t>(reservation.segmentOf(segment));
 }
 
-void pushSegment(Segment*& head, Segment& segment) noexcept {
-    segment.next = identifierOf(head);
+void pushSegment(Segment*& head, Segment& segment, const Reservation& reservation) noexcept {
+    segment.next = identifierOf(head, reservation);
     segment.previous = 0;
     if (head != nullptr)
-        head->previous = identifierOf(&segment);
+        head->previous = identifierOf(&segment, reservation);
     head = &segment;
 }
 
-void unlinkSegment(Segment*& head, Segment& segment) noexcept {
-    assert(segment.previous != 0 ? segmentWith(segment.previous)->next == identifierOf(&segment) : head == &segment);
+void unlinkSegment(Segment*& head, Segment& segment, const Reservation& reservation) noexcept {
+    assert(segment.previous != 0
+               ? segmentWith(segment.previous, reservation)->next == identifierOf(&segment, reservation)
+               : head == &segment);
     if (segment.previous != 0)
-        segmentWith(segment.previous)->next = segment.next;
+        segmentWith(segment.previous, reservation)->next = segment.next;
     else
-        head = segment.next != 0 ? segmentWith(segment.next) : nullptr;
+        head = segment.next != 0 ? segmentWith(segment.next, reservation) : nullptr;
     if (segment.next != 0)
-        segmentWith(segment.next)->previous = segment.previous;
+        segmentWith(segment.next, reservation)->previous = segment.previous;
 }
 
 // Chains fresh descriptors of pages [first, last) in address order, with the flags that `flagsOf` gives for what each
@@ -56,17 +58,16 @@ void pushPage(Page*& head, Page& page) noexcept {
 
 } // namespace
 
-alignas(kPoolAlignment) constinit BlockPools::Pools BlockPools::s_pools;
-
 void BlockPools::create(std::span<const std::int16_t, kBlockPoolCount + 1> units) {
-    for (std::size_t number = 1; number < s_pools.size(); ++number)
-        s_pools[number].create(number, static_cast<std::size_t>(units[number]));
+    m_pools[0].clear();
+    for (std::size_t number = 1; number < m_pools.size(); ++number)
+        m_pools[number].create(number, static_cast<std::size_t>(units[number]));
     m_exist = true;
 }
 
 void BlockPools::destroy() noexcept {
     m_exist = false;
-    for (BlockPool& pool : s_pools)
+    for (BlockPool& pool : m_pools)
         pool.destroy();
 }
 
@@ -79,9 +80,9 @@ std::byte* BlockPools::reallocFromPool(BlockPool& pool, SegmentTable& segments) 
         Page& page = *segment->committedFree;
         segment->committedFree = page.next;
         if (--segment->committedCount == 0) {
-            unlinkSegment(m_withCommitted, *segment);
+            unlinkSegment(m_withCommitted, *segment, segments.reservation());
             if (segment->uncommittedCount != 0)
-                pushSegment(m_withUncommitted, *segment);
+                pushSegment(m_withUncommitted, *segment, segments.reservation());
         }
         segments.waiting().use(1);
         startRun(pool, page, pageAddress(page));
@@ -95,15 +96,15 @@ Segment* BlockPools::segmentToServe(SegmentTable& segments) noexcept {
         return m_withCommitted;
     Segment* segment = m_withUncommitted;
     if (segment != nullptr) {
-        if (!reallocBlockFromPage(*segment, segments.waiting()))
+        if (!reallocBlockFromPage(*segment, segments))
             return nullptr;
-        unlinkSegment(m_withUncommitted, *segment);
+        unlinkSegment(m_withUncommitted, *segment, segments.reservation());
     } else {
         segment = allocPage(segments);
         if (segment == nullptr)
             return nullptr;
     }
-    pushSegment(m_withCommitted, *segment);
+    pushSegment(m_withCommitted, *segment, segments.reservation());
     return segment;
 }
 
@@ -112,7 +113,7 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
     std::byte* const base = segments.preallocNewPage(0);
     if (base == nullptr)
         return nullptr;
-    const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
+    const std::size_t identifier = segments.reservation().segmentOf(base);
     const std::size_t held = segments.waiting().takeSegment(identifier);
     if (!SegmentTable::commit(base, 0, kInitialPages)) {
         segments.release(base, held);
@@ -139,7 +140,7 @@ Segment* BlockPools::allocPage(SegmentTable& segments) noexcept {
 
 // Turns the run of adjacent pages at the head of a segment's uncommitted list, which is not empty, into its committed
 // free list, which is. Pages below the high-water mark are accessible already and only take their memory again.
-bool BlockPools::reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) noexcept {
+bool BlockPools::reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept {
     assert(segment.uncommitted != nullptr && segment.committedFree == nullptr);
     Page* const first = segment.uncommitted;
     Page* last = first;
@@ -154,8 +155,9 @@ bool BlockPools::reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) 
             return false;
         segment.highWater = end;
     }
+    const std::size_t identifier = segments.reservation().segmentOf(&segment);
     for (std::uint32_t i = 0; i < count; ++i)
-        waiting.remove(first[i]);
+        segments.waiting().remove(first[i], identifier);
     segment.committedFree = first;
     segment.committedCount = count;
     segment.uncommitted = std::exchange(last->next, nullptr);
@@ -188,12 +190,19 @@ bool BlockPools::wouldServeNext(const Segment& segment) const noexcept {
     return segment.committedCount < kCommittedReserve && m_withCommitted == &segment;
 }
 
+const Page* BlockPools::parked() const noexcept {
+    if (m_parked == nullptr || m_parked->nextUnit != pageAddress(*m_parked) || (m_parked->flags & kFreeListMode) != 0)
+        return nullptr;
+    return m_parked;
+}
+
 // Returns the parked page to its segment, unless blocks of it were taken since.
 void BlockPools::returnParked(SegmentTable& segments) noexcept {
+    const bool isParked = parked() != nullptr;
     Page* const page = std::exchange(m_parked, nullptr);
-    if (page == nullptr || page->nextUnit != pageAddress(*page) || (page->flags & kFreeListMode) != 0)
+    if (!isParked)
         return;
-    unlinkRun(s_pools[page->poolNumber], *page);
+    unlinkRun(m_pools[page->poolNumber], *page);
     freeBlock(*page, segments);
 }
 
@@ -201,6 +210,7 @@ void BlockPools::returnParked(SegmentTable& segments) noexcept {
 void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
     Segment& segment = *segmentHeader(&page);
     WaitingMemory& waiting = segments.waiting();
+    const std::size_t identifier = segments.reservation().segmentOf(&segment);
     page.poolNumber = 0;
     page.flags = 0;
     page.nextUnit = nullptr;
@@ -211,18 +221,17 @@ void BlockPools::freeBlock(Page& page, SegmentTable& segments) noexcept {
         pushPage(segment.committedFree, page);
         if (segment.committedCount++ == 0) {
             if (segment.uncommittedCount != 0)
-                unlinkSegment(m_withUncommitted, segment);
-            pushSegment(m_withCommitted, segment);
+                unlinkSegment(m_withUncommitted, segment, segments.reservation());
+            pushSegment(m_withCommitted, segment, segments.reservation());
         }
     } else if (isWhollyFree && !isOnlySource) {
-        unlinkSegment(m_withCommitted, segment);
-        const std::size_t held =
-            kHeaderPages + segment.committedCount + 1 + waiting.pagesOf(TqHeapConfigurator::segmentOf(&segment));
+        unlinkSegment(m_withCommitted, segment, segments.reservation());
+        const std::size_t held = kHeaderPages + segment.committedCount + 1 + waiting.pagesOf(identifier);
         segments.release(segmentStart(&segment), held);
     } else {
         pushPage(segment.uncommitted, page);
         ++segment.uncommittedCount;
-        waiting.add(page);
+        waiting.add(page, identifier);
     }
     segments.settle();
 }

@@ -22,8 +22,9 @@ public:
     /// Removes every pool. The pages they own hold live blocks, so those stay as they are, and so does every segment.
     void destroy() noexcept;
 
-    /// The pool with this number. Number 0, like each while the pools do not exist, has no block to take.
-    static BlockPool& pool(std::size_t number) noexcept { return s_pools[number]; }
+    /// The pool with this number. Number 0 has no block to take, and no pool has after destroy().
+    BlockPool& pool(std::size_t number) noexcept { return m_pools[number]; }
+    const BlockPool& pool(std::size_t number) const noexcept { return m_pools[number]; }
     bool exist() const noexcept { return m_exist; }
 
     /// Takes a block from the pool, with a fresh page where it has none. Null when there is no memory.
@@ -47,20 +48,19 @@ public:
 
     Segment* segmentsWithCommitted() const noexcept { return m_withCommitted; }
     Segment* segmentsWithUncommitted() const noexcept { return m_withUncommitted; }
-    const Page* parked() const noexcept { return m_parked; }
+    /// The page that is parked now, if any.
+    const Page* parked() const noexcept;
     bool wouldServeNext(const Segment& segment) const noexcept;
 
 private:
     static Segment* allocPage(SegmentTable& segments) noexcept;
-    static bool reallocBlockFromPage(Segment& segment, WaitingMemory& waiting) noexcept;
+    static bool reallocBlockFromPage(Segment& segment, SegmentTable& segments) noexcept;
     Segment* segmentToServe(SegmentTable& segments) noexcept;
     void freePage(Page& page, BlockPool& pool, SegmentTable& segments) noexcept;
     void returnParked(SegmentTable& segments) noexcept;
     void freeBlock(Page& page, SegmentTable& segments) noexcept;
 
-    // Outside the heap, which is all zeros when it is loaded and takes no room in the library's file.
-    using Pools = std::array<BlockPool, kBlockPoolCount + 1>;
-    alignas(kPoolAlignment) [[gnu::visibility("hidden")]] static constinit Pools s_pools;
+    alignas(kPoolAlignment) std::array<BlockPool, kBlockPoolCount + 1> m_pools;
     Segment* m_withCommitted = nullptr;   ///< List A: segments with accessible free pages.
     Segment* m_withUncommitted = nullptr; ///< List B: segments all of whose free pages are uncommitted.
     Page* m_parked = nullptr;             ///< The page that was last parked; blocks of it may have been taken since.

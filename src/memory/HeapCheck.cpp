@@ -25,7 +25,7 @@ void require(bool holds, const char* what, std::size_t segment, std::size_t page
 
 class Walk {
 public:
-    explicit Walk(const GlobalHeap& heap) : m_heap(heap) {}
+    explicit Walk(const GlobalHeap& heap) : m_heap(heap), m_reservation(heap.segments().reservation()) {}
 
     void run() {
         if (!m_heap.blockPools().exist())
@@ -62,8 +62,8 @@ private:
     }
 
     bool isInUse(const void* address, unsigned kind) const {
-        return TqHeapConfigurator::offsetOf(address) < kReservationBytes &&
-               (m_heap.segments().state(TqHeapConfigurator::segmentOf(address)) & (kSegmentInUse | kSegmentOfUnits)) ==
+        return m_reservation.offsetOf(address) < kReservationBytes &&
+               (m_heap.segments().state(m_reservation.segmentOf(address)) & (kSegmentInUse | kSegmentOfUnits)) ==
                    (kSegmentInUse | kind);
     }
 
@@ -72,14 +72,14 @@ private:
         require(isInUse(&page, 0), "page outside the block segments", 0);
         require(pageIndex(page) >= kHeaderPages && pageIndex(page) < kPagesPerSegment &&
                     reinterpret_cast<std::uintptr_t>(&page) % sizeof(Page) == 0,
-                "not a page descriptor", TqHeapConfigurator::segmentOf(&page));
+                "not a page descriptor", m_reservation.segmentOf(&page));
         return pageAddress(page);
     }
 
     std::byte* baseOf(const UnitSegment& record) const {
         const std::ptrdiff_t index = &record - &m_heap.pagePools().record(0);
         require(index > 0 && index < std::ptrdiff_t{kSegmentCount}, "record outside the table", 0);
-        std::byte* const base = TqHeapConfigurator::segmentAddress(static_cast<std::size_t>(index));
+        std::byte* const base = m_reservation.segmentAddress(static_cast<std::size_t>(index));
         require(isInUse(base, kSegmentOfUnits), "listed record of a segment without units",
                 static_cast<std::size_t>(index));
         return base;
@@ -92,7 +92,7 @@ private:
         require(!hasUnit(pool.end), "unit at the end of a list", 0);
         for (const Run* run = pool.partial; run != &pool.end; run = run->next) {
             std::byte* const base = baseOf(*run);
-            const std::size_t segment = TqHeapConfigurator::segmentOf(base);
+            const std::size_t segment = m_reservation.segmentOf(base);
             const std::size_t page = pageIndex(*pageOf(base));
             require(run == pool.partial || run->previous->next == run, "back link of a run", segment, page);
             require(m_listed.insert(base).second, "run listed twice", segment, page);
@@ -142,13 +142,13 @@ private:
         std::size_t previous = 0;
         for (const Segment* segment = head; segment != nullptr;) {
             require(isInUse(segment, 0), "listed segment is not in use", 0);
-            const std::size_t id = TqHeapConfigurator::segmentOf(segment);
+            const std::size_t id = m_reservation.segmentOf(segment);
             require(segmentStart(segment) == reinterpret_cast<const std::byte*>(segment), "not a segment", id);
             require(m_listOf.emplace(id, name).second, "segment listed twice", id);
             require(segment->previous == previous, "back link of a segment", id);
             require(segment->next < kSegmentCount, "link of a segment", id);
             previous = id;
-            segment = segment->next == 0 ? nullptr : segmentHeader(TqHeapConfigurator::segmentAddress(segment->next));
+            segment = segment->next == 0 ? nullptr : segmentHeader(m_reservation.segmentAddress(segment->next));
         }
     }
 
@@ -157,7 +157,7 @@ private:
         if (ofUnits) {
             require(record.identifier() == id, "identifier of a record", id);
             require(record.poolNumber <= kPagePoolCount, "pool number of a run", id);
-            if (m_listed.count(TqHeapConfigurator::segmentAddress(id)) == 0)
+            if (m_listed.count(m_reservation.segmentAddress(id)) == 0)
                 checkFull(record, m_heap.pagePools().pool(record.poolNumber), id);
             return;
         }
@@ -173,7 +173,7 @@ private:
         for (const Page* page = head; page != nullptr; page = page->next, ++length) {
             baseOf(*page);
             const std::size_t index = pageIndex(*page);
-            require(TqHeapConfigurator::segmentOf(page) == id, "free page of another segment", id, index);
+            require(m_reservation.segmentOf(page) == id, "free page of another segment", id, index);
             require(!free[index], "page free twice", id, index);
             require(page->poolNumber == 0, "pool number of a free page", id, index);
             free.set(index);
@@ -182,7 +182,7 @@ private:
     }
 
     void checkBlockSegment(std::size_t id) const {
-        std::byte* const base = TqHeapConfigurator::segmentAddress(id);
+        std::byte* const base = m_reservation.segmentAddress(id);
         const Segment& segment = *segmentHeader(base);
         const std::uint32_t c = segment.committedCount;
         const std::uint32_t n = segment.uncommittedCount;
@@ -226,10 +226,11 @@ private:
     // The place that the parked page stands in for.
     void checkParked() const {
         const Page* const page = m_heap.blockPools().parked();
-        if (page == nullptr || page->nextUnit != baseOf(*page) || (page->flags & kFreeListMode) != 0)
-            return; // in use again
+        if (page == nullptr)
+            return;
+        baseOf(*page);
         require(m_heap.blockPools().wouldServeNext(*segmentHeader(page)), "parked page is not the next to be served",
-                TqHeapConfigurator::segmentOf(page), pageIndex(*page));
+                m_reservation.segmentOf(page), pageIndex(*page));
     }
 
     void checkWaiting() const {
@@ -249,7 +250,7 @@ private:
                 require(pages == 0, "waiting pages of units", id);
                 inUse += kPagesPerSegment;
             } else {
-                std::byte* const base = TqHeapConfigurator::segmentAddress(id);
+                std::byte* const base = m_reservation.segmentAddress(id);
                 const Segment& segment = *segmentHeader(base);
                 inUse += kUsablePages - segment.committedCount - segment.uncommittedCount;
                 const auto isWaiting = [](const Page& page) { return (page.flags & kWaiting) != 0; };
@@ -264,6 +265,7 @@ private:
     }
 
     const GlobalHeap& m_heap;
+    const Reservation m_reservation;
     std::unordered_set<const std::byte*> m_listed; // bases of the runs that pools list
     std::map<std::size_t, char> m_listOf;          // segments in list A or B
 };
@@ -272,10 +274,10 @@ private:
 
 #if defined(TQ_HEAP_CHECK_EVERY)
 void countOperation() {
-    static unsigned count = 0; // the owner's
-    if (!HeapOwner::isCaller() || ++count % TQ_HEAP_CHECK_EVERY != 0)
+    static thread_local unsigned count = 0;
+    if (t_heapView.heap == nullptr || ++count % TQ_HEAP_CHECK_EVERY != 0)
         return;
-    const std::string violation = checkHeap(g_tqGlobalHeap);
+    const std::string violation = checkHeap(*t_heapView.heap);
     if (violation.empty())
         return;
     std::fprintf(stderr, "the heap is out of order: %s\n", violation.c_str());

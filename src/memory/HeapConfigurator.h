@@ -17,13 +17,28 @@ inline constexpr std::size_t kReservationBytes = kSegmentCount * kSegmentBytes;
 /// range after it.
 inline constexpr std::uintptr_t kNoReservation = std::uintptr_t{0} - kReservationBytes;
 
-/// Where the heap's address space lies. Segment k begins at pStartAddress + k * kSegmentBytes.
+/// The address space of one heap: kReservationBytes from `start` on. Segment k begins at start + k * kSegmentBytes.
+struct Reservation {
+    std::uintptr_t start = 0;
+
+    /// Distance of an address from the start; kReservationBytes or more for one outside.
+    std::uintptr_t offsetOf(const void* address) const noexcept {
+        return reinterpret_cast<std::uintptr_t>(address) - start;
+    }
+    std::byte* segmentAddress(std::size_t identifier) const noexcept {
+        return reinterpret_cast<std::byte*>(start + (identifier << kSegmentShift));
+    }
+    /// Identifier of the segment that an address of the reservation lies in.
+    std::size_t segmentOf(const void* address) const noexcept { return offsetOf(address) >> kSegmentShift; }
+};
+
+/// Where the first heap's address space lies.
 struct TqHeapConfigurator {
     /// The highest usable segment identifier.
     static constexpr std::int16_t kMaxPageId = kSegmentCount - 1;
     /// Identifier whose state comes first in the segment state table.
     static constexpr std::int16_t mOffSetId = 0;
-    /// Start of the reservation, kNoReservation without one.
+    /// Start of its reservation, kNoReservation without one.
     [[gnu::visibility("hidden")]] static constinit std::uintptr_t pStartAddress;
 
     /// Pages that fill one page of the system: a power of two, 1 where it is no larger.
@@ -40,16 +55,12 @@ struct TqHeapConfigurator {
     /// begin to repeat, at an address of the system's choosing. Returns false when neither can be had.
     static bool reserveMemory() noexcept;
 
-    /// Distance of an address from the start of the reservation; kReservationBytes or more for one outside.
-    static std::uintptr_t offsetOf(const void* address) noexcept {
-        // Any thread may ask; where the heap is built meanwhile, the address is not the heap's either way.
-        return reinterpret_cast<std::uintptr_t>(address) - __atomic_load_n(&pStartAddress, __ATOMIC_RELAXED);
+    static Reservation reservation() noexcept {
+        // Any thread may ask; where the heap is built meanwhile, no address is the heap's either way.
+        return {__atomic_load_n(&pStartAddress, __ATOMIC_RELAXED)};
     }
-    static std::byte* segmentAddress(std::size_t identifier) noexcept {
-        return reinterpret_cast<std::byte*>(pStartAddress + (identifier << kSegmentShift));
-    }
-    /// Identifier of the segment that an address of the reservation lies in.
-    static std::size_t segmentOf(const void* address) noexcept { return offsetOf(address) >> kSegmentShift; }
+    static std::uintptr_t offsetOf(const void* address) noexcept { return reservation().offsetOf(address); }
+    static std::size_t segmentOf(const void* address) noexcept { return reservation().segmentOf(address); }
 };
 
 } // namespace tq::detail

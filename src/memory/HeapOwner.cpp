@@ -1,5 +1,7 @@
 #include "memory/HeapOwner.h"
 
+#include "memory/HeapLayout.h"
+
 #include <cassert>
 
 namespace tq::detail {
@@ -17,17 +19,20 @@ std::uintptr_t markOfCaller() noexcept {
 
 bool HeapOwner::claim() noexcept {
     std::uintptr_t none = 0;
-    return !isTaken() && !t_heapView.isOver &&
-           m_owner.compare_exchange_strong(none, markOfCaller(), std::memory_order_acquire, std::memory_order_relaxed);
+    if (isTaken() || t_heapView.claims == HeapView::Claims::kNone ||
+        !m_owner.compare_exchange_strong(none, markOfCaller(), std::memory_order_acquire, std::memory_order_relaxed))
+        return false;
+    t_heapView.claims = HeapView::Claims::kNone;
+    return true;
 }
 
-void HeapOwner::show(BlockPool* pools, std::uintptr_t start) noexcept {
-    t_heapView = {TqPoolConfigurator<kBlockPoolCount>::kLargestSmallSize + 1, pools, start};
+void HeapOwner::show(GlobalHeap& heap, std::uintptr_t start) noexcept {
+    t_heapView = {TqPoolConfigurator<kBlockPoolCount>::kLargestSmallSize + 1, &heap, start, HeapView::Claims::kAny};
 }
 
 void HeapOwner::resign(bool isLast) noexcept {
     assert(m_owner.load(std::memory_order_relaxed) == markOfCaller());
-    t_heapView = {.isOver = t_heapView.isOver};
+    t_heapView = {.claims = t_heapView.claims};
     m_owner.store(isLast ? kNobody : 0, std::memory_order_release);
 }
 

@@ -2,7 +2,6 @@
 
 #include "memory/HeapConfigurator.h"
 #include "memory/SizeClasses.h"
-#include "memory/UnitPool.h"
 #include "platform/ThreadLife.h"
 
 #include <atomic>
@@ -11,22 +10,34 @@
 
 namespace tq::detail {
 
-/// What a thread sees of the heap. Its owner sees all of it. Every other thread sees no size that has a pool and a
-/// reservation that no address lies in, so that the one look whether a size has a pool, or where a block belongs, also
-/// answers whether the thread may touch the heap.
+struct TqHeapDbgDumper;
+template <int kPoolCount, class PoolConfigurator, class HeapConfigurator, class DbgDumper>
+class TqHeap;
+using GlobalHeap = TqHeap<kBlockPoolCount, TqPoolConfigurator<kBlockPoolCount>, TqHeapConfigurator, TqHeapDbgDumper>;
+
+/// What a thread sees of the heap that it owns. One that owns none sees no size that has a pool and a reservation that
+/// no address lies in, so that the one look whether a size has a pool, or where a block belongs, also answers whether
+/// the thread may touch a heap.
 ///
 /// The initial values are numbers: cross-linkers for macOS exist that leave out the relocation of a pointer in
 /// thread-local data.
 struct HeapView {
+    /// The heaps that the thread may ask for.
+    enum class Claims : std::uint8_t {
+        kAny,
+        kFirst, ///< It found no heap for threads, and asks for none again.
+        kNone,  ///< It is ending, or about to own one.
+    };
+
     std::size_t endOfSizes = 0; ///< Sizes below it have a pool.
-    BlockPool* pools = nullptr;
-    std::uintptr_t start = kNoReservation; ///< Of the reservation.
-    bool isOver = false;                   ///< The thread has owned the heap and is ending.
+    GlobalHeap* heap = nullptr;
+    std::uintptr_t start = kNoReservation; ///< Of the heap's reservation.
+    Claims claims = Claims::kAny;
 };
 
 extern constinit thread_local HeapView t_heapView TQ_NEAR_THREAD_LOCAL;
 
-/// Which thread the heap belongs to, and what the other threads leave for it.
+/// Which thread a heap belongs to, and what the other threads leave for it.
 ///
 /// The heap's structures are plain data: the owner alone reads and writes them, without a lock. With o the owner's
 /// mark, 0 for none and kNobody for none any more:
@@ -38,15 +49,13 @@ class HeapOwner {
 public:
     constexpr HeapOwner() noexcept = default;
 
-    /// Whether the calling thread owns the heap.
-    static bool isCaller() noexcept { return t_heapView.start != kNoReservation; }
-
     /// Whether a thread owns the heap, or none can any more.
     bool isTaken() const noexcept { return m_owner.load(std::memory_order_relaxed) != 0; }
-    /// Makes the calling thread the owner, if there is none; it does not see the heap yet.
+    /// Makes the calling thread the owner, if there is none; it does not see the heap yet, and claims no other until it
+    /// does.
     bool claim() noexcept;
     /// Lets the calling thread, which is the owner, see the heap.
-    static void show(BlockPool* pools, std::uintptr_t start) noexcept;
+    static void show(GlobalHeap& heap, std::uintptr_t start) noexcept;
     /// The calling thread, which is the owner, is so no longer; with `isLast` nobody will be.
     void resign(bool isLast = false) noexcept;
     /// Nobody owns the heap or ever will.

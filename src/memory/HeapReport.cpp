@@ -40,7 +40,7 @@ State freePageState(const detail::Segment& segment, const detail::Page& page) {
 }
 
 void fillBlockSegment(HeapReport::Segment& report, Counts& counts) {
-    std::byte* const base = TqHeapConfigurator::segmentAddress(report.number);
+    std::byte* const base = TqHeapConfigurator::reservation().segmentAddress(report.number);
     const detail::Segment& segment = *detail::segmentHeader(base);
     for (std::size_t index = 0; index < kPagesPerSegment; ++index) {
         HeapReport::Page& out = report.pages[index];
@@ -119,7 +119,7 @@ bool isInUse(std::size_t segment) {
 
 HeapReport heapReport() {
     HeapReport report;
-    const detail::HeapVisit visit;
+    const detail::HeapVisit visit(g_tqGlobalHeap);
     if (g_tqGlobalHeap.isOver())
         return report;
     report.address = TqHeapConfigurator::pStartAddress;
@@ -140,7 +140,8 @@ HeapReport heapReport() {
         HeapReport::Segment& segment = report.segments.emplace_back();
         segment.number = number;
         segment.servesPages = (g_tqGlobalHeap.segments().state(number) & detail::kSegmentOfUnits) != 0;
-        segment.resident = platform::residentBytes(TqHeapConfigurator::segmentAddress(number), detail::kSegmentBytes);
+        segment.resident =
+            platform::residentBytes(TqHeapConfigurator::reservation().segmentAddress(number), detail::kSegmentBytes);
         if (segment.servesPages)
             fillUnitSegment(segment, counts);
         else

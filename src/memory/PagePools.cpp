@@ -25,7 +25,7 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
         std::byte* const base = segments.preallocNewPage(kSegmentOfUnits);
         if (base == nullptr)
             return nullptr;
-        const std::size_t identifier = TqHeapConfigurator::segmentOf(base);
+        const std::size_t identifier = segments.reservation().segmentOf(base);
         const std::size_t held = segments.waiting().takeSegment(identifier);
         if (!SegmentTable::commit(base, 0, kPagesPerSegment)) {
             segments.release(base, held);
@@ -40,7 +40,7 @@ std::byte* PagePools::reallocFromPagePool(PagePool& pool, SegmentTable& segments
 }
 
 void PagePools::freeFromPagePool(std::byte* unit, SegmentTable& segments) noexcept {
-    UnitSegment& record = m_records[TqHeapConfigurator::segmentOf(unit)];
+    UnitSegment& record = m_records[segments.reservation().segmentOf(unit)];
     if (m_pools == nullptr)
         return;
     PagePool& pool = (*m_pools)[record.poolNumber];

@@ -13,7 +13,8 @@ constexpr int kCommitAttempts = 6;
 
 } // namespace
 
-void SegmentTable::create() noexcept {
+void SegmentTable::create(Reservation reservation) noexcept {
+    m_reservation = reservation;
     m_states.fill(kSegmentFree);
     stateOf(0) = 0;
     m_searchHint = (TqHeapConfigurator::kMaxPageId + 1) / 2;
@@ -41,11 +42,11 @@ std::byte* SegmentTable::preallocNewPage(std::uint8_t kind) noexcept {
         m_searchHint = 0;
     }
     stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) | kSegmentInUse | kind);
-    return TqHeapConfigurator::segmentAddress(identifier);
+    return m_reservation.segmentAddress(identifier);
 }
 
 void SegmentTable::release(std::byte* segment, std::size_t held) noexcept {
-    const std::size_t identifier = TqHeapConfigurator::segmentOf(segment);
+    const std::size_t identifier = m_reservation.segmentOf(segment);
     assert(segment == segmentStart(segment) && (state(identifier) & kSegmentInUse) != 0);
     stateOf(identifier) = static_cast<std::uint8_t>(state(identifier) & ~(kSegmentInUse | kSegmentOfUnits));
     m_searchHint = std::max(m_searchHint, static_cast<std::int16_t>(identifier));
@@ -55,7 +56,7 @@ void SegmentTable::release(std::byte* segment, std::size_t held) noexcept {
 
 // Gives back a sixteenth of the bound more than it has to, so that this is not called for every page.
 void SegmentTable::giveBackExcess() noexcept {
-    m_waiting.giveBackTo(m_waiting.most() - m_waiting.most() / 16, m_states);
+    giveBackTo(m_waiting.most() - m_waiting.most() / 16);
 }
 
 bool SegmentTable::commit(std::byte* segment, std::size_t from, std::size_t to) noexcept {

@@ -16,8 +16,8 @@ class SegmentTable {
 public:
     constexpr SegmentTable() noexcept = default;
 
-    /// Marks every segment but number 0 as free.
-    void create() noexcept;
+    /// Marks every segment of the reservation but number 0 as free.
+    void create(Reservation reservation) noexcept;
 
     /// Finds a free segment and marks it as in use, with `kind` (0 or kSegmentOfUnits) beside it; none of it is
     /// accessible yet. Null when all are taken.
@@ -34,8 +34,9 @@ public:
             giveBackExcess();
     }
     /// Gives all waiting memory back.
-    void trim() noexcept { m_waiting.giveBackTo(0, m_states); }
+    void trim() noexcept { giveBackTo(0); }
 
+    const Reservation& reservation() const noexcept { return m_reservation; }
     /// State of the segment with an identifier of 0 to kMaxPageId.
     std::uint8_t state(std::size_t identifier) const noexcept {
         return m_states[identifier - static_cast<std::size_t>(TqHeapConfigurator::mOffSetId)];
@@ -50,7 +51,9 @@ private:
     }
     std::size_t findDown(std::int16_t from, std::uint8_t wanted) const noexcept;
     void giveBackExcess() noexcept;
+    void giveBackTo(std::size_t target) noexcept { m_waiting.giveBackTo(target, m_states, m_reservation); }
 
+    Reservation m_reservation;
     std::int16_t m_searchHint = 0; ///< Where the next search for a free segment starts, going down.
     SegmentStates m_states{};
     WaitingMemory m_waiting;

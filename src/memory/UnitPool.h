@@ -46,6 +46,7 @@ struct UnitPool {
 
     /// Throws std::bad_alloc.
     void create(std::size_t poolNumber, std::size_t unitBytes) {
+        clear();
         locker.create();
         end.poolNumber = static_cast<std::uint16_t>(poolNumber);
         unitSize = unitBytes;
@@ -55,21 +56,21 @@ struct UnitPool {
     /// Forgets the runs: from now on there is no unit to take.
     void destroy() noexcept {
         locker.destroy();
+        clear();
+    }
+    /// No run, so no unit to take. Without it or create() the pool is all zeros and not to be used.
+    void clear() noexcept {
         partial = &end;
+        end.flags = kFreeListMode;
     }
 
     std::uint32_t number() const noexcept { return end.poolNumber; }
 
-    Run* partial = &end; ///< Runs with a free unit; the first one serves. Full runs are in no list.
+    Run* partial = nullptr; ///< Runs with a free unit; the first one serves. Full runs are in no list.
     std::uint64_t unitSize = 0;
     std::uint32_t lastOffset = 0; ///< Where in a run its last unit lies.
     std::uint32_t unitsPerRun = 0;
-    /// Ends the list. It has no unit, as if it were full, and knows the number of its pool.
-    Run end = [] {
-        Run full{};
-        full.flags = kFreeListMode;
-        return full;
-    }();
+    Run end{};             ///< Ends the list. It has no unit, as if it were full, and knows the number of its pool.
     DeferredLocker locker; ///< Held for callers' sake; no operation locks.
 };
 

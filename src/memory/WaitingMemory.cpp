@@ -32,14 +32,15 @@ void giveBackPages(std::byte* segment) noexcept {
 
 } // namespace
 
-void WaitingMemory::giveBackTo(std::size_t target, const SegmentStates& states) noexcept {
+void WaitingMemory::giveBackTo(std::size_t target, const SegmentStates& states,
+                               const Reservation& reservation) noexcept {
     for (std::size_t id = m_lowest; m_total > target && m_released > 0; ++id)
         if ((states[id] & kSegmentInUse) == 0 && takeSegment(id) != 0)
-            platform::giveBack(TqHeapConfigurator::segmentAddress(id), kSegmentBytes);
+            platform::giveBack(reservation.segmentAddress(id), kSegmentBytes);
     for (; m_total > target; ++m_lowest) {
         if (m_pages[m_lowest] == 0)
             continue;
-        giveBackPages(TqHeapConfigurator::segmentAddress(m_lowest)); // those of page pools have none that wait
+        giveBackPages(reservation.segmentAddress(m_lowest)); // those of page pools have none that wait
         removePages(m_lowest, m_pages[m_lowest]);
     }
 }

@@ -34,15 +34,15 @@ public:
         assert(count <= m_inUse);
         m_inUse -= count;
     }
-    /// A page that comes onto its segment's uncommitted list with its memory; it is marked so.
-    void add(Page& page) noexcept {
+    /// A page that comes onto the segment's uncommitted list with its memory; it is marked so.
+    void add(Page& page, std::size_t identifier) noexcept {
         page.flags = kWaiting | kUncommitted;
-        addPages(TqHeapConfigurator::segmentOf(&page), 1);
+        addPages(identifier, 1);
     }
     /// A page that leaves that list.
-    void remove(Page& page) noexcept {
+    void remove(Page& page, std::size_t identifier) noexcept {
         if ((page.flags & kWaiting) != 0)
-            removePages(TqHeapConfigurator::segmentOf(&page), 1);
+            removePages(identifier, 1);
         page.flags = 0;
     }
     /// A segment is in use no more, and `count` pages of it hold memory.
@@ -74,7 +74,7 @@ public:
     std::size_t pagesOf(std::size_t identifier) const noexcept { return m_pages[identifier]; }
 
     /// Gives memory back until at most `target` pages wait.
-    void giveBackTo(std::size_t target, const SegmentStates& states) noexcept;
+    void giveBackTo(std::size_t target, const SegmentStates& states, const Reservation& reservation) noexcept;
 
 private:
     void removePages(std::size_t identifier, std::size_t count) noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <pthread.h>
 
 // The beginnings and ends that a piece of state of one thread has to know of.
@@ -29,7 +30,7 @@ public:
 
 private:
     ::pthread_key_t m_key{};
-    bool m_hasKey = false;
+    std::atomic<bool> m_hasKey{false}; ///< Threads may ask while the process exits.
     void (*m_ended)() = nullptr;
 };
 

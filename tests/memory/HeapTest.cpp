@@ -134,10 +134,20 @@ TEST_F(Heap, BelongsToOneThreadAtATime) {
     const std::vector<char*> mine = allocate(65, 64); // more than a page, so the last of them is in another one
     void* const unit = tqAllocPageHeap(8192);
     const auto inAnother = [](auto work) { std::thread(work).join(); };
+    std::vector<char*> more;
+    const auto findsAgain = [&more](char* block) {
+        const std::size_t before = more.size();
+        while (more.size() == before || (more.back() != block && more.size() < before + 65))
+            more.push_back(static_cast<char*>(tqMalloc(64)));
+        return more.back() == block;
+    };
+    char* theirs = nullptr;
     inAnother([&] {
         void* const small = tqMalloc(64);
         void* const megabyte = tqAllocPage();
-        EXPECT_FALSE(isPooled(small) || isPooled(megabyte)) << "served by the C library";
+        theirs = static_cast<char*>(tqMalloc(64));
+        EXPECT_FALSE(isPooled(small) || isPooled(megabyte)) << "from another heap";
+        EXPECT_EQ(theirs - static_cast<char*>(small), 64);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(megabyte) % kSegmentBytes, 0U);
         EXPECT_EQ(tqMsize(mine[0]) + tqMsize(unit), 64U + 8192U);
         EXPECT_NE(tq::heapReport().address, 0U);
@@ -151,15 +161,15 @@ TEST_F(Heap, BelongsToOneThreadAtATime) {
         tqHeapTrim();
     });
     EXPECT_EQ(tqMsize(unit), 8192U) << "nothing comes back before the owner takes it in";
-    std::vector<char*> more;
-    while (std::find(more.begin(), more.end(), mine[0]) == more.end() && more.size() < 65)
-        more.push_back(static_cast<char*>(tqMalloc(64)));
-    EXPECT_LT(more.size(), 65U) << "taken in before another page is taken";
+    EXPECT_TRUE(findsAgain(mine[0])) << "taken in before another page is taken";
     EXPECT_EQ(tqMsize(unit), 0U) << "taken in, too";
     EXPECT_EQ(tq::heapReport().waitingBytes, 0U) << "trimmed as was asked";
 
+    EXPECT_EQ(tqMsize(theirs), 64U) << "outlives the thread";
+    tqFree(theirs);
+    inAnother([&] { EXPECT_TRUE(findsAgain(theirs)) << "the next thread has the heap with all that came back"; });
+
     g_tqGlobalHeap.resign();
-    char* theirs = nullptr;
     inAnother([&theirs] { theirs = static_cast<char*>(tqMalloc(64)); });
     char* const again = static_cast<char*>(tqMalloc(64));
     EXPECT_TRUE(isPooled(theirs) && isPooled(again)) << "the next to allocate, until it ends";

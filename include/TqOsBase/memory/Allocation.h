@@ -19,11 +19,13 @@
 /// request.
 ///
 /// Any thread may call everything here, with any block that no other thread uses at that moment; nothing takes a lock.
-/// The pools belong to one thread, the first that allocates, until it ends, and then to the next that does. Other
-/// threads get their blocks from the C library. A pool's block or a unit of pages that another thread frees is put on a
-/// list, which the owner takes in before it takes another page; it can be used again from then on. A child after fork()
-/// has all of the heap when the thread that owns it called fork(); when another one did, it allocates from the C
-/// library, and freeing blocks of the heap has no effect in it.
+/// The heap belongs to one thread, the first that allocates, until it ends, and then to the next that does. Every other
+/// thread gets a heap of its own, as long as 32 suffice; the next thread takes it over when it ends. Further threads
+/// are served by the C library, and so are those whose own heap is full. A block or a unit of pages that another thread
+/// frees is put on a list of its heap, which the owner takes in before it takes another page; it can be used again from
+/// then on. A child after fork() has the heap of the thread that called fork() and those that no thread owned; freeing
+/// blocks of the others has no effect in it, and a thread that has no heap is served by the C library if the first heap
+/// is among them.
 ///
 /// The functions may be called before main and after it: static objects that are destroyed after the heap may still use
 /// and free their blocks (that then has no effect) and allocate (from malloc then).
@@ -99,8 +101,8 @@ TQ_API void tqFreePageHeap(void* unit);
 
 /// Gives the free memory that waits for its next use back to the system. At most 4 MiB wait, or half of what the pools
 /// have in use when that is more, and never more than 64 MiB; the pages that each segment keeps in reserve are not
-/// among them. Called while another thread owns the heap, it leaves that thread a note, which it follows when one of
-/// its pools next has no block at hand.
+/// among them. That is the caller's heap and those that no thread owns; to each other thread it leaves a note, which it
+/// follows when one of its pools next has no block at hand.
 TQ_API void tqHeapTrim();
 
 } // extern "C"

@@ -12,7 +12,7 @@
 namespace tq {
 
 /// What the global heap holds at one moment: which memory it has, and what its pools made of it. Blocks of the C
-/// library, which serves the sizes between the pools', are not part of it.
+/// library, which serves the sizes between the pools', and of other threads' heaps are not part of it.
 struct HeapReport {
     static constexpr std::size_t kPageBytes = 4096;      ///< Size of a page, whatever the system's is.
     static constexpr std::size_t kPagesPerSegment = 256; ///< A segment is 1 MiB.
@@ -69,7 +69,8 @@ struct HeapReport {
 /// pools: after it is torn down, and where its address space cannot be had. Time in proportion to the segments in use
 /// and to the free units of page pools. Throws std::bad_alloc.
 ///
-/// May be called from any thread. While another thread owns the heap, `address` and `reservedBytes` are all that the
+/// The report is of the heap that the first thread to allocate owns; the heaps of other threads are not part of it. May
+/// be called from any thread. While another thread owns that heap, `address` and `reservedBytes` are all that the
 /// report says. Blocks of the heap that other threads freed count as used until the owner has taken them in.
 TQ_API HeapReport heapReport();
 
