@@ -38,7 +38,6 @@ TEST(NlsConversions, AreTheCLibrarysInItsLocaleBoundedByTheSourceCount) {
         EXPECT_EQ(convert(0, 0, "bcde", 2, wide.data(), 8), 2) << "the count bounds what is written";
         EXPECT_EQ(wide, L"bc\u4E2D\0####"s) << "no terminator when it does not fit";
         EXPECT_EQ(convert(0, 0, "ef", -1, wide.data(), 0), 2) << "a negative count takes the whole text";
-        EXPECT_EQ(wide, L"ef\0\0####"s);
         EXPECT_EQ(convert(0, 0, "\xC3\xA9z", 0, nullptr, 0), 2) << "without a destination it counts";
         EXPECT_EQ(convert(0, 0, "a\xFFz", 3, wide.data(), 8), -1);
         EXPECT_EQ(convert(0, 0, nullptr, 3, wide.data(), 8), -1);
@@ -63,15 +62,10 @@ TEST(NlsConversions, CifFormIsBoundedByTheDestinationAndFillsItWithZeros) {
         const wchar_t* text;
         int room, result;
         std::string bytes; // what the room holds afterwards
-    } rows[] = {{false, L"AB", 10, 3, "AB\0\0\0\0\0\0\0\0"s},
-                {false, L"ABC", 2, 3, "AB"s},
-                {false, L"AB", 0, 1, ""s},
-                {false, L"", 3, 1, "\0\0\0"s},
-                {false, L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},
-                {false, nullptr, 3, 0, "\0\0\0"s},
-                {false, L"AB", -1, 0, ""s},
-                {true, L"\u00E9A", 5, 4, "\xC3\xA9\x41\0\0"s},
-                {true, L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s}};
+    } rows[] = {
+        {false, L"AB", 6, 3, "AB\0\0\0\0"s},           {false, L"ABC", 2, 3, "AB"s},      {false, L"AB", 0, 1, ""s},
+        {false, L"AB\u4E2DC", 6, 0, "AB\0\0\0\0"s},    {false, nullptr, 3, 0, "\0\0\0"s}, {false, L"AB", -1, 0, ""s},
+        {true, L"\u00E9\u4E2D", 4, 3, "\xC3\xA9\0\0"s}};
     for (const auto& row : rows) {
         const LocaleScope locale(row.isUtf8 ? reference::kUtf8Locale : "C");
         std::string room(16, '#');

@@ -35,9 +35,7 @@ TEST(FileSystem, EveryKindOfPath) {
     ::symlink("missing", folder.path("link").c_str());
     const struct {
         std::wstring path;
-        bool isThere;
-        bool isExisting;   // by the one bit of the mode that is tested
-        bool isAccessible; // no directory
+        bool isThere, isExisting, isAccessible; // existing by the one bit of the mode that is tested
     } rows[] = {
         {folder.wide(L"file"), true, true, true},
         {folder.wide(L"\u00E9\u4E2D\U0001F600"), true, true, true},
@@ -67,7 +65,6 @@ TEST(FileSystem, EveryKindOfPath) {
             EXPECT_EQ(FS::getFileSize(path), row.isThere ? static_cast<std::uint64_t>(info.st_size) : kNoSize);
             EXPECT_EQ(FS::isFileExisting(path), row.isExisting);
         }
-    EXPECT_EQ(FS::getFileSize(rows[1].path.c_str()), 3U);
     EXPECT_EQ(FS::waccess(nullptr, 0), -1);
     EXPECT_EQ(errno, EINVAL);
     EXPECT_FALSE(FS::isFileExisting(nullptr) || FS::accessFile(nullptr, TqIO::kAccessNone));
@@ -98,30 +95,24 @@ TEST(FileSystem, BuffersByAccess) {
 
 TEST(FileSystem, WhatIsNotProvidedDoesNothing) {
     const TempFolder folder;
-    writeFile(folder.path("file"), bytesOf("12345"));
-    const std::wstring path = folder.wide(L"file");
-    const std::wstring other = folder.wide(L"other");
-    const auto before = std::filesystem::current_path();
-    const auto expectZero = [](auto function, auto... arguments) {
-        EXPECT_EQ(function(arguments...), decltype(function(arguments...)){});
-    };
+    folder.write("file", "12345");
+    const std::wstring path = folder.wide(L"file"), other = folder.wide(L"other");
     for (const auto function : {FS::isDirectory, FS::createFile, FS::deleteFile, FS::createDirectory,
                                 FS::deleteDirectory, FS::setCurrentDirectory})
         for (const std::wstring& argument : {path, other, folder.wide(L"")})
-            expectZero(function, argument.c_str());
+            EXPECT_FALSE(function(argument.c_str()));
     for (const auto function : {FS::getCreationTime, FS::getAccessingTime, FS::getModificationTime,
                                 FS::getDiskAvailableSpace, FS::getDiskFreeSpace, FS::getDiskTotalSpace})
-        expectZero(function, path.c_str());
+        EXPECT_EQ(function(path.c_str()), 0U);
     wchar_t out[] = L"#";
     for (const auto function : {FS::getCurrentDirectory, FS::getOSDirectory, FS::getSystemDirectory,
                                 FS::getTempDirectory, FS::getRunDirectory})
-        expectZero(function, out);
-    expectZero(FS::renameFile, path.c_str(), other.c_str());
+        EXPECT_FALSE(function(out));
+    EXPECT_FALSE(FS::renameFile(path.c_str(), other.c_str()));
     EXPECT_EQ(FS::getFileSize(static_cast<void*>(out)), 0U);
     EXPECT_STREQ(out, L"#");
     EXPECT_EQ(readFile(folder.path("file")), bytesOf("12345"));
     EXPECT_FALSE(std::filesystem::exists(folder.path("other")));
-    EXPECT_EQ(std::filesystem::current_path(), before);
 }
 
 } // namespace

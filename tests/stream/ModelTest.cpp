@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <tuple>
 
 namespace {
 
@@ -31,18 +32,13 @@ void expectSame(const TqFlatMemBuf& buf, const Memory& bytes, uint64_t position)
 }
 
 TEST_F(StreamModel, TqFlatMemBuf) {
-    TqFlatMemBuf b;
-    TqFlatMemBuf shared;
-    Memory m;
-    Memory sharedModel;
-    uint64_t position = 0;
-    uint64_t sharedPosition = 0;
-    uint64_t pos = 0;
+    TqFlatMemBuf b, shared;
+    Memory m, sharedModel;
+    uint64_t position = 0, sharedPosition = 0, pos = 0;
     uint32_t n = 0;
     int type = 0;
     unsigned char byte = 0;
-    Bytes data;
-    Bytes got;
+    Bytes data, got;
     const auto put = [&](uint64_t at, const Bytes& bytes) { // what is out of range is refused
         if (at + bytes.size() <= m.size())
             std::copy(bytes.begin(), bytes.end(), m.begin() + static_cast<std::ptrdiff_t>(at));
@@ -56,7 +52,7 @@ TEST_F(StreamModel, TqFlatMemBuf) {
         EXPECT_EQ(thrownBy(call), isRefused ? kOutOfBuffer : L"");
     };
     // `end`: up to where the bytes may be asked for.
-    const auto read = [&](uint64_t at, uint32_t count, uint64_t end, const auto& call, const std::wstring& text) {
+    const auto read = [&](uint64_t at, uint32_t count, uint64_t end, const std::wstring& text, const auto& call) {
         got.assign(count, 0);
         EXPECT_EQ(thrownBy(call), at + count > end ? text : L"");
         for (uint32_t i = 0; at + count <= m.size() && i < count; ++i)
@@ -89,41 +85,13 @@ TEST_F(StreamModel, TqFlatMemBuf) {
         position = m.size();
     };
     const std::vector<Operation> operations = {
-        {[&] {
-             read(
-                 position, n, m.size(), [&] { b.readBytes(got.data(), n); }, kOutOfBuffer);
-         },
-         [&] { step(n); }},
-        {[&] {
-             read(
-                 pos, n, m.size(), [&] { b.readBytes(pos, got.data(), n); }, kOutOfBuffer);
-         },
-         [] {}},
-        {[&] {
-             read(
-                 position, 1, m.size(), [&] { got[0] = b.readByte(); }, kEndOfBuffer);
-         },
-         [&] { step(1); }},
-        {[&] {
-             read(
-                 position, 1, m.size(), [&] { got[0] = b.getByte(); }, kOutOfBuffer);
-         },
-         [&] { step(1); }},
-        {[&] {
-             read(
-                 pos, 1, m.size(), [&] { got[0] = b.getByte(pos); }, kOutOfBuffer);
-         },
-         [] {}},
-        {[&] {
-             read(
-                 position, n, b.bufSize(), [&] { b.getBytes(got.data(), n); }, kOutOfBuffer);
-         },
-         [] {}},
-        {[&] {
-             read(
-                 pos, n, b.bufSize(), [&] { b.getBytes(pos, got.data(), n); }, kOutOfBuffer);
-         },
-         [] {}},
+        {[&] { read(position, n, m.size(), kOutOfBuffer, [&] { b.readBytes(got.data(), n); }); }, [&] { step(n); }},
+        {[&] { read(pos, n, m.size(), kOutOfBuffer, [&] { b.readBytes(pos, got.data(), n); }); }, [] {}},
+        {[&] { read(position, 1, m.size(), kEndOfBuffer, [&] { got[0] = b.readByte(); }); }, [&] { step(1); }},
+        {[&] { read(position, 1, m.size(), kOutOfBuffer, [&] { got[0] = b.getByte(); }); }, [&] { step(1); }},
+        {[&] { read(pos, 1, m.size(), kOutOfBuffer, [&] { got[0] = b.getByte(pos); }); }, [] {}},
+        {[&] { read(position, n, b.bufSize(), kOutOfBuffer, [&] { b.getBytes(got.data(), n); }); }, [] {}},
+        {[&] { read(pos, n, b.bufSize(), kOutOfBuffer, [&] { b.getBytes(pos, got.data(), n); }); }, [] {}},
         {[&] { b.writeBytes(data.data(), n); }, [&] { write(position, data, position + n, position + n); }},
         {[&] { b.writeBytes(pos, data.data(), n); },
          [&] { write(pos, data, std::max<uint64_t>(m.size(), pos + n), pos); }},
@@ -140,16 +108,8 @@ TEST_F(StreamModel, TqFlatMemBuf) {
         {seek, [&] { position = isOutside() ? position : target(); }},
         {[&] { b.rewind(); }, [&] { position = 0; }},
         {[&] { b.copyFrom(&shared, 0, 0); }, copied},
-        {[&] { shared = b; }, // what is written from now on must not reach the copy
-         [&] {
-             sharedModel = m;
-             sharedPosition = position;
-         }},
-        {[&] { b.open(data.data(), n, static_cast<uint32_t>(pos)); },
-         [&] {
-             m.clear();
-             write(0, data, n + pos, pos);
-         }},
+        {[&] { shared = b; }, [&] { std::tie(sharedModel, sharedPosition) = std::tie(m, position); }},
+        {[&] { b.open(data.data(), n, static_cast<uint32_t>(pos)); }, [&] { m.clear(), write(0, data, n + pos, pos); }},
     };
     const auto choose = [&](std::mt19937& random) {
         if (m.size() > 1000) {
@@ -175,8 +135,7 @@ void playFile(Kind kind) {
     const TempFolder folder;
     BufPtr b = openForUpdate(kind, folder.wide("run"));
     Bytes m;
-    uint64_t position = 0;
-    uint64_t pos = 0;
+    uint64_t position = 0, pos = 0;
     uint32_t n = 0;
     int type = 0;
     Bytes data;
@@ -226,7 +185,6 @@ void playFile(Kind kind) {
             store(at, after);
     };
     const std::vector<Operation> operations = {
-        {[&] { b->writeBytes(data.data(), n); }, [&] { store(position, position + n); }},
         {[&] { b->writeBytes(data.data(), n); }, [&] { store(position, position + n); }},
         {[&] { read(position, [&](unsigned char* got) { b->readBytes(got, n); }); },
          [&] { position += available(position); }},

