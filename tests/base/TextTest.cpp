@@ -3,17 +3,9 @@
 #include "base/Utf8.h"
 #include "reference/GuardedBuffer.h"
 #include "reference/Locales.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/stream/WideName.h>
-
-#include <cerrno>
-#include <climits>
-#include <clocale>
-#include <cwctype>
-#include <gtest/gtest.h>
-#include <stdexcept>
-#include <string>
-#include <utility>
 
 namespace {
 

@@ -5,9 +5,6 @@
 #include <TqOsBase/codepage/Bigfont.h>
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <cstdlib>
-#include <stdexcept>
-
 namespace {
 
 // The user's definitions are one map for the process: every test uses font names of its own.

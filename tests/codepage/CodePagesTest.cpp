@@ -13,9 +13,6 @@
 #include <TqOsBase/codepage/TqCharMapper.h>
 #include <TqOsBase/codepage/TqCodePageMapper.h>
 
-#include <functional>
-#include <iterator>
-
 namespace {
 
 using reference::Checksum;

@@ -7,9 +7,6 @@
 
 #include <TqOsBase/codepage/TqCharMapper.h>
 
-#include <set>
-#include <stdexcept>
-
 namespace {
 
 namespace detail = tq::detail;

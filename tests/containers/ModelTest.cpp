@@ -8,14 +8,6 @@
 #include <TqOsBase/containers/TqStringA.h>
 #include <TqOsBase/containers/TqVector.h>
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <string>
-#include <type_traits>
-#include <utility>
-
 namespace {
 
 using reference::Operation;

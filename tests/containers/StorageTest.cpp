@@ -8,16 +8,6 @@
 #include <TqOsBase/containers/TqStringA.h>
 #include <TqOsBase/containers/TqVector.h>
 
-#include <algorithm>
-#include <climits>
-#include <cstring>
-#include <limits>
-#include <memory>
-#include <new>
-#include <stdexcept>
-#include <string>
-#include <utility>
-
 namespace {
 
 using counting_new::liveArrays;

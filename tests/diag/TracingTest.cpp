@@ -1,18 +1,8 @@
 #include "reference/Locales.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/diag/TqAsserter.h>
 #include <TqOsBase/diag/TqTracer.h>
-
-#include <clocale>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <gtest/gtest.h>
-#include <string>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <utility>
-#include <vector>
 
 namespace {
 
@@ -53,21 +43,9 @@ const std::string kTurns = "a1b\xC3\xA9"
 
 TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
     const std::pair<std::function<void()>, std::string> rows[] = {
-        {[] { TqTracer(L"%d items of %ls", 3, L"a"); }, "3 items of a"},
-        {[] { TqTracer("%d items of %s", 3, "a"); }, "3 items of a"},
-        {[] { TqTracer(L"\u00E9\u4E2D"); }, "\xC3\xA9\xE4\xB8\xAD"},
-        {traceInTurn, kTurns},
-        {[] { // the program's own output goes on
-             traceInTurn();
-             std::printf("c");
-         },
-         kTurns + "c"},
-        {[] {
-             std::fwide(stdout, 1);
-             traceInTurn();
-             std::wprintf(L"e");
-         },
-         kTurns + "e"},
+        {[] { TqTracer(L"%d items of %ls \u4E2D", 3, L"a"); }, "3 items of a \xE4\xB8\xAD"},
+        {[] { traceInTurn(), std::printf("c"); }, kTurns + "c"}, // the program's own output goes on
+        {[] { std::fwide(stdout, 1), traceInTurn(), std::wprintf(L"e"); }, kTurns + "e"},
         {[] { TqAsserter::sm_pfnAssert(L"", L"\u00E9.cpp", 12); }, "\nTqAsserter failed-- \xC3\xA9.cpp:12 "},
         {[] { TqAsserter::sm_pfnAssert(L"", nullptr, 12); }, "\nTqAsserter failed-- (null):12 "},
         {[] { TqTracer(L"%d%%%%", 100); }, "100%"}, // interpreted twice
@@ -83,10 +61,7 @@ std::vector<std::wstring> g_wideTraces;
 int g_narrowTraces = 0;
 
 TEST(Tracing, HooksGetWhatTheWideConstructorFormats) {
-    const auto narrowBefore = TqTracer::sm_pfnTraceA;
-    const auto wideBefore = TqTracer::sm_pfnTraceW;
-    EXPECT_EQ(narrowBefore, TqTracer::defaultTraceA);
-    EXPECT_EQ(wideBefore, TqTracer::defaultTraceW);
+    EXPECT_TRUE(TqTracer::sm_pfnTraceA == TqTracer::defaultTraceA && TqTracer::sm_pfnTraceW == TqTracer::defaultTraceW);
     TqTracer::setTraceFunctionA([](const char*) { ++g_narrowTraces; });
     TqTracer::setTraceFunctionW([](const wchar_t* text) { g_wideTraces.emplace_back(text); });
 
@@ -108,8 +83,8 @@ TEST(Tracing, HooksGetWhatTheWideConstructorFormats) {
     TqTracer::setTraceFunctionA(nullptr);
     TqTracer::setTraceFunctionW(nullptr);
     EXPECT_FALSE(TqTracer::sm_pfnTraceA || TqTracer::sm_pfnTraceW);
-    TqTracer::setTraceFunctionA(narrowBefore);
-    TqTracer::setTraceFunctionW(wideBefore);
+    TqTracer::setTraceFunctionA(TqTracer::defaultTraceA);
+    TqTracer::setTraceFunctionW(TqTracer::defaultTraceW);
 }
 
 } // namespace

@@ -2,17 +2,12 @@
 // linker leads the library's calls here.
 #include "base/FileName.h"
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/crtcompat/PrintfFunctions.h>
 #include <TqOsBase/diag/Exceptions.h>
 
-#include <cerrno>
 #include <cstdarg>
-#include <cstdlib>
-#include <cwchar>
-#include <gtest/gtest.h>
-#include <string>
-#include <tuple>
 
 namespace {
 

@@ -6,8 +6,6 @@
 
 #include <TqOsBase/format/OutputWithFormat.h>
 
-#include <initializer_list>
-
 namespace {
 
 using probe::format;
@@ -26,20 +24,8 @@ std::wstring digitsIn(unsigned long long value, unsigned base) {
     return text;
 }
 
-std::wstring withPoint(std::wstring digits, int precision) {
-    if (precision < 0)
-        return digits;
-    while (static_cast<int>(digits.size()) < precision + 1)
-        digits.insert(digits.begin(), L'0');
-    return digits.insert(digits.size() - static_cast<std::size_t>(precision), 1, L'.');
-}
-
-std::wstring padded(std::wstring text, int width, bool left, bool zero, bool numeric) {
-    const auto missing = static_cast<std::size_t>(std::max(width - static_cast<int>(text.size()), 0));
-    if (left)
-        return text + std::wstring(missing, L' ');
-    const bool afterSign = zero && numeric && !text.empty() && (text[0] == L'-' || text[0] == L'+');
-    return text.insert(afterSign ? 1 : 0, missing, zero ? L'0' : L' ');
+std::wstring padded(std::wstring text, std::size_t width) {
+    return text.insert(text[0] == L'-' ? 1 : 0, std::max(width, text.size()) - text.size(), L'0');
 }
 
 // Formats into a buffer of exactly `capacity` characters before a page that cannot be touched.
@@ -65,66 +51,6 @@ int formatMoving(wchar_t** out, int capacity, const wchar_t* format, ...) {
     return result;
 }
 
-// A letter with every flag, width and precision, into a buffer of the text's size and into one that is too small.
-// `textOf` gives the text without padding, for a plus flag and a precision, -1 for none.
-template <class Argument, class TextOf>
-void renderEvery(wchar_t letter, Argument argument, bool numeric, const TextOf& textOf) {
-    static reference::GuardedBuffer<wchar_t> guarded(256);
-    for (const std::wstring flags : {L"", L"+", L"-", L"+-", L"-+", L"0", L"+0", L"-0", L"-+0"}) {
-        for (const int width : {0, 1, 7, 40, 95}) {
-            for (const int precision : {-1, 0, 1, 3, 9}) {
-                const auto has = [&flags](wchar_t flag) { return flags.find(flag) != std::wstring::npos; };
-                const std::wstring wanted = padded(textOf(has(L'+'), precision), width, has(L'-'), has(L'0'), numeric);
-                const std::wstring directive = L"%" + flags + (width > 0 ? std::to_wstring(width) : L"") +
-                                               (precision >= 0 ? L"." + std::to_wstring(precision) : L"") + letter;
-                const auto size = static_cast<int>(wanted.size());
-                const Attempt fitting = formatInto(guarded, size + 1, directive.c_str(), argument);
-                ASSERT_EQ(fitting.text, wanted) << directive;
-                ASSERT_EQ(fitting.result, size) << directive;
-                if (size == 0)
-                    continue;
-                // One character less: the last run or text is missing as a whole, what came before it stays.
-                const Attempt cut = formatInto(guarded, size, directive.c_str(), argument);
-                ASSERT_EQ(cut.result, -1) << directive;
-                ASSERT_TRUE(wanted.starts_with(cut.text) && cut.text.size() < wanted.size()) << directive;
-            }
-        }
-    }
-}
-
-TEST(OutputWithFormat, RendersEveryFlagWidthPrecisionAndLetterIntoExactBuffers) {
-    const auto integer = [](const std::wstring& sign, const std::wstring& digits) {
-        return [=](bool, int precision) { return sign + withPoint(digits, precision); };
-    };
-    for (const wchar_t* letters : {L"dD", L"iI"}) {
-        renderEvery(letters[0], -42, true, integer(L"-", L"42"));
-        renderEvery(letters[1], -42LL, true, integer(L"-", L"42"));
-    }
-    for (const auto& [letters, base] : {std::pair(L"uU", 10U), {L"oO", 8U}, {L"xX", 16U}, {L"bB", 2U}, {L"pX", 16U}}) {
-        renderEvery(letters[0], -42, true, integer(L"", digitsIn(UINT_MAX - 41, base)));
-        renderEvery(letters[1], -42LL, true, integer(L"", digitsIn(ULLONG_MAX - 41, base)));
-    }
-    const auto number = [](const char* format) {
-        return [=](bool plus, int precision) {
-            char text[64];
-            std::snprintf(text, sizeof text, format, precision < 0 ? 6 : precision, 2.71828);
-            return (plus ? L"+" : L"") + widen(text);
-        };
-    };
-    for (const wchar_t letter : {L'f', L'g', L'G'})
-        renderEvery(letter, 2.71828, true, number("%.*f"));
-    renderEvery(L'e', 2.71828, true, [&](bool, int precision) {
-        const std::wstring text = number("%.*e")(false, precision);
-        return text.substr(0, text.size() - 4) + L"E+000";
-    });
-    renderEvery(L's', L"h\u00e9llo", false, [](bool, int precision) {
-        return std::wstring(L"h\u00e9llo").substr(0, static_cast<std::size_t>(precision));
-    });
-    renderEvery(L'c', L'x', false, [](bool, int) { return std::wstring(L"x"); });
-    for (const wchar_t letter : {L'%', L'y', L'E'})
-        renderEvery(letter, 7, false, [=](bool, int) { return std::wstring(1, letter); });
-}
-
 // In place, where digits may be written after the text, and at the end of a page, where they may not.
 TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
     reference::GuardedBuffer<wchar_t> guarded(256);
@@ -136,21 +62,17 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
     };
     std::vector<unsigned long long> values{0, ULLONG_MAX, LLONG_MAX, 1ULL << 63};
     for (unsigned long long power = 1; power <= ULLONG_MAX / 10; power *= 10)
-        values.insert(values.end(), {power - 1, power, power + 1, power * 10 - 1, power * 2 / 3, power / 7 * 9});
-    std::mt19937_64 random(17);
-    for (int i = 0; i < 2000; ++i)
-        values.push_back(random() >> (random() % 64));
+        values.insert(values.end(), {power - 1, power, power * 2 / 3, power / 7 * 9});
     for (const unsigned long long value : values) {
         const auto low = static_cast<unsigned>(value);
+        const std::wstring text = std::to_wstring(static_cast<long long>(value));
         expectBoth(std::to_wstring(value), L"%U", value);
-        expectBoth(std::to_wstring(static_cast<long long>(value)), L"%D", value);
-        expectBoth(std::to_wstring(low), L"%u", low);
+        expectBoth(text, L"%D", value);
         expectBoth(std::to_wstring(static_cast<int>(low)), L"%d", low);
         expectBoth(digitsIn(value, 16), L"%X", value);
-        expectBoth(padded(digitsIn(low, 16), 8, false, true, true), L"%08x", low);
+        expectBoth(padded(digitsIn(low, 16), 8), L"%08x", low);
         for (const int width : {9, 11, 16, 17, 21, 40})
-            expectBoth(padded(std::to_wstring(static_cast<long long>(value)), width, false, true, true), L"%0*D", width,
-                       value);
+            expectBoth(padded(text, static_cast<std::size_t>(width)), L"%0*D", width, value);
     }
     reference::GuardedBuffer<wchar_t> source(80);
     for (std::size_t length = 0; length < 80; ++length) {
@@ -182,6 +104,16 @@ TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
     for (const auto& [directives, text] : rows)
         EXPECT_EQ(format(directives, 7, 7), text) << directives;
     EXPECT_EQ(format(L"%*d|%-*d|%.*d", 4, 1, 4, 2, 2, 3), L"   1|2   |0.03");
+    const wchar_t* const s = L"h\u00e9llo";
+    EXPECT_EQ(format(L"%-8.2s|%+8.2s|%08s|%-5c|%-08d|%08.3i|%-8.1o|%b|%B|%O|%X|%I", s, s, s, L'x', -42, -42, 8, 5, 5LL,
+                     8LL, 255LL, -42LL),
+              L"h\u00e9      |      h\u00e9|000h\u00e9llo|x    |-42     |-000.042|1.0     |101|101|10|FF|-42");
+    // More arguments than registers hold, and flags in any order.
+    EXPECT_EQ(
+        format(L"%d %s %.1f %D %d %s %-+7.1f|%+-7.1f|%+08.1f %.1f %08.1f %-8e|%+014.2e %G %.1f %d %.1f %s", 1, s, 1.5,
+               2LL, 3, s, 2.5, 3.5, 4.5, 5.5, -6.5, 7.5, 8.5, -9.5, 10.5, 5, 11.5, s),
+        L"1 h\u00e9llo 1.5 2 3 h\u00e9llo +2.5   |+3.5   |+00004.5 5.5 -00006.5 7.500000E+000|000008.50E+000 -9.500000 "
+        L"10.5 5 11.5 h\u00e9llo");
     EXPECT_EQ(format(L"%.*f|%.*s", -3, 2.5, -1, L"abc"), L"3|");
     EXPECT_EQ(format(L"%d %D %d", INT_MIN, LLONG_MIN, 5), L"-2147483648 -9223372036854775808 5");
     EXPECT_EQ(format(L"%p", 0x123456789abcdef0ULL), L"9ABCDEF0");
@@ -191,19 +123,10 @@ TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
     EXPECT_EQ(format(L"%.3s", guarded.place(L"abc", 3)), L"abc");
 }
 
-TEST(OutputWithFormat, TakesMoreArgumentsThanRegistersHold) {
-    const wchar_t* const text = L"x";
-    EXPECT_EQ(format(L"%d %s %.1f %D %d %s %.1f %.1f %u %.1f %.1f %.1f %.1f %.1f %.1f %d %.1f %s", 1, text, 1.5, 2LL, 3,
-                     text, 2.5, 3.5, 4U, 4.5, 5.5, 6.5, 7.5, 8.5, 9.5, 5, 10.5, text),
-              L"1 x 1.5 2 3 x 2.5 3.5 4 4.5 5.5 6.5 7.5 8.5 9.5 5 10.5 x");
-}
-
 TEST(OutputWithFormat, TakesArgumentsByPosition) {
-    EXPECT_EQ(format(L"%2$s %1$d", 7, L"abc"), L"abc 7");
     EXPECT_EQ(format(L"%3$.*1$f %3$0*2$.1f", 2, 6, 1.25), L"1.25 0001.3");
-    EXPECT_EQ(format(L"%1$d %1$x %2$hd", 255, 3), L"255 FF 3");
-    EXPECT_EQ(format(L"%2$D %3$c %1$U %4$s", 18446744073709551615ULL, -5LL, L'z', L"end"),
-              L"-5 z 18446744073709551615 end");
+    EXPECT_EQ(format(L"%2$D %3$c %1$U %4$s %3$x", 18446744073709551615ULL, -5LL, L'z', L"end"),
+              L"-5 z 18446744073709551615 end 7A");
     EXPECT_EQ(format(L"%2$.20q*1$", 1, 2.5), L"2.5000");
     // After a star the dollar sign may be missing.
     EXPECT_EQ(format(L"%1$.20q*3|%2$d", 14.5, 7, 1), L"14.5000|7");
@@ -234,7 +157,6 @@ TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
                 {4, L"ab%dcd", 77, -1, L"ab"},
                 {4, L"%06d", -7, -1, L"-"},
                 {64, L"%.2044d", 7, -1, L""},
-                {64, L"%.9999999999d", 7, -1, L""},
                 {64, nullptr, 0, -1, L""},
                 {1, L"", 0, 0, L""},
                 {64, L"%*d", -1, -1, std::wstring(60, L' ')}}; // endless: runs of 30 until no more fit
@@ -256,13 +178,6 @@ TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
     out = buffer;
     EXPECT_EQ(formatMoving(&out, 16, L"%d-%s", 12, L"x"), 4);
     EXPECT_EQ(out, buffer + 4);
-    EXPECT_EQ(formatMoving(&out, 3, L"%d", 1234), -1);
-    EXPECT_EQ(out, buffer + 4);
-    // Strings are longer than the work buffer allows for numbers.
-    const std::wstring text(5000, L'x');
-    std::wstring room(5002, L'#');
-    EXPECT_EQ(FormatUtil::outputStringWithFormat(room.data(), 5002, L"%s!", text.c_str()), 5001);
-    EXPECT_EQ(room, text + L"!" + L'\0');
 }
 
 } // namespace

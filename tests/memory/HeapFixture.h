@@ -1,13 +1,9 @@
 #pragma once
 
 #include "memory/HeapCheck.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/memory/Allocation.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <gtest/gtest.h>
-#include <initializer_list>
 
 namespace heap_test {
 

@@ -5,15 +5,6 @@
 
 #include <TqOsBase/memory/HeapReport.h>
 
-#include <algorithm>
-#include <cstring>
-#include <deque>
-#include <list>
-#include <map>
-#include <random>
-#include <set>
-#include <vector>
-
 namespace {
 
 using namespace heap_test;

@@ -1,12 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <bit>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-#include <vector>
+#include "reference/Testing.h"
 
 /// Decimal and binary numbers by the plainest exact arithmetic: digit strings. Slow; shares nothing with the library.
 namespace reference {

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdlib>
-#include <cstring>
+#include "reference/Testing.h"
+
 #include <sys/mman.h>
-#include <unistd.h>
 
 namespace reference {
 

@@ -1,11 +1,7 @@
 #pragma once
 
 #include "reference/CountingNew.h"
-
-#include <functional>
-#include <gtest/gtest.h>
-#include <random>
-#include <vector>
+#include "reference/Testing.h"
 
 namespace reference {
 

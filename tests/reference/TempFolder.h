@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
+#include "reference/Testing.h"
+
 #include <unistd.h> // mkdtemp, on macOS
 
 namespace reference {

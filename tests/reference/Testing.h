@@ -1,7 +1,7 @@
 #pragma once
 
 /// \file
-/// GoogleTest and what of the standard library nearly every test uses.
+/// GoogleTest, and what the tests use of the standard library and of POSIX.
 
 #include <algorithm>
 #include <bit>
@@ -12,12 +12,27 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <cwchar>
 #include <cwctype>
+#include <deque>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+#include <list>
+#include <map>
+#include <memory>
+#include <optional>
 #include <random>
+#include <set>
+#include <stdexcept>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <thread>
 #include <tuple>
+#include <unistd.h>
 #include <utility>
 #include <vector>

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <cstdio>
-#include <string>
-#include <vector>
+#include "reference/Testing.h"
 
 /// The text conversions as their rules say them, one character at a time and with nothing shared with the library. The
 /// results have no terminator.

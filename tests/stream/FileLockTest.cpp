@@ -2,12 +2,6 @@
 
 #include <TqOsBase/stream/OpenStream.h>
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <system_error>
-#include <unistd.h>
-
 namespace {
 
 using namespace streamtest;

@@ -3,11 +3,6 @@
 #include <TqOsBase/diag/TqTracer.h>
 #include <TqOsBase/stream/OpenStream.h>
 
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace {
 
 using namespace streamtest;

@@ -3,12 +3,8 @@
 
 #include <TqOsBase/stream/TqFileSystem.h>
 
-#include <cerrno>
-#include <clocale>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace {
 

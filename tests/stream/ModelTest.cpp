@@ -5,11 +5,6 @@
 
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 
-#include <algorithm>
-#include <cstring>
-#include <optional>
-#include <tuple>
-
 namespace {
 
 using namespace streamtest;

@@ -1,14 +1,9 @@
 // What paths are split into, whatever their slashes and full stops, is for fuzz/PathSplitFuzz.cpp.
 #include "reference/GuardedBuffer.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/stream/PathFunctions.h>
 #include <TqOsBase/stream/TqPathMaker.h>
-
-#include <cwchar>
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 

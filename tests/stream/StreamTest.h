@@ -1,22 +1,10 @@
 #pragma once
 
 #include "reference/TempFolder.h"
+#include "reference/Testing.h"
 
 #include <TqOsBase/diag/Exceptions.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
-
-#include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <gtest/gtest.h>
-#include <iterator>
-#include <memory>
-#include <new>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace streamtest {
 

@@ -2,9 +2,6 @@
 
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 
-#include <algorithm>
-#include <cstring>
-
 namespace {
 
 using namespace streamtest;
