@@ -16,13 +16,11 @@ const struct {
     int (*library)(std::wint_t);
     CharacterClasses bit;
     bool asciiOnly;
-} kRows[] = {
-    {isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
-    {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
-    {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
-    {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
-    {isAlpha, std::iswalpha, kAlpha, false},
-};
+} kRows[] = {{isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
+             {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
+             {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
+             {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
+             {isAlpha, std::iswalpha, kAlpha, false}};
 
 // Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
@@ -52,8 +50,7 @@ TEST_P(InLocale, FileNamesAreUtf8AndLeaveErrnoAlone) {
         {L"\u00E9\u4E2D\U0001F600", "\xC3\xA9\xE4\xB8\xAD\xF0\x9F\x98\x80"},
         {L"a\U0010FFFF", "a\xF4\x8F\xBF\xBF"},
         {std::wstring(L"a") + static_cast<wchar_t>(0x110000), nullptr}, // refused
-        {std::wstring(L"a") + static_cast<wchar_t>(-2), nullptr},
-    };
+        {std::wstring(L"a") + static_cast<wchar_t>(-2), nullptr}};
     for (const auto& [name, expected] : rows) {
         std::string out = "left over";
         errno = EXDEV;

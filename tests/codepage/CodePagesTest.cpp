@@ -60,8 +60,7 @@ TEST(LmCodePage, CharSetsCodePagesAndIndices) {
         {-70, 120, 0x2D70F39C1B5D7C2F, [](int i) { return IsMultiByteCodePage(idOf(i)); }},
         {-70, 120, 0x2D70F39C1B5D7C2F, [](int i) { return isAsianCodepage(idOf(i)); }},
         {-70, 120, 0xA99C649CE88073ED, [](int i) { return reMapCodepage(idOf(i)); }},
-        {SHRT_MIN, SHRT_MAX, 0x089691B573B09325, [](int i) { return mapCodepage(static_cast<short>(i)); }},
-    };
+        {SHRT_MIN, SHRT_MAX, 0x089691B573B09325, [](int i) { return mapCodepage(static_cast<short>(i)); }}};
     expectSums(sums);
     EXPECT_EQ(Pages::CharSetToCodePage(128), 932);
     EXPECT_EQ(Pages::CodePageIndexToCharSet(INT_MIN) + Pages::CodePageIndexToCharSet(INT_MAX), 0);

@@ -133,8 +133,7 @@ TEST_F(ContainerModel, CStringArray) {
          }},
         {[&] { a.InsertAt(c.at, &a); }, [&] { m.add(c.at, Texts(m)); }},
         {[&] { a.RemoveAt(c.first); }, [&] { m.erase(m.begin() + c.first); }},
-        {[&] { a.RemoveAt(c.first, c.last - c.first); }, [&] { m.erase(m.begin() + c.first, m.begin() + c.last); }},
-    };
+        {[&] { a.RemoveAt(c.first, c.last - c.first); }, [&] { m.erase(m.begin() + c.first, m.begin() + c.last); }}};
     const auto choose = [&](std::mt19937& random) {
         if (m.size() > 60) {
             a.SetSize(5);
@@ -179,8 +178,7 @@ TEST_F(ContainerModel, CStringList) {
         {[&] { l.RemoveAt(pos()); }, [&] { m.erase(m.begin() + c.first); }},
         {[&] { ASSERT_EQ(l.RemoveHead(), m.front()); }, [&] { m.erase(m.begin()); }},
         {[&] { ASSERT_EQ(l.RemoveTail(), m.back()); }, [&] { m.pop_back(); }},
-        {[&] { ASSERT_EQ(l.Find(c.value.c_str(), pos()), l.FindIndex(found())); }, [] {}},
-    };
+        {[&] { ASSERT_EQ(l.Find(c.value.c_str(), pos()), l.FindIndex(found())); }, [] {}}};
     const auto choose = [&](std::mt19937& random) {
         if (m.size() > 60) {
             l.RemoveAll();
@@ -224,8 +222,7 @@ TEST_F(ContainerModel, CMapStringToPtr) {
         // rarely
         {[&] { map.InitHashTable(buckets, false); }, [&] { model.clear(); }},
         {[&] { map.InitHashTable(buckets); }, [&] { model.clear(); }},
-        {[&] { map.RemoveAll(); }, [&] { model.clear(); }},
-    };
+        {[&] { map.RemoveAll(); }, [&] { model.clear(); }}};
     const auto choose = [&](std::mt19937& random) {
         if (model.empty()) {
             buckets = 1 + static_cast<unsigned>(random() % 40);
@@ -289,8 +286,7 @@ void playVectors(unsigned seed) {
         {[&] { vectors[i][static_cast<int>(there)] = value; }, [&] { models[i][there] = value; }},
         {[&] { *vectors[i].last() = value; }, [&] { models[i].back() = value; }},
         {[&] { vectors[i].asArrayPtr()[0] = value; }, [&] { models[i][0] = value; }},
-        {addSlot, [] {}},
-    };
+        {addSlot, [] {}}};
     const auto choose = [&](std::mt19937& random) {
         i = random() % kCrowd;
         j = random() % kCrowd;
@@ -338,8 +334,7 @@ TEST_F(ContainerModel, TqStringA) {
         {[&] { strings[i] += text.c_str(); }, [&] { models[i] += text; }},
         {[&] { strings[i].assign(strings[i].c_str() + from); }, [&] { models[i].erase(0, from); }},
         {[&] { strings[i] += strings[i].c_str() + from; }, [&] { models[i] += models[i].substr(from); }},
-        {overwrite, [&] { models[i].assign(from, '*'); }},
-    };
+        {overwrite, [&] { models[i].assign(from, '*'); }}};
     const auto choose = [&](std::mt19937& random) {
         i = random() % kCrowd;
         j = random() % kCrowd;

@@ -243,15 +243,13 @@ TEST(CMapStringToString, StoresNothingAndNeedsNoMemory) {
 TEST(TqVector, SlotsGrowByTheRule) {
     const struct {
         int physical, logical, grow, requested, expectedDefault, expectedFlat;
-    } rows[] = {
-        {8, 2, 8, 9, 10, 16},     // from the elements in use, not from the slots
-        {8, 2, 100, 9, 102, 108}, // the grow length
-        {8, 2, 8, 40, 40, 46},    // the shortfall is counted from the elements in use
-        {65536, 65536, 8, 65537, 65544, 131072},
-        {100000, 100000, 8, 100001, 100008, 165536},
-        {100000, 100000, 8, 300000, 300000, 300000},
-        {INT_MAX - 4, INT_MAX - 4, 8, INT_MAX - 2, INT_MAX, INT_MAX},
-    };
+    } rows[] = {{8, 2, 8, 9, 10, 16},     // from the elements in use, not from the slots
+                {8, 2, 100, 9, 102, 108}, // the grow length
+                {8, 2, 8, 40, 40, 46},    // the shortfall is counted from the elements in use
+                {65536, 65536, 8, 65537, 65544, 131072},
+                {100000, 100000, 8, 100001, 100008, 165536},
+                {100000, 100000, 8, 300000, 300000, 300000},
+                {INT_MAX - 4, INT_MAX - 4, 8, INT_MAX - 2, INT_MAX, INT_MAX}};
     for (const auto& [physical, logical, grow, requested, expectedDefault, expectedFlat] : rows) {
         EXPECT_EQ(TqVectorDefaultGrowPolicy::grownLength(requested, logical, physical, grow), expectedDefault);
         EXPECT_EQ(TqVectorFlatMemBufGrowPolicy::grownLength(requested, logical, physical, grow), expectedFlat);

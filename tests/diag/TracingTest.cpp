@@ -50,8 +50,7 @@ TEST(Tracing, NothingVanishesWhateverTheOutputHasTakenBefore) {
         {[] { TqAsserter::sm_pfnAssert(L"", nullptr, 12); }, "\nTqAsserter failed-- (null):12 "},
         {[] { TqTracer(L"%d%%%%", 100); }, "100%"}, // interpreted twice
         {[] { TqTracer::defaultTraceW(L"50%% \u00E9"); }, "50% \xC3\xA9"},
-        {[] { TqTracer::defaultTraceA("50%%"); }, "50%"},
-    };
+        {[] { TqTracer::defaultTraceA("50%%"); }, "50%"}};
     for (const auto& [print, text] : rows)
         for (const char* locale : {"C", reference::kUtf8Locale})
             EXPECT_EQ(printedBy(locale, print), text) << locale;

@@ -98,8 +98,7 @@ TEST(CLibraries, NoNameOfAFileBecomesAnothers) {
         {latin, L"plan\U000E0061.txt", "plan\xF3\xA0\x81\xA1.txt"}, // not plan.txt
         {latin, L"\u00E9\u4E2D", "\xC3\xA9\xE4\xB8\xAD"},
         {"C", L"\u00E9", "\xC3\xA9"},
-        {"POSIX", L"\u00E9", "\xC3\xA9"},
-    };
+        {"POSIX", L"\u00E9", "\xC3\xA9"}};
     for (const auto& [locale, name, expected] : rows) {
         g_locale = locale;
         std::string bytes;

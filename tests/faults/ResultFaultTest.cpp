@@ -40,15 +40,13 @@ void expectUnchanged(const std::vector<std::function<void(Text&)>>& changes) {
 }
 
 TEST(ResultFaults, TextsAreLeftAloneWithoutMemory) {
-    expectUnchanged<TqVector<wchar_t>>({
-        [](auto& v) { TqCharMapper::multiByteToWideChar(kCodePageWestern, "A\\U+00E9", 8, v); },
-        [](auto& v) { TqCharMapper::utf8ToUnicode("\xC3\xA9 and a long one after it", 25, v); },
-        [](auto& v) { TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0, "\xC3\xA9", 2, v); },
-    });
-    expectUnchanged<TqVector<char>>({
-        [](auto& v) { TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"A\u00E9\u00E9", 3, v); },
-        [](auto& v) { TqCharMapper::unicodeToUtf8(L"A\u00E9\u4E2D and more of it", 18, v); },
-    });
+    expectUnchanged<TqVector<wchar_t>>(
+        {[](auto& v) { TqCharMapper::multiByteToWideChar(kCodePageWestern, "A\\U+00E9", 8, v); },
+         [](auto& v) { TqCharMapper::utf8ToUnicode("\xC3\xA9 and a long one after it", 25, v); },
+         [](auto& v) { TqCharMapper::multiByteToWideChar(kCodePageUtf8, 0, "\xC3\xA9", 2, v); }});
+    expectUnchanged<TqVector<char>>(
+        {[](auto& v) { TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"A\u00E9\u00E9", 3, v); },
+         [](auto& v) { TqCharMapper::unicodeToUtf8(L"A\u00E9\u4E2D and more of it", 18, v); }});
     TqStringA piece("a run");
     const TqStringA holder = piece;
     EXPECT_TRUE(runsOut(0, [&] { piece.releaseBuffer(2); }));
@@ -68,12 +66,9 @@ TEST(ResultFaults, TextsAreLeftAloneWithoutMemory) {
         EXPECT_STREQ(buffer, count == 7 ? L"7 a 2.5" : L"");
         return count == 7;
     });
-    for (wchar_t* (*const call)() : {
-             +[] { return tqFltToF(1.5, 2); },
-             +[] { return tqFltToE(1.5, 2, 'e'); },
-             +[] { return tqFltToG(1.5, 2, 'e', 0); },
-             +[] { return tqDToStr(1e300, 'f', 30, 0); },
-         })
+    for (wchar_t* (*const call)() :
+         {+[] { return tqFltToF(1.5, 2); }, +[] { return tqFltToE(1.5, 2, 'e'); },
+          +[] { return tqFltToG(1.5, 2, 'e', 0); }, +[] { return tqDToStr(1e300, 'f', 30, 0); }})
         sweepAllocations([call](int failing) {
             wchar_t* number = nullptr;
             EXPECT_FALSE(runsOut(failing, [&] { number = call(); }) && number != nullptr);
@@ -119,9 +114,7 @@ TEST_F(NumberFaults, EveryBlockComesBackAndOperandsThatAreNotConsumedStay) {
             Bigint* const steps = TqGdImpl::multadd(TqGdImpl::d2b(1.0 / 3, &point, &sign), 1000000000, 9);
             TqGdImpl::Bfree(TqGdImpl::lshift(TqGdImpl::pow5mult(steps, 700), 500));
         },
-        [&] { TqGdImpl::Bfree(TqGdImpl::mult(a, b)); },
-        [&] { TqGdImpl::Bfree(TqGdImpl::diff(a, b)); },
-    };
+        [&] { TqGdImpl::Bfree(TqGdImpl::mult(a, b)); }, [&] { TqGdImpl::Bfree(TqGdImpl::diff(a, b)); }};
     for (const auto& call : calls) {
         SCOPED_TRACE(&call - calls);
         sweepAllocations([&](int failing) {

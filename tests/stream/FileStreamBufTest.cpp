@@ -72,8 +72,7 @@ TEST(FileIStreamBuf, MappedFileIsReadAsMemory) {
         {kOutOfBuffer, [&] { buf->readBytes(9, got, 2); }}, {kOutOfBuffer, [&] { buf->writeBytes(9, got, 2); }},
         {kWriteError, [&] { buf->writeBytes(3, got, 2); }}, {kWriteError, [&] { buf->writeBytes(got, 2); }},
         {kWriteError, [&] { buf->setBytes(got, 2); }},      {kWriteError, [&] { buf->setBytes(0, got, 2); }},
-        {kInternalError, [&] { buf->truncate(); }},
-    };
+        {kInternalError, [&] { buf->truncate(); }}};
     expectRefusals(refusals);
     EXPECT_EQ(buf->tell(), 2U);
     buf->getBytes(9, got, 1);
@@ -104,11 +103,9 @@ TEST(FileIStreamBuf, WhatCannotBeMappedIsReadThroughTheStream) {
     EXPECT_EQ(pipe->tell(), UINT64_MAX) << "no position";
     EXPECT_EQ(pipe->readByte(), 'p');
     EXPECT_EQ(pipe->seek(UINT64_MAX, TqIO::kSeekStart), UINT64_MAX) << "quietly";
-    const Refusal refusals[] = {
-        {kInternalError, [&] { buf->truncate(); }},
-        {kWriteError, [&] { buf->setBytes(0, &byte, 1); }},
-        {kInternalError, [&] { pipe->seek(2, TqIO::kSeekStart); }},
-    };
+    const Refusal refusals[] = {{kInternalError, [&] { buf->truncate(); }},
+                                {kWriteError, [&] { buf->setBytes(0, &byte, 1); }},
+                                {kInternalError, [&] { pipe->seek(2, TqIO::kSeekStart); }}};
     expectRefusals(refusals);
     ::close(writer);
 }
@@ -189,9 +186,7 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
         // Accepted bytes that an earlier call has lost: close() says so again, the destructor need not.
         const std::function<void(TqFileStreamBuf&)> losses[] = {
             [&](TqFileStreamBuf& b) { b.seek(0, TqIO::kSeekStart); },
-            [&](TqFileStreamBuf& b) { b.writeBytes(large.data(), 100000); },
-            [&](TqFileStreamBuf& b) { b.readByte(); },
-        };
+            [&](TqFileStreamBuf& b) { b.writeBytes(large.data(), 100000); }, [&](TqFileStreamBuf& b) { b.readByte(); }};
         for (const auto& lose : losses)
             for (const bool closes : {true, false}) {
                 const BufPtr lost = openFull(kind);

@@ -32,18 +32,16 @@ TEST(FileSystem, EveryKindOfPath) {
     const struct {
         std::wstring path;
         bool isThere, isExisting, isAccessible; // existing by the one bit of the mode that is tested
-    } rows[] = {
-        {folder.wide(L"file"), true, true, true},
-        {folder.wide(L"\u00E9\u4E2D\U0001F600"), true, true, true},
-        {std::wstring(3000, L'/') + folder.wide(L"file"), true, true, true},
-        {folder.wide(L""), true, false, false},
-        {folder.wide(L"pipe"), true, true, true},
-        {folder.wide(L"socket"), true, false, true}, // its code has that bit too
-        {folder.wide(L"link"), false, false, false},
-        {folder.wide(L"file/none"), false, false, false},
-        {folder.wide(L"file") + static_cast<wchar_t>(0x110000), false, false, false},
-        {L"", false, false, false},
-    };
+    } rows[] = {{folder.wide(L"file"), true, true, true},
+                {folder.wide(L"\u00E9\u4E2D\U0001F600"), true, true, true},
+                {std::wstring(3000, L'/') + folder.wide(L"file"), true, true, true},
+                {folder.wide(L""), true, false, false},
+                {folder.wide(L"pipe"), true, true, true},
+                {folder.wide(L"socket"), true, false, true}, // its code has that bit too
+                {folder.wide(L"link"), false, false, false},
+                {folder.wide(L"file/none"), false, false, false},
+                {folder.wide(L"file") + static_cast<wchar_t>(0x110000), false, false, false},
+                {L"", false, false, false}};
     for (const char* locale : {"C", reference::kUtf8Locale})
         for (const auto& row : rows) {
             SCOPED_TRACE(std::string(locale) + " row " + std::to_string(&row - rows));

@@ -192,8 +192,7 @@ void playFile(Kind kind) {
         {[&] { refused(isUnset(pos), [&] { b->setBytes(pos, data.data(), n); }); },
          [&] { set(pos, kind == kPlain ? pos + n : position); }},
         {seek, sought},
-        {[&] { b->truncate(); }, [&] { position = m.size(); }},
-    };
+        {[&] { b->truncate(); }, [&] { position = m.size(); }}};
     const auto choose = [&](std::mt19937& random) {
         if (m.size() > 150000 || random() % 1000 == 0) {
             b->close();

@@ -32,13 +32,11 @@ TEST(Paths, SplitIntoComponentsThatAreCutToFit) {
         std::wstring path;
         int result;
         Parts parts; // "#" where nothing is written
-    } rows[] = {
-        {L"data//me///plan.v2.txt/", 0, {L"data", L"/me", L"plan", L".v2.txt"}},
-        {L"/a/one.x/b/two.y.z/c", 0, {L"a", L"/b/c", L"two", L".y.z"}},
-        {L"/a/" + kLong + L"/f.", 0, {L"a", L"/" + kLong, L"f", L"."}},
-        {std::wstring(1023, L'd'), 1, {std::wstring(1023, L'd'), L"", L"#", L"#"}},
-        {std::wstring(1021, L'd') + L"/.e", 1, {L"#", L"#", L"#", L"#"}},
-    };
+    } rows[] = {{L"data//me///plan.v2.txt/", 0, {L"data", L"/me", L"plan", L".v2.txt"}},
+                {L"/a/one.x/b/two.y.z/c", 0, {L"a", L"/b/c", L"two", L".y.z"}},
+                {L"/a/" + kLong + L"/f.", 0, {L"a", L"/" + kLong, L"f", L"."}},
+                {std::wstring(1023, L'd'), 1, {std::wstring(1023, L'd'), L"", L"#", L"#"}},
+                {std::wstring(1021, L'd') + L"/.e", 1, {L"#", L"#", L"#", L"#"}}};
     Room rooms[4] = {Room(1024), Room(1024), Room(1024), Room(1024)};
     for (const auto& row : rows)
         for (const std::size_t size : {0U, 2U, 3U, 5U, 64U, 1024U}) {
@@ -81,13 +79,11 @@ TEST(Paths, OnePartAtATime) {
     const std::wstring name(600, L'n');
     const struct {
         std::wstring path, drive, dir, ext, fileName, fullName;
-    } rows[] = {
-        {L"/a/b/c.txt", L"a", L"/b", L".txt", L"c", L"c.txt"},
-        {L"/onlydir/sub", L"onlydir", L"/sub", L"", L"", L""}, // written, yet a failure
-        {L"/" + kLong + L"/c.d", std::wstring(63, L'x'), L"", L".d", L"c", L"c.d"},
-        {L"/a" + longDir + L"/" + name + L".longest", L"a", longDir.substr(0, 259), L".longes", name,
-         name + L".longest"},
-    };
+    } rows[] = {{L"/a/b/c.txt", L"a", L"/b", L".txt", L"c", L"c.txt"},
+                {L"/onlydir/sub", L"onlydir", L"/sub", L"", L"", L""}, // written, yet a failure
+                {L"/" + kLong + L"/c.d", std::wstring(63, L'x'), L"", L".d", L"c", L"c.d"},
+                {L"/a" + longDir + L"/" + name + L".longest", L"a", longDir.substr(0, 259), L".longes", name,
+                 name + L".longest"}};
     Room room(1024);
     for (const auto& row : rows) {
         const bool isSplit = !row.fileName.empty();

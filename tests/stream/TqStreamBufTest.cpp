@@ -70,12 +70,10 @@ TEST(TqStreamBuf, DefaultsAreMadeOfThePrimitives) {
     stream.rewind();
     fixed.m_isBroken = true;
     u8 buf[4] = {};
-    expectRefusals(std::initializer_list<Refusal>{
-        {kOutOfBuffer, [&] { stream.readBytes(8, buf, 3); }},
-        {kOutOfBuffer, [&] { stream.writeBytes(UINT64_MAX - 1, buf, 4); }},
-        {L"broken", [&] { stream.readBytes(4, buf, 3); }},
-        {L"broken", [&] { stream.writeBytes(4, buf, 3); }},
-    });
+    expectRefusals(std::initializer_list<Refusal>{{kOutOfBuffer, [&] { stream.readBytes(8, buf, 3); }},
+                                                  {kOutOfBuffer, [&] { stream.writeBytes(UINT64_MAX - 1, buf, 4); }},
+                                                  {L"broken", [&] { stream.readBytes(4, buf, 3); }},
+                                                  {L"broken", [&] { stream.writeBytes(4, buf, 3); }}});
     EXPECT_EQ(stream.tell(), 0U);
 }
 
@@ -102,10 +100,8 @@ TEST(TqStreamBuf, CopyFromAddressesTheSourceAndCopyToTheDestination) {
     }
     const struct {
         uint64_t start, dstStart, from, to, place, count; // cut to what there is
-    } toRows[] = {
-        {4000, 2000, 0, 0, 2000, 6000}, {kLength, 100, 0, 0, 100, 0},  {10, 0, 50, 50, 0, 0},
-        {4010, 0, 50, 5050, 50, 5000},  {4010, 0, 5050, 50, 50, 5000}, {9000, 9, 7900, 0, 0, 1000},
-    };
+    } toRows[] = {{4000, 2000, 0, 0, 2000, 6000}, {kLength, 100, 0, 0, 100, 0},  {10, 0, 50, 50, 0, 0},
+                  {4010, 0, 50, 5050, 50, 5000},  {4010, 0, 5050, 50, 50, 5000}, {9000, 9, 7900, 0, 0, 1000}};
     for (const auto& row : toRows) {
         src.moveTo(row.start);
         Fixed dst(Bytes(8000, 0xEE));
@@ -131,21 +127,19 @@ TEST(TqFlatMemBuf, SumsBeyondTheRangeAreRefusedAndChangeNothing) {
     buf.writeBytes(bytesOf("0123456789").data(), 10);
     buf.moveTo(8);
     u8 byte = 7;
-    expectRefusals(std::initializer_list<Refusal>{
-        {kOutOfBuffer, [&] { buf.readBytes(UINT64_MAX, &byte, 1); }},
-        {kOutOfBuffer, [&] { buf.getBytes(UINT64_MAX - 2, &byte, 8); }},
-        {kOutOfBuffer, [&] { buf.getBytes(&byte, kHuge); }},
-        {kOutOfBuffer, [&] { buf.setBytes(UINT64_MAX, &byte, 1); }},
-        {kOutOfBuffer, [&] { buf.writeByte(kHuge, 1); }},
-        {kOutOfBuffer, [&] { buf.writeBytes(&byte, kHuge); }},
-        {kOutOfBuffer, [&] { buf.writeBytes(UINT64_MAX, &byte, 1); }},
-        {kOutOfBuffer, [&] { buf.setlength(uint64_t{1} << 32); }},
-        {kOutOfBuffer, [&] { buf.open(&byte, kHuge, 1); }},
-        {kOutOfBuffer, [&] { buf.moveTo((uint64_t{1} << 32) + 1); }},
-        {kOutOfBuffer, [&] { buf.seek(UINT64_MAX - 6, TqIO::kSeekForward); }},
-        {L"std::exception", [&] { buf.setlength(0x80000000U); }},
-        {L"std::exception", [&] { buf.reserve(0x80000000U); }},
-    });
+    expectRefusals(std::initializer_list<Refusal>{{kOutOfBuffer, [&] { buf.readBytes(UINT64_MAX, &byte, 1); }},
+                                                  {kOutOfBuffer, [&] { buf.getBytes(UINT64_MAX - 2, &byte, 8); }},
+                                                  {kOutOfBuffer, [&] { buf.getBytes(&byte, kHuge); }},
+                                                  {kOutOfBuffer, [&] { buf.setBytes(UINT64_MAX, &byte, 1); }},
+                                                  {kOutOfBuffer, [&] { buf.writeByte(kHuge, 1); }},
+                                                  {kOutOfBuffer, [&] { buf.writeBytes(&byte, kHuge); }},
+                                                  {kOutOfBuffer, [&] { buf.writeBytes(UINT64_MAX, &byte, 1); }},
+                                                  {kOutOfBuffer, [&] { buf.setlength(uint64_t{1} << 32); }},
+                                                  {kOutOfBuffer, [&] { buf.open(&byte, kHuge, 1); }},
+                                                  {kOutOfBuffer, [&] { buf.moveTo((uint64_t{1} << 32) + 1); }},
+                                                  {kOutOfBuffer, [&] { buf.seek(UINT64_MAX - 6, TqIO::kSeekForward); }},
+                                                  {L"std::exception", [&] { buf.setlength(0x80000000U); }},
+                                                  {L"std::exception", [&] { buf.reserve(0x80000000U); }}});
     EXPECT_EQ(buf.tell(), 8U);
     EXPECT_EQ(Bytes(buf.buffer(), buf.buffer() + buf.length()), bytesOf("0123456789"));
 }
