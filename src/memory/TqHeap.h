@@ -161,11 +161,11 @@ private:
     void collectNews() noexcept;
     std::size_t unitSizeOf(const void* block, unsigned kind) const noexcept;
 
-    DeferredLocker m_lockers[3]; ///< Held for callers' sake; no operation locks.
     BlockPools m_blockPools;
     PagePools m_pagePools;
     SegmentTable m_segments;
     HeapOwner m_owner;
+    DeferredLocker m_lockers[3];        ///< Held for callers' sake; no operation locks.
     std::atomic<bool> m_isBuilt{false}; ///< Stays set after tearDown().
 };
 
