@@ -10,7 +10,14 @@ namespace tq::detail {
 
 namespace {
 
-constinit std::mutex g_mutex;
+// Never destroyed: static objects of the program may call in while their destructors run.
+union Lasting {
+    constexpr Lasting() noexcept : mutex() {}
+    ~Lasting() {}
+
+    std::mutex mutex;
+};
+constinit Lasting g_lock;
 // Of the thread that holds the mutex, else that of no thread. Only the holder finds its own id here.
 std::atomic<std::thread::id> g_holder;
 int g_depth = 0; // how often the holder has taken it
@@ -20,13 +27,13 @@ void unlock() {
     if (--g_depth != 0)
         return;
     g_holder.store(std::thread::id(), std::memory_order_relaxed);
-    g_mutex.unlock();
+    g_lock.mutex.unlock();
 }
 
 void lock() {
     const std::thread::id caller = std::this_thread::get_id();
     if (g_holder.load(std::memory_order_relaxed) != caller) {
-        g_mutex.lock();
+        g_lock.mutex.lock();
         g_holder.store(caller, std::memory_order_relaxed);
     }
     ++g_depth;

@@ -68,9 +68,9 @@ TEST(StringFunctions, ChangeTheTextInPlace) {
     std::wstring sized(L"ab\0cdef", 7);
     EXPECT_EQ(_wcsupr_s(sized.data(), 5), sized.data());
     EXPECT_EQ(sized, std::wstring(L"AB\0CDef", 7));
-    std::string narrow = "aB\xC4 1";
+    std::string narrow = "aB\xD7 1";
     EXPECT_EQ(_strlwr(narrow.data()), narrow.data());
-    EXPECT_EQ(narrow, "ab\xC4 1");
+    EXPECT_EQ(narrow, "ab\xD7 1");
     EXPECT_TRUE(_wcsupr_s(nullptr, 3) == nullptr && _strlwr(nullptr) == nullptr);
 }
 

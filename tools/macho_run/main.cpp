@@ -2,6 +2,7 @@
 // answered by shims over the C library here. Meant for this project's tests, which are console programs.
 
 #include "Image.h"
+#include "shims/Imports.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,5 +19,5 @@ int main(int argc, char** argv) {
     macho::g_arguments = {argv[1], argc - 1, argv + 1};
     const macho::Image program(argv[1]);
     program.initialise();
-    std::exit(program.runProgram());
+    macho::exitProgram(program.runProgram());
 }

@@ -43,4 +43,7 @@ std::optional<void*> findImport(std::string_view name);
 /// A function that says that `name` is not known here and ends the process: a program that never calls it can run.
 void* missingImport(std::string_view name);
 
+/// Ends the program as its own exit() does.
+[[noreturn]] void exitProgram(int status);
+
 } // namespace macho

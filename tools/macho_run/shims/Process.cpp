@@ -13,14 +13,13 @@
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
-
-extern "C" int __cxa_thread_atexit_impl(void (*function)(void*), void* object, void* library);
 
 namespace macho {
 
@@ -227,8 +226,32 @@ bool isSystemAtLeast(std::uint32_t, void*) {
     return true;
 }
 
-int atThreadExit(void (*function)(void*), void* object) {
-    return __cxa_thread_atexit_impl(function, object, nullptr);
+// What the thread is to do when it ends, the last first.
+struct ThreadExit {
+    void (*function)(void*);
+    void* object;
+    ThreadExit* before;
+};
+
+void runThreadExits(void* last) {
+    for (auto* step = static_cast<ThreadExit*>(last); step != nullptr;) {
+        step->function(step->object);
+        delete std::exchange(step, step->before);
+    }
+}
+
+::pthread_key_t threadExits() {
+    static const ::pthread_key_t key = [] {
+        ::pthread_key_t made{};
+        ::pthread_key_create(&made, runThreadExits);
+        return made;
+    }();
+    return key;
+}
+
+void atThreadExit(void (*function)(void*), void* object) {
+    auto* const before = static_cast<ThreadExit*>(::pthread_getspecific(threadExits()));
+    ::pthread_setspecific(threadExits(), new ThreadExit{function, object, before});
 }
 
 std::uint32_t g_ownTask = 1;
@@ -291,6 +314,7 @@ void addProcessShims(ImportTable& table) {
     table.add("___assert_rtn", assertionFailed);
     table.add("__availability_version_check", isSystemAtLeast);
     table.add("__tlv_atexit", atThreadExit);
+    table.add("_exit", exitProgram);
     table.add("_mach_task_self_", &g_ownTask);
     table.add("_task_threads", threadsOfTask);
     table.add("_vm_deallocate", releaseList);
@@ -298,6 +322,15 @@ void addProcessShims(ImportTable& table) {
     table.addUnused("dyld_stub_binder");
     table.addUnused("__mh_execute_header");
     table.addUnused("___dso_handle");
+}
+
+// As there, the calling thread's own objects go before the static ones.
+void exitProgram(int status) {
+    while (void* const last = ::pthread_getspecific(threadExits())) {
+        ::pthread_setspecific(threadExits(), nullptr);
+        runThreadExits(last);
+    }
+    std::exit(status);
 }
 
 } // namespace macho
