@@ -70,12 +70,17 @@ public:
     using pointer = String*;                             ///< For std::iterator_traits.
     using reference = String&;                           ///< For std::iterator_traits.
 
+    /// After the tail.
     ListIterator() = default;
+    /// At the head.
     explicit ListIterator(List& list) : m_list(&list), m_next(list.GetHeadPosition()) { ++*this; }
 
+    /// @{
     /// The string.
     reference operator*() const noexcept { return *m_string; }
     pointer operator->() const noexcept { return m_string; }
+    /// @}
+    /// @{
     /// Moves to the next string.
     ListIterator& operator++() {
         m_string = m_next != nullptr ? &m_list->GetNext(m_next) : nullptr;
@@ -86,9 +91,12 @@ public:
         ++*this;
         return before;
     }
+    /// @}
+    /// @{
     /// Whether both stand at the same string, or after the tail.
     friend bool operator==(const ListIterator& a, const ListIterator& b) noexcept { return a.m_string == b.m_string; }
     friend bool operator!=(const ListIterator& a, const ListIterator& b) noexcept { return a.m_string != b.m_string; }
+    /// @}
 
 private:
     List* m_list = nullptr;
@@ -110,12 +118,17 @@ public:
     using pointer = const Entry*;                      ///< For std::iterator_traits.
     using reference = const Entry&;                    ///< For std::iterator_traits.
 
+    /// After the last entry.
     MapIterator() = default;
+    /// At the first entry.
     explicit MapIterator(const CMapStringToPtr& map) : m_map(&map), m_next(map.GetStartPosition()) { ++*this; }
 
+    /// @{
     /// The entry.
     reference operator*() const noexcept { return m_entry; }
     pointer operator->() const noexcept { return &m_entry; }
+    /// @}
+    /// @{
     /// Moves to the next entry. The one before may have been removed meanwhile.
     MapIterator& operator++() {
         if (m_next != nullptr)
@@ -125,11 +138,14 @@ public:
         return *this;
     }
     void operator++(int) { ++*this; }
+    /// @}
+    /// @{
     /// Whether both stand after the last entry, or both do not.
     friend bool operator==(const MapIterator& a, const MapIterator& b) noexcept {
         return (a.m_map == nullptr) == (b.m_map == nullptr);
     }
     friend bool operator!=(const MapIterator& a, const MapIterator& b) noexcept { return !(a == b); }
+    /// @}
 
 private:
     const CMapStringToPtr* m_map = nullptr;

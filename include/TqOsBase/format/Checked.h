@@ -31,29 +31,52 @@ namespace tq {
 /// Declared only: a format with a fault calls one of these while it is compiled, which no compiler accepts.
 namespace format_fault {
 
+/// One argument, or the format.
 template <int kNumber>
 struct argument {
+    /// Too few arguments.
     static void is_missing_too_few_arguments();
+    /// Too many arguments.
     static void is_not_used_too_many_arguments();
+    /// %d, %i, %u, %o, %x and %b need 32 bits.
     static void d_needs_32_bits_use_D_for_64();
+    /// %D, %I, %U, %O, %X and %B need 64 bits.
     static void D_needs_64_bits();
+    /// %f, %e, %g and %q need a double.
     static void f_needs_a_double();
+    /// %c needs a character or a number of 32 bits.
     static void c_needs_a_character();
+    /// %s needs wide text; use c_str().
     static void s_needs_wide_text_use_c_str();
+    /// %p needs a pointer or a number of 32 bits.
     static void p_needs_a_pointer();
+    /// * needs an int.
     static void star_needs_an_int();
+    /// The letter of a directive is none of the engine's.
     static void letter_is_unknown();
+    /// The format ends within a directive.
     static void ends_within_a_directive();
+    /// %q without a length limit: write %.20q.
     static void q_without_a_length_limit();
+    /// %q without a digit or * after it.
     static void q_without_a_mode();
+    /// One directive has a position, so all must, each * included.
     static void position_is_missing();
+    /// %hd needs a pointer to 16 bits.
     static void h_d_needs_a_pointer_to_16_bits();
+    /// %d and %n need a pointer to 32 bits.
     static void d_needs_a_pointer_to_32_bits();
+    /// %ld, %D, %O, %X and %B need a pointer to 64 bits.
     static void l_d_needs_a_pointer_to_64_bits();
+    /// %f needs a pointer to float; use %lf for double.
     static void f_needs_a_pointer_to_float();
+    /// %lf, %E, %F and %G need a pointer to double.
     static void l_f_needs_a_pointer_to_double();
+    /// %s and %c need a wide buffer.
     static void s_needs_a_wide_buffer();
+    /// %s without a width: write %63s for 64 characters.
     static void s_without_a_width();
+    /// %s needs one character more than its width.
     static void buffer_is_shorter_than_the_width();
 };
 
@@ -100,49 +123,49 @@ constexpr void report(FormatFault fault) {
     case FormatFault::kNone:
         return;
     case FormatFault::kTooFew:
-        return Argument::is_missing_too_few_arguments(); // too few arguments
+        return Argument::is_missing_too_few_arguments();
     case FormatFault::kTooMany:
-        return Argument::is_not_used_too_many_arguments(); // too many arguments
+        return Argument::is_not_used_too_many_arguments();
     case FormatFault::kNotInt32:
-        return Argument::d_needs_32_bits_use_D_for_64(); // %d, %i, %u, %o, %x and %b need 32 bits
+        return Argument::d_needs_32_bits_use_D_for_64();
     case FormatFault::kNotInt64:
-        return Argument::D_needs_64_bits(); // %D, %I, %U, %O, %X and %B need 64 bits
+        return Argument::D_needs_64_bits();
     case FormatFault::kNotDouble:
-        return Argument::f_needs_a_double(); // %f, %e, %g and %q need a double
+        return Argument::f_needs_a_double();
     case FormatFault::kNotCharacter:
-        return Argument::c_needs_a_character(); // %c needs a character or a number of 32 bits
+        return Argument::c_needs_a_character();
     case FormatFault::kNotWideText:
-        return Argument::s_needs_wide_text_use_c_str(); // %s needs wide text; use c_str()
+        return Argument::s_needs_wide_text_use_c_str();
     case FormatFault::kNotPointer:
-        return Argument::p_needs_a_pointer(); // %p needs a pointer or a number of 32 bits
+        return Argument::p_needs_a_pointer();
     case FormatFault::kStarNotInt:
-        return Argument::star_needs_an_int(); // * needs an int
+        return Argument::star_needs_an_int();
     case FormatFault::kUnknownLetter:
-        return Argument::letter_is_unknown(); // the letter of a directive is none of the engine's
+        return Argument::letter_is_unknown();
     case FormatFault::kUnfinished:
-        return Argument::ends_within_a_directive(); // the format ends within a directive
+        return Argument::ends_within_a_directive();
     case FormatFault::kNoLengthLimit:
-        return Argument::q_without_a_length_limit(); // %q without a length limit: write %.20q
+        return Argument::q_without_a_length_limit();
     case FormatFault::kNoMode:
-        return Argument::q_without_a_mode(); // %q without a digit or * after it
+        return Argument::q_without_a_mode();
     case FormatFault::kNoPosition:
-        return Argument::position_is_missing(); // one directive has a position, so all must, each * included
+        return Argument::position_is_missing();
     case FormatFault::kNotInt16Target:
-        return Argument::h_d_needs_a_pointer_to_16_bits(); // %hd needs a pointer to 16 bits
+        return Argument::h_d_needs_a_pointer_to_16_bits();
     case FormatFault::kNotInt32Target:
-        return Argument::d_needs_a_pointer_to_32_bits(); // %d and %n need a pointer to 32 bits
+        return Argument::d_needs_a_pointer_to_32_bits();
     case FormatFault::kNotInt64Target:
-        return Argument::l_d_needs_a_pointer_to_64_bits(); // %ld, %D, %O, %X and %B need a pointer to 64 bits
+        return Argument::l_d_needs_a_pointer_to_64_bits();
     case FormatFault::kNotFloatTarget:
-        return Argument::f_needs_a_pointer_to_float(); // %f needs a pointer to float; use %lf for double
+        return Argument::f_needs_a_pointer_to_float();
     case FormatFault::kNotDoubleTarget:
-        return Argument::l_f_needs_a_pointer_to_double(); // %lf, %E, %F and %G need a pointer to double
+        return Argument::l_f_needs_a_pointer_to_double();
     case FormatFault::kNotTextTarget:
-        return Argument::s_needs_a_wide_buffer(); // %s and %c need a wide buffer
+        return Argument::s_needs_a_wide_buffer();
     case FormatFault::kNoWidth:
-        return Argument::s_without_a_width(); // %s without a width: write %63s for 64 characters
+        return Argument::s_without_a_width();
     case FormatFault::kShortBuffer:
-        return Argument::buffer_is_shorter_than_the_width(); // %s needs one character more than its width
+        return Argument::buffer_is_shorter_than_the_width();
     }
 }
 
@@ -470,23 +493,25 @@ consteval bool scanFits(const wchar_t* format) {
 /// A format of output that fits the arguments; made of a literal by the calls below.
 template <class... Args>
 struct CheckedFormat {
+    /// Compiles for a format that fits.
     consteval CheckedFormat(const wchar_t* format) : text(format) {
         detail::reportFor(detail::outputFault<Args...>(format),
                           std::make_integer_sequence<int, static_cast<int>(sizeof...(Args)) + 2>());
     }
 
-    const wchar_t* text;
+    const wchar_t* text; ///< The format.
 };
 
 /// A format of input that fits the targets.
 template <class... Targets>
 struct CheckedScan {
+    /// Compiles for a format that fits.
     consteval CheckedScan(const wchar_t* format) : text(format) {
         detail::reportFor(detail::inputFault<Targets...>(format),
                           std::make_integer_sequence<int, static_cast<int>(sizeof...(Targets)) + 2>());
     }
 
-    const wchar_t* text;
+    const wchar_t* text; ///< The format.
 };
 
 /// @{
