@@ -41,7 +41,8 @@ TEST(TqAnsiTextIterator, YieldsBytesAndEscapes) {
         Walker unbounded(place(text), Walker::kToTerminator, kCodePageJapanese);
         EXPECT_EQ(walk(unbounded), expected) << text;
         const TqStringA string(text);
-        TqAnsiTextIterator it(TqStringA("12"), kCodePageTraditionalChinese);
+        const TqStringA other("12");
+        TqAnsiTextIterator it(other, kCodePageTraditionalChinese);
         it.nextChar();
         it.init(string, kCodePageTraditionalChinese);
         EXPECT_EQ(*it, 0U);
