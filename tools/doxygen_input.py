@@ -11,6 +11,7 @@ In headers and pages alike, Doxygen drops a % in front of a word that is not quo
 keeps the backslash of \\| in a table's code: both are written as it wants them. It knows no headings of other pages: a
 link to one leads to the page."""
 
+import pathlib
 import re
 import sys
 
@@ -79,4 +80,5 @@ else:
     text = UNNAMED_UNION.sub(r"\n\1\n", text)
     text = PRIVATE_PART.sub(lambda part: "\n" * part[0].count("\n"), text)
     sys.stdout.writelines(repeat_for_overloads(text.splitlines(keepends=True)))
-    print("/** @file\n    <!-- declarations of one header --> */")
+    room = pathlib.PurePath(sys.argv[1]).parent.name.replace("TqOsBase", "all")
+    print(f"/** @file\n    @ingroup room_{room}\n    <!-- declarations of one header --> */")

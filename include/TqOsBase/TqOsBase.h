@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// All headers at once.
+
 /// Everything the library offers, but for what is asked for by itself: containers/Range.h, format/Checked.h (C++20) and
 /// the headers in porting/.
 

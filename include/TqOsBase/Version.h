@@ -2,12 +2,12 @@
 
 /// \file
 /// The version of these headers. The library that a program runs with may be another one: its file name says which
-/// (libTqOsBase.so.0.1.0).
+/// (libTqOsBase.so.0.2.0).
 
 /// @{
 /// Its parts.
 #define TQ_OSBASE_VERSION_MAJOR 0
-#define TQ_OSBASE_VERSION_MINOR 1
+#define TQ_OSBASE_VERSION_MINOR 2
 #define TQ_OSBASE_VERSION_PATCH 0
 /// @}
 /// For comparisons: 10000 * major + 100 * minor + patch.
@@ -16,7 +16,7 @@
 namespace tq {
 
 /// "major.minor.patch".
-inline constexpr char kVersion[] = "0.1.0";
+inline constexpr char kVersion[] = "0.2.0";
 static_assert(kVersion[0] == '0' + TQ_OSBASE_VERSION_MAJOR && kVersion[2] == '0' + TQ_OSBASE_VERSION_MINOR &&
               kVersion[4] == '0' + TQ_OSBASE_VERSION_PATCH);
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The library's own numbers of code pages.
+
 #include <cstdint>
 
 /// The library's own numbering of code pages, with the Windows code page of each value (TqCodePageMapper maps between

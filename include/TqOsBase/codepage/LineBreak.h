@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The classes of the line breaking algorithm, by number.
+
 /// The line-break classes of LmCodePage::LineBreakClass, those of the Unicode line breaking algorithm (UAX #14) in the
 /// numbers that the pair table and the callers' own tables use.
 enum TqLineBreakClass : int {

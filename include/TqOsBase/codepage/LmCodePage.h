@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Languages, charsets and code pages, each found from the others; line-break classes of characters.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/LineBreak.h>
 #include <TqOsBase/codepage/NlsFunctions.h>

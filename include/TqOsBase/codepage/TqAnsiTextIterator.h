@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Walking narrow text character by character, escapes decoded.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/CodePageId.h>
 #include <TqOsBase/containers/TqStringA.h>

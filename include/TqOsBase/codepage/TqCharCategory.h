@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The punctuation of Western and East Asian text, for laying out lines.
+
 #include <TqOsBase/Export.h>
 
 #include <vector>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The escapes of East Asian double-byte characters, read.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/CodePageId.h>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Narrow text with escapes, wide text and UTF-8, converted to each other.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/CodePageId.h>
 #include <TqOsBase/containers/TqVector.h>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Case, classes and steps of characters.
+
 #include <TqOsBase/Export.h>
 
 /// The request for the type 1 flags: bit 0 of the info type of TqCharOp::GetStringType.

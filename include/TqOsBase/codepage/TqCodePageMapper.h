@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The library's numbers of code pages to those of Windows and back.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/CodePageId.h>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A hash map from wide strings to pointers.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CPlex.h>
 #include <TqOsBase/containers/CStdStr.h>
@@ -24,7 +27,7 @@ public:
     static constexpr int kKeyCapacity = 512; ///< Characters that an entry holds, the terminator included.
 
     /// An entry. 2 KiB and more: the key lies in it.
-    struct CAssoc {
+    struct TQ_SHOWN CAssoc {
         CAssoc* pNext;             ///< The next entry of its bucket or of the free list.
         unsigned int nBucket;      ///< Index of its bucket, not the hash.
         wchar_t key[kKeyCapacity]; ///< Terminated.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A map from wide strings to wide strings that stores nothing.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CStdStr.h>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Blocks of storage for the nodes of lists and maps.
+
 #include <TqOsBase/Export.h>
 
 #include <cstddef>

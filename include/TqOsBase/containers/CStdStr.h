@@ -1,5 +1,10 @@
 #pragma once
 
+/// \file
+/// The string that the collections store.
+
+#include <TqOsBase/Export.h>
+
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -7,7 +12,7 @@
 /// The string class that the list, array and maps of strings store: the standard string, which in addition can be made
 /// from a null pointer. Only CStdStr<wchar_t> is used. Comparison is the standard string's: exact.
 template <class T>
-class CStdStr : public std::basic_string<T> {
+class TQ_SHOWN CStdStr : public std::basic_string<T> {
     using Base = std::basic_string<T>;
 
 public:

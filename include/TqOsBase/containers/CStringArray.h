@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A growable array of wide strings.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CStdStr.h>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A doubly linked list of wide strings.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CPlex.h>
 #include <TqOsBase/containers/CStdStr.h>
@@ -103,7 +106,7 @@ public:
     __POSITION* Find(const wchar_t* value, __POSITION* startAfter = nullptr) const;
 
 private:
-    struct CNode {
+    struct TQ_SHOWN CNode {
         CNode* pNext;
         CNode* pPrev;
         String data;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Character data that strings share, with its header.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/memory/Allocation.h>
 

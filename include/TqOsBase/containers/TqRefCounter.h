@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A share count that threads may change at once.
+
 #include <atomic>
 
 /// A 32-bit share count that only changes by atomic steps, so that the holders of one record may be on different

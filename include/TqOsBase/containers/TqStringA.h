@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A narrow string with a code page, shared until it is changed.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/TqMemData.h>
 
@@ -43,7 +46,7 @@ struct TQ_API TqEmptyStrHeaderA : TqStrHeaderA {
 ///
 /// The instance that exists is TqStringA.
 template <class T, class Header>
-class TQ_API TqStringT {
+class TQ_API TQ_SHOWN TqStringT {
 public:
     /// The empty text that stands for the characters of every empty string.
     static const T* const kEmptyStr;

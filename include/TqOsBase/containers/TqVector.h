@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A growable array of elements, shared until it is changed.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/TqRefCounter.h>
 #include <TqOsBase/containers/TqVectorData.h>
@@ -20,7 +23,7 @@
 /// throws std::length_error; slots that cannot be had throw std::bad_alloc; the vector is unchanged in both cases.
 template <class T, class Allocator = TqDefaultMemAllocator<T>, class RefCounter = TqRefCounter,
           class GrowPolicy = TqVectorDefaultGrowPolicy>
-class TQ_API TqVector {
+class TQ_API TQ_SHOWN TqVector {
 public:
     /// The shared record.
     using Data = TqVectorData<T, Allocator, RefCounter, GrowPolicy>;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The record that the copies of one vector share.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/TqRefCounter.h>
 #include <TqOsBase/memory/Allocation.h>
@@ -31,7 +34,7 @@ inline constexpr bool kCanResize<Allocator, std::void_t<decltype(&Allocator::res
 ///   m_physicalLength = number of slots at m_elements
 ///   m_physicalLength = 0  <=>  this is the shared empty record, whose slot pointer has all bits set
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
-class TQ_API TqVectorData {
+class TQ_API TQ_SHOWN TqVectorData {
     static_assert(std::is_trivially_copyable_v<T>, "elements are copied bytewise");
 
 public:
@@ -138,7 +141,7 @@ bool isInOrder(const Record& record) noexcept {
 
 /// A counted reference to a record, or null.
 template <class T, class Allocator, class RefCounter, class GrowPolicy>
-class TQ_API TqVectorDataPtr {
+class TQ_API TQ_SHOWN TqVectorDataPtr {
 public:
     /// What is referred to.
     using Data = TqVectorData<T, Allocator, RefCounter, GrowPolicy>;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Where a vector's slots come from and how it grows.
+
 #include <TqOsBase/memory/Allocation.h>
 
 #include <algorithm>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The application's status numbers.
+
 #include <TqOsBase/Export.h>
 
 namespace Lumo {

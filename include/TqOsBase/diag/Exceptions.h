@@ -1,12 +1,15 @@
 #pragma once
 
+/// \file
+/// The exception classes.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/diag/ErrorStatus.h>
 
 /// Root of the exception classes, thrown by value. The stream layer throws it bare: it then carries the reason in
 /// m_pszFile ("Out of stream buffer!", "End of stream buffer!") with m_nLine 0, while description() still answers
 /// "TqException". The members are public because catchers read them; none is owned.
-class TQ_API TqException {
+class TQ_API TQ_SHOWN TqException {
 public:
     /// No inner exception, flag false. `file` is kept, not copied, so it must outlive the exception (a literal does).
     explicit TqException(const wchar_t* file = nullptr, int line = 0, TqException* inner = nullptr) noexcept
@@ -28,7 +31,7 @@ public:
 };
 
 /// An exception with a message of its own. For the application's use; the library does not throw it.
-class TQ_API TqExceptionWithMsg : public TqException {
+class TQ_API TQ_SHOWN TqExceptionWithMsg : public TqException {
 public:
     /// Copies `message` (null is taken as empty). Throws what the global array allocator throws.
     TqExceptionWithMsg(const wchar_t* file, int line, const wchar_t* message);
@@ -46,7 +49,7 @@ public:
 };
 
 /// An exception that carries a status number. For the application's use; the library names its pointer type only.
-class TQ_API TqErrorStatus : public TqException {
+class TQ_API TQ_SHOWN TqErrorStatus : public TqException {
 public:
     /// Empty message and location, line 0.
     explicit TqErrorStatus(Lumo::ErrorStatus status);

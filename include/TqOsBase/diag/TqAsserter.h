@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// What a failed assertion of the application calls.
+
 #include <TqOsBase/Export.h>
 
 /// What the application's assertion macro calls when a condition does not hold.

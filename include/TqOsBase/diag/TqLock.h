@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The lock interface.
+
 #include <TqOsBase/Export.h>
 
 /// The lock interface. Callers pair lock() and unlock() as if the lock were real, so that one which does exclude can

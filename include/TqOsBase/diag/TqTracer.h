@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Traces in the way of printf.
+
 #include <TqOsBase/Export.h>
 
 /// Writes a printf-style message to wherever the application wants its traces: the constructors do all the work, and

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Text to the nearest double.
+
 #include <TqOsBase/Export.h>
 
 /// The double nearest to the decimal number at the start of `text`, of two equally near the even one, whatever the

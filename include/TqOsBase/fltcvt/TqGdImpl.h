@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The digits of a double, shortest or as many as asked for, and big integers.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/diag/TqLock.h>
 

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Formatted text into the caller's buffer, and the writers of lengths and angles.
+
 #include <TqOsBase/Export.h>
 
 #include <cstdarg>

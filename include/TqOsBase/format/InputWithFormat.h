@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Formatted input from wide text.
+
 #include <TqOsBase/Export.h>
 
 #include <cstdarg>

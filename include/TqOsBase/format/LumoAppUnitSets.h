@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// How a drawing shows its lengths and angles: the settings and their modes.
+
 #include <TqOsBase/Export.h>
 
 #include <cstdint>

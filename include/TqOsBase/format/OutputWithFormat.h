@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The engine of formatted output: every directive, with drawing units and angles.
+
 #include <TqOsBase/Export.h>
 
 #include <cstdarg>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// What the heap holds at one moment, as numbers, text and picture.
+
 #include <TqOsBase/Export.h>
 
 #include <array>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Streams over files, and the functions that make them.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CStringList.h>
 #include <TqOsBase/diag/ErrorStatus.h>

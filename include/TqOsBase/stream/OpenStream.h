@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Files with standard exceptions and owning pointers.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/TqIO.h>

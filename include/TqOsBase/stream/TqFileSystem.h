@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Questions about files: what exists, sizes, access.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
 #include <TqOsBase/stream/TqIO.h>

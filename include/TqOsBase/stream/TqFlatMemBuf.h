@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A stream over bytes in memory.
+
 #include <TqOsBase/containers/TqVector.h>
 #include <TqOsBase/stream/TqMemStreamBuf.h>
 
@@ -12,7 +15,7 @@
 /// beyond 32 bits. Lengths are those of TqByteVector: from 2 GiB on std::length_error, and std::bad_alloc when memory
 /// runs out. Position and length are unchanged then. Bytes that a growing length gains are not initialised: they are
 /// whatever the storage held. Sources and destinations may lie in the buffer itself.
-class TQ_API TqFlatMemBuf : public TqMemStreamBuf {
+class TQ_API TQ_SHOWN TqFlatMemBuf : public TqMemStreamBuf {
 public:
     TqFlatMemBuf() = default;
     /// Shares the bytes; the position is the copy's own.

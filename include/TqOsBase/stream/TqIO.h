@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Access, share and creation modes, and the ways to move in a stream.
+
 /// The vocabulary of opening files and of moving in streams. The numbers are the ones callers store and pass; values
 /// beside the named ones are legal and handled as each function says.
 namespace TqIO {

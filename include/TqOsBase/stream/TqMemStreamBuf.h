@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The interface of streams over memory.
+
 #include <TqOsBase/stream/TqStreamBuf.h>
 
 /// A stream over memory: adds the operations on storage, and seek() in terms of moveTo().

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Paths taken apart into parts of fixed sizes.
+
 #include <TqOsBase/Export.h>
 
 #include <cstddef>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The interface of all streams.
+
 #include <TqOsBase/Export.h>
 #include <TqOsBase/stream/TqIO.h>
 

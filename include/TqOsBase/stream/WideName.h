@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Names of files and arguments, UTF-8 to wide text and back.
+
 #include <TqOsBase/Export.h>
 
 #include <string>
