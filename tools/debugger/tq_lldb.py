@@ -40,8 +40,17 @@ class Value:
         return Value(self.raw.Cast(self.raw.GetTarget().FindFirstType(name).GetPointerType()))
 
     def memory(self, count):
+        return self.process(self.address(), count)
+
+    def process(self, address, count):
         error = lldb.SBError()
-        return self.raw.GetProcess().ReadMemory(self.address(), count, error) or b""
+        return self.raw.GetProcess().ReadMemory(address, count, error) or b""
+
+    def bytes_at(self, offset, count):
+        return self.process(self.raw.GetLoadAddress() + offset, count)
+
+    def is_of_wide_characters(self):
+        return self.raw.GetType().GetCanonicalType().GetTemplateArgumentType(0).GetName() == "wchar_t"
 
     def shown(self):
         return self.raw.GetChildAtIndex(0).GetSummary()
