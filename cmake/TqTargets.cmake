@@ -47,6 +47,9 @@ function(tq_configure_objects target)
                CXX_EXTENSIONS OFF
                CXX_VISIBILITY_PRESET hidden
                VISIBILITY_INLINES_HIDDEN ON)
+  # Whoever names no build type gets an optimised library.
+  target_compile_options(${target} PRIVATE $<$<CONFIG:>:-O3>)
+  target_compile_definitions(${target} PRIVATE $<$<CONFIG:>:NDEBUG>)
   # Calls among our own exported functions are direct and may be inlined; clang never does otherwise.
   target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
   # Callers may have subnormals read as zero. Clang must not make a comparison of doubles of one of their bits then.

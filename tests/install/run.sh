@@ -80,6 +80,11 @@ prefix)
 subproject)
     consume subproject -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_STANDARD=17 -DCONSUMER_SUBPROJECT="$subject" \
         -DTQ_WARNINGS_AS_ERRORS=ON
+    # Without a build type it is optimised all the same, and what the program does not link is not built.
+    cmake -G Ninja -S consumer -B alone -DCONSUMER_SUBPROJECT="$subject" -DCONSUMER_LIBRARIES=TqOsBase >/dev/null
+    LC_ALL=C ninja -C alone -n -v all >alone.commands
+    grep -q -- '-O3 .*src/format/OutputWithFormat\.cpp' alone.commands || { echo "not optimised"; exit 1; }
+    ! grep -q 'libTqOsBase\.a' alone.commands || { echo "the static library is built unasked"; exit 1; }
     ;;
 *)
     echo "usage: run.sh build|prefix|subproject FOLDER" >&2
