@@ -22,8 +22,8 @@ constexpr int kExitNotCarried = 3;
 constexpr std::size_t kBufferSize = 65536;
 
 constexpr char kUsage[] =
-    "usage: convert_text --to-utf8 IN OUT\n"
-    "       convert_text --to-escaped IN OUT\n"
+    "usage: tq-convert-text --to-utf8 IN OUT\n"
+    "       tq-convert-text --to-escaped IN OUT\n"
     "\n"
     "Converts drawing text between its escaped form (ASCII with \\U+XXXX and \\M+nXXXX) and UTF-8. Line ends are "
     "kept.\n"
@@ -86,7 +86,7 @@ int run(Conversion::Direction direction, const files::Name& inName, const files:
     report.printSummary(conversion.sameBack() && !in.hadMark());
     if (report.countNotCarried() == 0)
         return 0;
-    std::fprintf(stderr, "convert_text: the other form does not carry all of %s\n", in.name().c_str());
+    std::fprintf(stderr, "tq-convert-text: the other form does not carry all of %s\n", in.name().c_str());
     return kExitNotCarried;
 }
 
@@ -107,7 +107,7 @@ int main(int argc, char** argv) {
         return run(option == "--to-utf8" ? Conversion::Direction::kToUtf8 : Conversion::Direction::kToEscaped, names[2],
                    names[3]);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "convert_text: %s\n", error.what());
+        std::fprintf(stderr, "tq-convert-text: %s\n", error.what());
         return kExitFailed;
     }
 }

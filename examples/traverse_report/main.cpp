@@ -24,7 +24,7 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 constexpr char kUsage[] =
-    "usage: traverse_report [--units MODE] [--angles MODE] [--precision N] [--out FILE] TRAVERSE\n"
+    "usage: tq-traverse-report [--units MODE] [--angles MODE] [--precision N] [--out FILE] TRAVERSE\n"
     "\n"
     "Prints the legs of a traverse with bearings and lengths in drawing units, then perimeter, closure and area.\n"
     "  --units MODE     scientific, decimal, engineering, architectural or fractional, whatever the file says\n"
@@ -121,7 +121,7 @@ bool report(const Arguments& arguments, files::Input& in, files::Output* out) {
     badLines.finish();
     report.finish();
     if (report.points() < 2)
-        std::fprintf(stderr, "traverse_report: %s is no traverse: it has %s point\n", in.name().c_str(),
+        std::fprintf(stderr, "tq-traverse-report: %s is no traverse: it has %s point\n", in.name().c_str(),
                      report.points() == 0 ? "no" : "one");
     return badLines.count() == 0 && report.points() >= 2;
 }
@@ -154,10 +154,10 @@ int main(int argc, char** argv) {
         std::fputs(kUsage, stdout);
         return 0;
     } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "traverse_report: %s\n\n%s", error.what(), kUsage);
+        std::fprintf(stderr, "tq-traverse-report: %s\n\n%s", error.what(), kUsage);
         return kExitUsage;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "traverse_report: %s\n", error.what());
+        std::fprintf(stderr, "tq-traverse-report: %s\n", error.what());
         return kExitFailed;
     }
 }

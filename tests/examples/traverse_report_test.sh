@@ -11,12 +11,12 @@ expect_line() {
 }
 
 expect_status 0 --help
-expect_line stdout "usage: traverse_report"
+expect_line stdout "usage: tq-traverse-report"
 for wrong in "" "--units feet $survey" "--angles 4 $survey" "--precision x $survey" "--precision 16 $survey" \
     "--out" "--colour red $survey" "$survey $survey"; do
     # shellcheck disable=SC2086
     expect_status 2 $wrong
-    expect_line stderr "usage: traverse_report"
+    expect_line stderr "usage: tq-traverse-report"
 done
 expect_status 1 missing.txt
 expect_line stderr "No such file"
