@@ -27,7 +27,7 @@ def main():
         for item in items(text):
             print(textwrap.fill(item, 78, initial_indent="  * ", subsequent_indent="    ", break_on_hyphens=False))
         day = datetime.datetime.strptime(date, "%Y-%m-%d")
-        print(f"\n -- {sys.argv[1]}  {day:%a, %d %b %Y} 12:00:00 +0000\n")
+        print(f"\n -- {sys.argv[1]}  {day:%a, %d %b %Y} 00:00:00 +0000\n")
 
 
 main()

@@ -35,4 +35,4 @@ tar --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owne
     gzip -9n >"$stage.tar.gz"
 python3 tools/make_sbom.py "$stage" "$version" "$SOURCE_DATE_EPOCH" "$out"/*.deb >"$stage.spdx.json"
 rm -rf "$out/root" "$stage" "$tree" "$out"/*.buildinfo "$out"/*.changes
-(cd "$out" && sha256sum -- *.deb *.tar.gz *.spdx.json >SHA256SUMS)
+(cd "$out" && export LC_ALL=C && sha256sum -- *.deb *.tar.gz *.spdx.json >SHA256SUMS)

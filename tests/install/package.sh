@@ -67,4 +67,8 @@ done
 echo "a second build gives the same bytes"
 "$here/../../tools/copy_sources.sh" "$root/elsewhere"
 CCACHE_DISABLE=1 TZ=Pacific/Chatham LC_ALL=de_DE.UTF-8 "$root/elsewhere/tools/package.sh" "$root/again"
-diff SHA256SUMS "$root/again/SHA256SUMS" || fail "two builds differ"
+diff SHA256SUMS "$root/again/SHA256SUMS" && exit
+mkdir "$root/tar-again"
+tar -xzf "$root"/again/TqOsBase-*.tar.gz -C "$root/tar-again" --strip-components=1
+diff -rq --no-dereference "$root/tar" "$root/tar-again" || true
+fail "two builds differ"
