@@ -53,7 +53,7 @@ class Measure:
 
     def __init__(self, entry: dict) -> None:
         self.is_bytes = "bytes" in entry
-        clock = "real_time" if entry["run_name"].endswith("/real_time") else "cpu_time"
+        clock = "real_time" if entry["run_name"].endswith(("/real_time", "/manual_time")) else "cpu_time"
         nanoseconds = entry[clock] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
         self.amount = entry["bytes"] if self.is_bytes else nanoseconds
 
@@ -61,7 +61,7 @@ class Measure:
         return self.amount / other.amount
 
     def __str__(self) -> str:
-        units = (("B", 1), ("KiB", 1024)) if self.is_bytes else (("ns", 1), ("us", 1e3), ("ms", 1e6), ("s", 1e9))
+        units = (("B", 1), ("KiB", 1024), ("MiB", 1024**2)) if self.is_bytes else (("ns", 1), ("us", 1e3), ("ms", 1e6), ("s", 1e9))
         unit, size = next((u for u in units if self.amount < u[1] * 1000), units[-1])
         return f"{self.amount / size:.3g} {unit}"
 
