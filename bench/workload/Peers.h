@@ -101,7 +101,7 @@ struct Peers {
             const auto found = m_map.find(std::wstring_view(name));
             return found == m_map.end() ? 0 : found->second;
         }
-        void clear() { m_map = {}; }
+        void clear() { m_map = decltype(m_map)(); }
 
     private:
         absl::flat_hash_map<std::wstring, std::size_t, NameHash, std::equal_to<>> m_map;

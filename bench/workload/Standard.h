@@ -58,7 +58,7 @@ struct Standard {
             const auto found = m_map.find(name);
             return found == m_map.end() ? 0 : found->second;
         }
-        void clear() { m_map = {}; }
+        void clear() { m_map = decltype(m_map)(); }
 
     private:
         std::unordered_map<std::wstring, std::size_t> m_map;

@@ -72,13 +72,13 @@ public:
         foldFile();
         time(&Workload::index);
         fold(m_index.data(), m_index.size());
-        m_index = {};
+        m_index = typename Tools::Index();
         m_numbers.resize(m_entities.size() * kNumbersEach * kNumber);
         time(&Workload::writeNumbers);
         fold(m_numbers.data(), m_numbersEnd);
         time(&Workload::readNumbers);
-        m_labels = {};
-        m_numbers = {};
+        m_labels = std::vector<wchar_t>();
+        m_numbers = std::vector<char>();
         time(&Workload::close);
         m_outcome.closed = resident() - before;
         m_outcome.checksum = m_hash;
@@ -286,8 +286,8 @@ private:
     void close() {
         for (Entity* entity : m_entities)
             deleteEntity(entity);
-        m_entities = {};
-        m_layers = {};
+        m_entities = std::vector<Entity*>();
+        m_layers = std::vector<Wide>();
         m_names.clear();
     }
 

@@ -39,10 +39,13 @@ struct TQ_API TqMemDataHeader {
         if (m_refCount.load(std::memory_order_relaxed) != kPermanentCount)
             m_refCount.fetch_add(1, std::memory_order_relaxed);
     }
-    /// True for the holder that takes the count from 1 to 0 and so has to free the block.
+    /// True for the last holder, who has to free the block. The count is not written then: nobody else can reach it,
+    /// and a locked step would wait for all that was written before.
     bool letGo() noexcept {
-        return m_refCount.load(std::memory_order_relaxed) != kPermanentCount &&
-               m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1;
+        const std::uint32_t count = m_refCount.load(std::memory_order_acquire);
+        if (count == 1)
+            return true;
+        return count != kPermanentCount && m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
 
     std::atomic<std::uint32_t> m_refCount; ///< Holders.

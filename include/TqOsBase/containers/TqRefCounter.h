@@ -16,8 +16,11 @@ public:
 
     /// One holder more.
     void increment() noexcept { m_count.fetch_add(1, std::memory_order_relaxed); }
-    /// True for the one caller that takes the count from 1 to 0 and so has to free what is counted.
-    bool decrement() noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    /// True for the last holder, who has to free what is counted. The count stays 1 then: nobody else can reach it, and
+    /// a locked step would wait for all that was written before.
+    bool decrement() noexcept {
+        return m_count.load(std::memory_order_acquire) == 1 || m_count.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
     /// The count at this moment.
     operator int() const noexcept { return m_count.load(std::memory_order_acquire); }
 
@@ -39,7 +42,7 @@ inline bool dropReference(TqRefCounter& counter) noexcept {
     return counter.decrement();
 }
 inline bool dropReference(int& counter) noexcept {
-    return __atomic_fetch_sub(&counter, 1, __ATOMIC_ACQ_REL) == 1;
+    return __atomic_load_n(&counter, __ATOMIC_ACQUIRE) == 1 || __atomic_fetch_sub(&counter, 1, __ATOMIC_ACQ_REL) == 1;
 }
 inline int referencesOf(const TqRefCounter& counter) noexcept {
     return counter;
