@@ -15,6 +15,7 @@
 #include <random>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #if defined(TQ_BENCH_ABSL)
@@ -24,8 +25,13 @@
 namespace {
 
 constexpr std::size_t kEntries = 1000;
-constexpr unsigned kBuckets = 1201;
+constexpr std::size_t kManyEntries = 100000;
 constexpr std::size_t kAppended = 100000;
+
+// An odd number, a fifth more than entries.
+constexpr unsigned bucketsFor(std::size_t entries) {
+    return static_cast<unsigned>(entries * 6 / 5 | 1);
+}
 
 using Strings = std::vector<CStdStr<wchar_t>>;
 
@@ -48,12 +54,22 @@ Strings shortStrings(std::size_t count) {
 
 struct Ours {
     static constexpr const char* kName = "ours";
-    Ours() { map.InitHashTable(kBuckets); }
+    explicit Ours(std::size_t count) { map.InitHashTable(bucketsFor(count)); }
     void insert(const wchar_t* key, void* value) { map.SetAt(key, value); }
     const void* find(const std::wstring& key) const {
         void* value = nullptr;
         map.Lookup(key.c_str(), value);
         return value;
+    }
+    std::size_t sumOfLengths() const {
+        std::size_t sum = 0;
+        CStdStr<wchar_t> key;
+        void* value = nullptr;
+        for (__POSITION* pos = map.GetStartPosition(); pos != nullptr;) {
+            map.GetNextAssoc(pos, key, value);
+            sum += key.size();
+        }
+        return sum;
     }
     CMapStringToPtr map{kEntries};
 };
@@ -61,27 +77,37 @@ struct Ours {
 // Tables that must be given a string object: made for the look-up from the text that the caller has, or there already.
 template <class Map, bool HasString>
 struct Standard {
-    Standard() { map.reserve(kBuckets); }
+    explicit Standard(std::size_t count) { map.reserve(bucketsFor(count)); }
     void insert(const wchar_t* key, void* value) { map.emplace(key, value); }
     const void* find(const std::wstring& key) const {
         const auto found = HasString ? map.find(key) : map.find(std::wstring(key.c_str()));
         return found == map.end() ? nullptr : found->second;
     }
+    std::size_t sumOfLengths() const {
+        std::size_t sum = 0;
+        for (const auto& [key, value] : map)
+            sum += key.size();
+        return sum;
+    }
     Map map;
 };
 
 struct UnorderedMap : Standard<std::unordered_map<std::wstring, void*>, false> {
+    using Standard::Standard;
     static constexpr const char* kName = "unordered_map";
 };
 struct UnorderedMapOfStrings : Standard<std::unordered_map<std::wstring, void*>, true> {
+    using Standard::Standard;
     static constexpr const char* kName = "unordered_map, string at hand";
 };
 
 #if defined(TQ_BENCH_ABSL)
 struct FlatHashMap : Standard<absl::flat_hash_map<std::wstring, void*>, true> {
+    using Standard::Standard;
     static constexpr bool kIsMissing = false;
 #else
 struct FlatHashMap : UnorderedMap {
+    using UnorderedMap::UnorderedMap;
     static constexpr bool kIsMissing = true;
 #endif
     static constexpr const char* kName = "absl, string at hand";
@@ -99,25 +125,36 @@ void fill(Map& map, const Strings& keys) {
 }
 
 template <class Map>
-void lookUp(benchmark::State& state, const wchar_t* series) {
-    const Strings keys = names(kEntries, L"-");
-    Strings wanted = names(kEntries, series);
+void lookUp(benchmark::State& state, std::size_t entries, const wchar_t* series) {
+    const Strings keys = names(entries, L"-");
+    Strings wanted = names(entries, series);
     std::shuffle(wanted.begin(), wanted.end(), std::mt19937(11));
-    Map map;
+    Map map(entries);
     fill(map, keys);
     std::uint64_t found = 0;
     for ([[maybe_unused]] auto _ : state) {
         for (const std::wstring& key : wanted)
             found += map.find(key) != nullptr;
     }
-    report(state, kEntries, found);
+    report(state, entries, found);
+}
+
+template <class Map>
+void iterateMap(benchmark::State& state) {
+    const Strings keys = names(kEntries, L"-");
+    Map map(kEntries);
+    fill(map, keys);
+    std::uint64_t sum = 0;
+    for ([[maybe_unused]] auto _ : state)
+        sum += map.sumOfLengths();
+    report(state, kEntries, sum);
 }
 
 template <class Map>
 void buildMap(benchmark::State& state) {
     const Strings keys = names(kEntries, L"-");
     for ([[maybe_unused]] auto _ : state) {
-        Map map;
+        Map map(kEntries);
         fill(map, keys);
         benchmark::DoNotOptimize(map.find(keys.back()));
     }
@@ -142,6 +179,30 @@ void buildStandardList(benchmark::State& state, const Strings& strings) {
         benchmark::DoNotOptimize(list.back().c_str());
     }
     report(state, strings.size(), 0);
+}
+
+void iterateList(benchmark::State& state, const Strings& strings) {
+    CStringList list(kEntries);
+    for (const auto& string : strings)
+        list.AddTail(string);
+    std::uint64_t sum = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        for (__POSITION* pos = list.GetHeadPosition(); pos != nullptr;)
+            sum += std::as_const(list).GetNext(pos).size();
+    }
+    report(state, strings.size(), sum);
+}
+
+template <class Container>
+void iterateStandard(benchmark::State& state, const Strings& strings) {
+    const Container container(strings.begin(), strings.end());
+    std::uint64_t sum = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        for (const std::wstring& string : container)
+            sum += string.size();
+        benchmark::DoNotOptimize(sum);
+    }
+    report(state, strings.size(), sum);
 }
 
 void appendArray(benchmark::State& state, long long growBy) {
@@ -182,8 +243,17 @@ void registerMap(const std::string& area, const std::string& title, void (*run)(
 template <class... Maps>
 void registerMaps() {
     const std::string area = "collections";
-    (registerMap<Maps>(area, "map look-up hit", [](benchmark::State& state) { lookUp<Maps>(state, L"-"); }), ...);
-    (registerMap<Maps>(area, "map look-up miss", [](benchmark::State& state) { lookUp<Maps>(state, L"_"); }), ...);
+    (registerMap<Maps>(area, "map look-up hit", [](benchmark::State& state) { lookUp<Maps>(state, kEntries, L"-"); }),
+     ...);
+    (registerMap<Maps>(area, "map look-up miss", [](benchmark::State& state) { lookUp<Maps>(state, kEntries, L"_"); }),
+     ...);
+    (registerMap<Maps>(area, "map look-up hit of 100,000",
+                       [](benchmark::State& state) { lookUp<Maps>(state, kManyEntries, L"-"); }),
+     ...);
+    (registerMap<Maps>(area, "map look-up miss of 100,000",
+                       [](benchmark::State& state) { lookUp<Maps>(state, kManyEntries, L"_"); }),
+     ...);
+    (registerMap<Maps>(area, "map iterate", iterateMap<Maps>), ...);
     (registerMap<Maps>(area, "map build and destroy", buildMap<Maps>), ...);
 }
 
@@ -200,6 +270,12 @@ void registerMaps() {
             bench::add(title + "/list", [strings](benchmark::State& state) { buildStandardList(state, strings); });
         }
     }
+    const Strings strings = names(kEntries, L"-");
+    bench::add("collections/list iterate/ours", [strings](benchmark::State& state) { iterateList(state, strings); });
+    bench::add("collections/list iterate/list",
+               [strings](benchmark::State& state) { iterateStandard<std::list<std::wstring>>(state, strings); });
+    bench::add("collections/list iterate/vector",
+               [strings](benchmark::State& state) { iterateStandard<std::vector<std::wstring>>(state, strings); });
     bench::add("collections/array append 100,000/ours", [](benchmark::State& state) { appendArray(state, 0); });
     bench::add("collections/array append 100,000/vector", appendVector);
     bench::add("collections/array append 100,000, grow-by 50,000/ours",

@@ -17,6 +17,27 @@ static_assert(offsetof(Assoc, nBucket) == 8 && offsetof(Assoc, key) == 12 && off
 
 constexpr std::uint32_t kFactor = 33;
 
+// After the buckets, in the same block, lie their marks: of 16 bits that of each key in the chain is set, and perhaps
+// those of keys removed since the chain was last empty. Most look-ups of absent keys end there and touch no entry.
+using Mark = std::uint16_t;
+
+std::unique_ptr<Assoc* []> newTable(unsigned int count) {
+    constexpr std::size_t kMarksPerSlot = sizeof(Assoc*) / sizeof(Mark);
+    auto table = std::make_unique<Assoc*[]>(count + (count + kMarksPerSlot - 1) / kMarksPerSlot);
+    std::uninitialized_value_construct_n(reinterpret_cast<Mark*>(table.get() + count), count);
+    return table;
+}
+
+Mark& markOf(Assoc** table, unsigned int count, unsigned int bucket) noexcept {
+    return reinterpret_cast<Mark*>(table + count)[bucket];
+}
+
+// Bits of the hash that its remainder does not show.
+Mark bitOf(std::uint32_t hash) noexcept {
+    constexpr std::uint32_t kGoldenRatio = 0x9E3779B1;
+    return static_cast<Mark>(1U << (hash * kGoldenRatio >> 28));
+}
+
 __POSITION* positionOf(Assoc* assoc) noexcept {
     return reinterpret_cast<__POSITION*>(assoc);
 }
@@ -98,23 +119,22 @@ void CMapStringToPtr::RemoveAll() noexcept {
 void CMapStringToPtr::InitHashTable(unsigned int count, bool allocNow) {
     if (count == 0)
         throw std::invalid_argument("CMapStringToPtr: no buckets");
-    auto fresh = allocNow ? std::make_unique<CAssoc*[]>(count) : nullptr;
+    auto fresh = allocNow ? newTable(count) : nullptr;
     RemoveAll();
     m_pHashTable = fresh.release();
     m_nHashTableSize = count;
 }
 
-// The link to the entry of a key, or the null at the end of its chain. There must be a bucket array.
-[[gnu::always_inline]] inline CMapStringToPtr::CAssoc** CMapStringToPtr::findLink(const Key& key) const {
-    assert(m_pHashTable != nullptr && m_nHashTableSize != 0);
-    CAssoc** link = &m_pHashTable[key.hash % m_nHashTableSize];
-    while (*link != nullptr && !key.isKeyOf(**link))
-        link = &(*link)->pNext;
-    return link;
-}
-
 [[gnu::always_inline]] inline CMapStringToPtr::CAssoc* CMapStringToPtr::find(const Key& key) const {
-    return m_pHashTable != nullptr ? *findLink(key) : nullptr;
+    if (m_pHashTable == nullptr)
+        return nullptr;
+    const unsigned int bucket = key.hash % m_nHashTableSize;
+    if ((markOf(m_pHashTable, m_nHashTableSize, bucket) & bitOf(key.hash)) == 0)
+        return nullptr;
+    CAssoc* assoc = m_pHashTable[bucket];
+    while (assoc != nullptr && !key.isKeyOf(*assoc))
+        assoc = assoc->pNext;
+    return assoc;
 }
 
 bool CMapStringToPtr::Lookup(const wchar_t* key, void*& value) const {
@@ -146,7 +166,7 @@ void*& CMapStringToPtr::operator[](const wchar_t* key) {
         return found->value;
     if (wanted.length >= kKeyCapacity)
         throw std::length_error("CMapStringToPtr: key of 512 characters or more");
-    auto table = m_pHashTable == nullptr ? std::make_unique<CAssoc*[]>(m_nHashTableSize) : nullptr;
+    auto table = m_pHashTable == nullptr ? newTable(m_nHashTableSize) : nullptr;
     CAssoc* fresh = NewAssoc();
     if (table != nullptr)
         m_pHashTable = table.release();
@@ -158,17 +178,21 @@ void*& CMapStringToPtr::operator[](const wchar_t* key) {
     CAssoc*& head = m_pHashTable[fresh->nBucket];
     fresh->pNext = head;
     head = fresh;
+    Mark& mark = markOf(m_pHashTable, m_nHashTableSize, fresh->nBucket);
+    mark = static_cast<Mark>(mark | bitOf(wanted.hash));
     return fresh->value;
 }
 
 bool CMapStringToPtr::RemoveKey(const wchar_t* key) {
-    if (m_pHashTable == nullptr)
-        return false;
-    CAssoc** link = findLink(Key(key));
-    CAssoc* found = *link;
+    CAssoc* const found = find(Key(key));
     if (found == nullptr)
         return false;
+    CAssoc** link = &m_pHashTable[found->nBucket];
+    while (*link != found)
+        link = &(*link)->pNext;
     *link = found->pNext;
+    if (m_pHashTable[found->nBucket] == nullptr)
+        markOf(m_pHashTable, m_nHashTableSize, found->nBucket) = 0;
     FreeAssoc(found);
     return true;
 }
@@ -214,7 +238,12 @@ void CMapStringToPtr::GetNextAssoc(__POSITION*& pos, CStdStr<wchar_t>& key, void
     if (pos == nullptr || IsEmpty())
         throw std::out_of_range("CMapStringToPtr: no such entry");
     const CAssoc* here = pos == beforeFirst() ? firstFrom(0) : reinterpret_cast<const CAssoc*>(pos);
-    key = here->key;
+    CAssoc* const next = here->pNext != nullptr ? here->pNext : firstFrom(here->nBucket + 1);
+    if (next != nullptr) { // entries lie far apart: its two ends come while the caller looks at this one
+        __builtin_prefetch(next);
+        __builtin_prefetch(&next->value);
+    }
+    key.assign(here->key, here->nLength);
     value = here->value;
-    pos = positionOf(here->pNext != nullptr ? here->pNext : firstFrom(here->nBucket + 1));
+    pos = positionOf(next);
 }

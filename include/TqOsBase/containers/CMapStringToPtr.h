@@ -98,11 +98,10 @@ private:
 
     static constexpr unsigned int kInitialBuckets = 17;
 
-    CAssoc** findLink(const Key& key) const;
     CAssoc* find(const Key& key) const;
     CAssoc* firstFrom(unsigned int bucket) const noexcept;
 
-    CAssoc** m_pHashTable;
+    CAssoc** m_pHashTable; // their marks after them
     unsigned int m_nHashTableSize;
     long long m_nCount;
     CAssoc* m_pFreeList; // linked through pNext
