@@ -111,6 +111,11 @@ struct Ours {
 
     static std::uint64_t sumOfCharacters(const Text& text) {
         std::uint64_t sum = 0;
+        if (TqAnsiTextIteratorNotRequired(text, kCodePageWestern)) {
+            for (const char* p = text.c_str(); *p != 0; ++p)
+                sum += static_cast<unsigned char>(*p);
+            return sum;
+        }
         TqAnsiTextIterator it(text, kCodePageWestern);
         while (const unsigned character = it.nextChar())
             sum += character;
