@@ -26,8 +26,9 @@ std::wstring run(Kernel kernel, const char* src, const char* end) {
     return {static_cast<const wchar_t*>(room.data()), written};
 }
 
-std::wstring toWide(const char* text, int length) {
-    TqVector<wchar_t> out;
+// Into a vector that must make room, or has some for a short text.
+std::wstring toWide(const char* text, int length, int slots = 0) {
+    TqVector<wchar_t> out(slots);
     TqCharMapper::multiByteToWideChar(kCodePageWestern, text, length, out);
     fuzz::check(out.logicalLength() >= 1, "the terminator counts");
     fuzz::check(out[out.logicalLength() - 1] == 0, "the text is terminated");
@@ -58,6 +59,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int lengths[] = {static_cast<int>(data[0]), static_cast<int>(present), INT_MAX};
     for (const int length : lengths) {
         const std::wstring result = toWide(text.data(), length);
+        for (const int slots : {8, 21, 40})
+            fuzz::check(toWide(text.data(), length, slots) == result, "the room at hand changes nothing");
         const char* src = text.data();
         const char* end = detail::endAfterLastEscape(src, src + std::min(present, static_cast<std::size_t>(length)));
         fuzz::check(end <= src + present, "an escape ends before the terminator");

@@ -177,22 +177,29 @@ __attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSte
     }
 }
 
-// A register on its boundary, if it is plain throughout.
-__attribute__((target("avx2"), no_sanitize("address", "thread"))) inline bool narrowRegister(NarrowCursor& at) {
-    if (at.left < kLanes || at.room < kLanes)
-        return false;
-    const __m256i characters = _mm256_load_si256(reinterpret_cast<const __m256i*>(at.src));
-    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(characters), _mm256_extracti128_si256(characters, 1));
-    const __m128i bytes = _mm_packus_epi16(words, words);
-    if (_mm_movemask_epi8(_mm_cmplt_epi8(bytes, _mm_set1_epi8(1))) != 0)
-        return false;
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(at.out), bytes);
-    at.advance(kLanes, kLanes);
-    return true;
-}
-
 bool isOnBoundary(const wchar_t* src) {
     return reinterpret_cast<std::uintptr_t>(src) % (kLanes * sizeof(wchar_t)) == 0;
+}
+
+// The plain characters from `src` to the end of the register that it lies in. False where there are none, and where
+// there may be no room for eight. Where the next register begins does not depend on the text, as long as it is plain.
+__attribute__((target("avx2"), no_sanitize("address", "thread"))) inline bool narrowRegister(NarrowCursor& at) {
+    if (at.room < kLanes)
+        return false;
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(at.src) / sizeof(wchar_t) % kLanes;
+    const __m256i characters = _mm256_load_si256(reinterpret_cast<const __m256i*>(at.src - before));
+    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(characters), _mm256_extracti128_si256(characters, 1));
+    const __m128i bytes = _mm_packus_epi16(words, words);
+    const auto ours = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)) >> (8 * before);
+    const std::uint32_t special = notPositive(_mm256_castsi128_si256(bytes)) % (1U << kLanes) >> before;
+    const std::size_t present = std::min(kLanes - before, at.left);
+    const std::size_t plain = special == 0 ? present : static_cast<std::size_t>(std::countr_zero(special));
+    std::memcpy(at.out, &ours, kLanes);
+    if (plain >= present) [[likely]]
+        at.advance(present, present);
+    else
+        at.advance(plain, plain);
+    return plain != 0;
 }
 
 __attribute__((target("avx2"))) TextProgress narrow(const wchar_t* src, std::size_t limit, char* out,
@@ -202,12 +209,50 @@ __attribute__((target("avx2"))) TextProgress narrow(const wchar_t* src, std::siz
     NarrowCursor at{src, limit, out, room};
     bool goesOn = true;
     while (goesOn && !isOnBoundary(at.src))
-        goesOn = at.step();
-    if (goesOn)
+        goesOn = at.left != 0 && (narrowRegister(at) || at.step());
+    if (at.left >= kStep && goesOn)
         narrowSteps(at);
     while (goesOn)
-        goesOn = (isOnBoundary(at.src) && narrowRegister(at)) || at.step();
+        goesOn = at.left != 0 && (narrowRegister(at) || at.step());
     return {static_cast<std::size_t>(at.src - src), static_cast<std::size_t>(at.out - out)};
+}
+
+__attribute__((target("avx2"), no_sanitize("address", "thread"))) inline std::uint32_t
+endsAndBackslashes(const char* boundary) {
+    const __m256i bytes = _mm256_load_si256(reinterpret_cast<const __m256i*>(boundary));
+    const __m256i ends = _mm256_cmpeq_epi8(bytes, _mm256_setzero_si256());
+    const __m256i backslashes = _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8('\\'));
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(ends, backslashes)));
+}
+
+// `count` bytes, in steps of which the last one overlaps the one before.
+__attribute__((target("avx2"))) inline void widenShort(const char* src, std::size_t count, wchar_t* out) {
+    const auto eight = [&](std::size_t i) __attribute__((target("avx2"))) {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_cvtepu8_epi32(bytes));
+    };
+    if (count < kLanes) {
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = byteOf(src[i]);
+        return;
+    }
+    for (std::size_t i = 0; i + kLanes < count; i += kLanes)
+        eight(i);
+    eight(count - kLanes);
+}
+
+__attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, std::size_t limit, wchar_t* out,
+                                                              std::size_t room) noexcept {
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(src) % kStep;
+    const std::size_t seen = kStep - before;
+    std::uint64_t stops = endsAndBackslashes(src - before) >> before;
+    if (stops == 0 && limit > seen)
+        stops = std::uint64_t{endsAndBackslashes(src + seen)} << seen;
+    const std::size_t count = std::min(limit, static_cast<std::size_t>(std::countr_zero(stops)));
+    if (count > std::min(kStep, room) || (count < limit && src[count] != 0))
+        return kNotShort;
+    widenShort(src, count, out);
+    return count;
 }
 
 wchar_t* narrowToWide(const char* src, const char* end, wchar_t* out) noexcept {
@@ -222,6 +267,7 @@ const TextKernels* avx2Kernels() noexcept {
         TextKernels set = *sse2Kernels();
         set.narrowToWide = narrowToWide;
         set.wideToNarrowUnmeasured = narrow;
+        set.shortNarrowToWide = shortNarrowToWide;
         return set;
     }();
     return &kernels;

@@ -130,6 +130,7 @@ constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>,
                                        wideToUtf8Blocks<Block>,
                                        wideToNarrowSize<Block>,
                                        wideToUtf8Size<Block>,
+                                       nullptr,
                                        nullptr};
 
 } // namespace

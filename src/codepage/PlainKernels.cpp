@@ -54,6 +54,6 @@ std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
 } // namespace
 
 constinit const TextKernels kPlainKernels = {narrowToWide,     wideToNarrow,   utf8ToWide, wideToUtf8,
-                                             wideToNarrowSize, wideToUtf8Size, nullptr};
+                                             wideToNarrowSize, wideToUtf8Size, nullptr,    nullptr};
 
 } // namespace tq::detail

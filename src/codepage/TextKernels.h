@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 // The inner loops of the text conversions. Every set gives the same characters:
 //   plain      character by character: what the others must agree with, and what they leave the ends of texts to
@@ -17,6 +18,8 @@ struct TextProgress {
     std::size_t taken = 0;   ///< Characters read.
     std::size_t written = 0; ///< Elements that they became.
 };
+
+inline constexpr std::size_t kNotShort = SIZE_MAX;
 
 /// The four conversions take [src, end), which holds no 0 and, for the escaped form, ends after every escape that it
 /// begins (see endAfterLastEscape). They return the end of what they wrote and write no terminator. The caller's room:
@@ -38,6 +41,11 @@ struct TextKernels {
     /// text to its end, which it finds itself: it reads nothing after the 32 bytes, on a boundary of 32, in which the
     /// text ends.
     TextProgress (*wideToNarrowUnmeasured)(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept;
+
+    /// narrowToWide of such a text into `room` elements, if it holds at most 32 bytes, none of them a backslash, and
+    /// fits: what most texts of a drawing are. Returns its length, or kNotShort with nothing written. Null where the
+    /// set has no way to do that. Reads as far as the function above does.
+    std::size_t (*shortNarrowToWide)(const char* src, std::size_t limit, wchar_t* out, std::size_t room) noexcept;
 };
 
 extern const TextKernels kPlainKernels;

@@ -11,14 +11,38 @@ using namespace tq::detail;
 
 namespace {
 
+bool isBackslashAmongEight(const wchar_t* src) {
+    bool isThere = false;
+    for (int i = 0; i < 8; ++i)
+        isThere |= src[i] == L'\\';
+    return isThere;
+}
+
+// Whether what was converted is the whole text. Where a backslash among the last characters may begin an escape that
+// runs beyond the limit, and in the shortest texts, the answer is left to a closer look.
+bool isSurelyWhole(const TextProgress& done, const wchar_t* src, std::size_t limit) {
+    if (done.taken < limit)
+        return done.taken != 0 && src[done.taken] == 0;
+    return limit >= 8 && !isBackslashAmongEight(src + limit - 8);
+}
+
 // Converts the text, or the beginning of it that fits, into room that the vector has after its elements: that needs no
-// measuring, and changes nothing that the vector counts.
-TextProgress fillSpareRoom(const TextKernels& kernels, const wchar_t* src, std::size_t limit, TqVector<char>& out) {
-    const int spare = out.physicalLength() - out.logicalLength() - 1;
-    if (spare <= 0 || kernels.wideToNarrowUnmeasured == nullptr)
-        return {};
-    return kernels.wideToNarrowUnmeasured(src, limit, out.asArrayPtr() + out.logicalLength(),
-                                          static_cast<std::size_t>(spare));
+// measuring. True when it is known to be the whole text: it is then terminated and belongs to the vector. Otherwise
+// nothing changes that the vector counts.
+bool appendToSpareRoom(const TextKernels& kernels, const wchar_t* src, std::size_t limit, TqVector<char>& out,
+                       TextProgress& done) {
+    const int earlier = out.logicalLength();
+    const int spare = out.physicalLength() - earlier - 1;
+    char* const elements = out.setLogicalLengthAtHand(earlier);
+    if (spare <= 0 || elements == nullptr || kernels.wideToNarrowUnmeasured == nullptr)
+        return false;
+    char* const text = elements + earlier;
+    done = kernels.wideToNarrowUnmeasured(src, limit, text, static_cast<std::size_t>(spare));
+    if (!isSurelyWhole(done, src, limit))
+        return false;
+    text[done.written] = 0;
+    out.setLogicalLengthAtHand(earlier + static_cast<int>(done.written) + 1);
+    return true;
 }
 
 // What of a text is still to be converted, and the bytes that it becomes.
@@ -54,7 +78,9 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
     const auto keeper = recordWith(out, src);
     const auto limit = static_cast<std::size_t>(length);
     const TextKernels& kernels = currentKernels();
-    TextProgress start = fillSpareRoom(kernels, src, limit, out);
+    TextProgress start;
+    if (appendToSpareRoom(kernels, src, limit, out, start))
+        return;
     WideText rest(kernels, src, start.taken, limit);
     if (start.taken != 0 && earlier + start.written + rest.size + 1 > static_cast<std::size_t>(out.physicalLength())) {
         start = {};

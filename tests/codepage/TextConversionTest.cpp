@@ -104,7 +104,8 @@ void checkUnmeasured(const detail::TextKernels& kernels, const wchar_t* src, con
 template <class From, class To>
 void check(const Direction<From, To>& direction, const From* src, int length) {
     const std::basic_string<To> expected = direction.expected(src, length);
-    for (const int slots : {0, 2 * static_cast<int>(expected.size()) + 64}) {
+    const auto size = static_cast<int>(expected.size());
+    for (const int slots : {0, size, 2 * size + 64}) {
         TqVector<To> out(slots);
         out.append('#');
         direction.convert(src, length, out);
