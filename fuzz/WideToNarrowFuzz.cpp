@@ -49,6 +49,18 @@ std::vector<wchar_t> charactersOf(const std::uint8_t* data, std::size_t size) {
     return characters;
 }
 
+void checkUnmeasured(detail::TextKernels::Unmeasured convert, decltype(detail::TextKernels::wideToNarrowSize) sizeOf,
+                     const wchar_t* src, int length, const std::string& result) {
+    for (const std::size_t size : {result.size() / 2, result.size(), result.size() + 64}) {
+        if (convert == nullptr)
+            break;
+        std::vector<char> room(size);
+        const auto [taken, written] = convert(src, static_cast<std::size_t>(length), room.data(), room.size());
+        fuzz::check(sizeOf(src, taken) == written, "whole characters are taken");
+        fuzz::check(result.compare(0, written, room.data(), written) == 0, "the unmeasured form agrees");
+    }
+}
+
 void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
     const wchar_t* src = characters.data();
     TqVector<char> out;
@@ -58,15 +70,7 @@ void checkEscapedForm(const std::vector<wchar_t>& characters, int length) {
     for (const detail::TextKernels* kernels : reference::kernelForms()) {
         fuzz::check(kernels->wideToNarrowSize(src, static_cast<std::size_t>(end - src)) == result.size(), "measured");
         fuzz::check(run(kernels->wideToNarrow, src, end, result.size()) == result, "every form of wideToNarrow agrees");
-        for (const std::size_t size : {result.size() / 2, result.size(), result.size() + 64}) {
-            if (kernels->wideToNarrowUnmeasured == nullptr)
-                break;
-            std::vector<char> room(size);
-            const auto [taken, written] =
-                kernels->wideToNarrowUnmeasured(src, static_cast<std::size_t>(length), room.data(), room.size());
-            fuzz::check(kernels->wideToNarrowSize(src, taken) == written, "whole characters are taken");
-            fuzz::check(result.compare(0, written, room.data(), written) == 0, "the unmeasured form agrees");
-        }
+        checkUnmeasured(kernels->wideToNarrowUnmeasured, kernels->wideToNarrowSize, src, length, result);
     }
 }
 
@@ -80,6 +84,7 @@ void checkUtf8(const std::vector<wchar_t>& characters) {
     for (const detail::TextKernels* kernels : reference::kernelForms()) {
         fuzz::check(kernels->wideToUtf8Size(src, count) == result.size(), "measured size of UTF-8");
         fuzz::check(run(kernels->wideToUtf8, src, end, result.size()) == result, "every form of wideToUtf8 agrees");
+        checkUnmeasured(kernels->wideToUtf8Unmeasured, kernels->wideToUtf8Size, src, INT_MAX, result);
     }
 
     const auto isRepresentable = [](wchar_t c) { return static_cast<std::uint32_t>(c) <= 0xFFFF; };
@@ -98,8 +103,10 @@ void checkDecoder(const std::uint8_t* data, std::size_t size) {
     TqVector<wchar_t> out;
     TqCharMapper::utf8ToUnicode(src, 0, out);
     const std::wstring result = text(out);
-    for (const detail::TextKernels* kernels : reference::kernelForms())
+    for (const detail::TextKernels* kernels : reference::kernelForms()) {
+        fuzz::check(kernels->utf8ToWideSize(src, present) == result.size(), "measured size of wide text");
         fuzz::check(run(kernels->utf8ToWide, src, src + present, present) == result, "every form of utf8ToWide agrees");
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "codepage/Avx2Kernels.h"
 
+#include "codepage/Avx2Text.h"
 #include "codepage/BlockKernels.h"
 #include "codepage/CharacterSteps.h"
 
@@ -8,35 +9,15 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace tq::detail {
 
 #if defined(__x86_64__)
 
-// The library is built for any x86-64 processor; the functions marked for AVX2 alone are for those that have it.
-
 namespace {
 
-constexpr std::size_t kStep = 32;
-constexpr std::size_t kHalfStep = kStep / 2;
-constexpr std::size_t kLanes = 8; // Wide characters in a register.
-// Long texts come from beyond the nearest caches. The processor fetches no further ahead than the page ends by itself;
-// being asked to, it may go beyond the text: that reads nothing and cannot fail.
-constexpr std::size_t kReadAhead = 512;
-
-std::size_t distance(const char* from, const char* to) {
-    return static_cast<std::size_t>(to - from);
-}
-
-__attribute__((target("avx2"))) inline void widenStep(const char* src, wchar_t* out) {
-    for (std::size_t i = 0; i < kStep; i += kLanes) {
-        const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_cvtepu8_epi32(eight));
-    }
-}
+constexpr std::size_t kStep = kAvx2Step;
+constexpr std::size_t kHalfStep = kHalfAvx2Step;
+constexpr std::size_t kLanes = kAvx2Lanes;
 
 // Where the characters of a step are written depends on the escapes in it. Where the next step begins does not, unless
 // an escape runs across the border: so the processor can load the next step while this one is still being worked on.
@@ -77,34 +58,11 @@ __attribute__((target("avx2"))) TextProgress widen(const char* const begin, cons
     return {distance(begin, src), static_cast<std::size_t>(out - outBegin)};
 }
 
-// Where text is converted from and to.
-struct NarrowCursor {
-    const wchar_t* src;
-    std::size_t left; // Characters, at most.
-    char* out;
-    std::size_t room;
-
-    void advance(std::size_t taken, std::size_t written) {
-        src += taken;
-        left -= taken;
-        out += written;
-        room -= written;
-    }
-    // One character. False where the text or the room ends.
-    bool step() {
-        if (left == 0 || *src == 0 || room < (*src > kHighestAscii ? kUnicodeEscapeLength : 1))
-            return false;
-        const wchar_t* character = src;
-        char* end = out;
-        stepWideToNarrow(character, end);
-        advance(1, static_cast<std::size_t>(end - out));
-        return true;
-    }
+struct EscapedForm {
+    static std::size_t sizeOf(wchar_t c) { return c > kHighestAscii ? kUnicodeEscapeLength : 1; }
+    static void step(const wchar_t*& src, char*& out) { stepWideToNarrow(src, out); }
 };
-
-// Packing saturates in two steps: a character above ASCII becomes a byte above 127, which as a signed number is
-// negative, and a negative character becomes 0. So the positive bytes are those of ASCII characters, and none of them
-// is the 0 that ends the text.
+using NarrowCursor = WideCursor<EscapedForm>;
 
 // Writes the sixteen characters at `src`. `bytes` is their packed form, which is right for all but those of the set
 // `special`: each of these is converted anew, and the packed bytes that follow it are then moved to follow the result.
@@ -126,18 +84,8 @@ __attribute__((target("avx2"))) inline char* narrowHalfStep(const wchar_t* src, 
     return end;
 }
 
-__attribute__((target("avx2"))) inline bool holdsZero(__m256i characters) {
-    return _mm256_movemask_epi8(_mm256_cmpeq_epi32(characters, _mm256_setzero_si256())) != 0;
-}
-
-__attribute__((target("avx2"))) inline std::uint32_t notPositive(__m256i bytes) {
-    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpgt_epi8(_mm256_set1_epi8(1), bytes)));
-}
-
 // Register after register on its boundary, each looked into before the next one is read.
 __attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSteps(NarrowCursor& at) {
-    // Packing works in the halves of the registers; this puts the quarters back in their order.
-    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
     for (;;) {
         const wchar_t* src = at.src;
         const wchar_t* const stop = src + std::min(at.left, at.room) / kStep * kStep;
@@ -159,8 +107,7 @@ __attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSte
             if (holdsZero(third))
                 break;
             fourth = _mm256_load_si256(from + 3);
-            bytes = _mm256_packus_epi16(_mm256_packs_epi32(first, second), _mm256_packs_epi32(third, fourth));
-            bytes = _mm256_permutevar8x32_epi32(bytes, order);
+            bytes = packed(first, second, third, fourth);
             special = notPositive(bytes);
             if (special != 0)
                 break;
@@ -175,10 +122,6 @@ __attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSte
         out = narrowHalfStep(src + kHalfStep, _mm256_extracti128_si256(bytes, 1), special >> kHalfStep, out);
         at.advance(kStep, static_cast<std::size_t>(out - at.out));
     }
-}
-
-bool isOnBoundary(const wchar_t* src) {
-    return reinterpret_cast<std::uintptr_t>(src) % (kLanes * sizeof(wchar_t)) == 0;
 }
 
 // The plain characters from `src` to the end of the register that it lies in. False where there are none, and where
@@ -268,6 +211,9 @@ const TextKernels* avx2Kernels() noexcept {
         set.narrowToWide = narrowToWide;
         set.wideToNarrowUnmeasured = narrow;
         set.shortNarrowToWide = shortNarrowToWide;
+        set.utf8ToWide = avx2Utf8ToWide;
+        set.utf8ToWideSize = avx2Utf8ToWideSize;
+        set.wideToUtf8Unmeasured = avx2WideToUtf8;
         return set;
     }();
     return &kernels;

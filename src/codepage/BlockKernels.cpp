@@ -4,6 +4,7 @@
 #include "codepage/NeonBlock.h"
 #include "codepage/Sse2Block.h"
 #include "codepage/TextBlocks.h"
+#include "codepage/TextMeasure.h"
 
 #include <bit>
 #include <cstddef>
@@ -117,6 +118,10 @@ std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
     return count + std::size_t{Block::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);
 }
 
+std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
+    return countUtf8Characters(src, count);
+}
+
 template <class Block>
 std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
     return count + Block::countAbove(src, count, kHighestAscii) + Block::countAbove(src, count, 0x7FF) -
@@ -129,7 +134,9 @@ constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>,
                                        utf8ToWideBlocks<Block>,
                                        wideToUtf8Blocks<Block>,
                                        wideToNarrowSize<Block>,
+                                       utf8ToWideSize,
                                        wideToUtf8Size<Block>,
+                                       nullptr,
                                        nullptr,
                                        nullptr};
 

@@ -1,5 +1,6 @@
 #include "codepage/CharacterSteps.h"
 #include "codepage/TextKernels.h"
+#include "codepage/TextMeasure.h"
 
 namespace tq::detail {
 
@@ -51,9 +52,13 @@ std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
     return size;
 }
 
+std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
+    return countUtf8Characters(src, count);
+}
+
 } // namespace
 
-constinit const TextKernels kPlainKernels = {narrowToWide,     wideToNarrow,   utf8ToWide, wideToUtf8,
-                                             wideToNarrowSize, wideToUtf8Size, nullptr,    nullptr};
+constinit const TextKernels kPlainKernels = {narrowToWide,   wideToNarrow,   utf8ToWide, wideToUtf8, wideToNarrowSize,
+                                             utf8ToWideSize, wideToUtf8Size, nullptr,    nullptr,    nullptr};
 
 } // namespace tq::detail

@@ -21,9 +21,12 @@ struct TextProgress {
 
 inline constexpr std::size_t kNotShort = SIZE_MAX;
 
+inline constexpr std::size_t kUtf8Scratch = 32;
+
 /// The four conversions take [src, end), which holds no 0 and, for the escaped form, ends after every escape that it
 /// begins (see endAfterLastEscape). They return the end of what they wrote and write no terminator. The caller's room:
-///   narrowToWide, utf8ToWide   one element per source byte, and one more
+///   narrowToWide               one element per source byte, and one more
+///   utf8ToWide                 the same, or utf8ToWideSize and kUtf8Scratch
 ///   wideToNarrow, wideToUtf8   the size of the same name, and one more
 /// Up to that room they may write scratch after their result.
 struct TextKernels {
@@ -32,19 +35,24 @@ struct TextKernels {
     wchar_t* (*utf8ToWide)(const char* src, const char* end, wchar_t* out) noexcept;
     char* (*wideToUtf8)(const wchar_t* src, const wchar_t* end, char* out) noexcept;
 
-    /// The bytes that the conversion of the same name writes for `count` characters, at most INT_MAX of them.
+    /// What the conversion of the same name writes for `count` elements, at most INT_MAX of them.
     std::size_t (*wideToNarrowSize)(const wchar_t* src, std::size_t count) noexcept;
+    std::size_t (*utf8ToWideSize)(const char* src, std::size_t count) noexcept;
     std::size_t (*wideToUtf8Size)(const wchar_t* src, std::size_t count) noexcept;
 
-    /// wideToNarrow of the text at `src` up to its first 0, at most `limit` characters of it, into `room` bytes,
-    /// without measuring it first. Null where the set has no way to do that. Unless it runs out of room it takes the
-    /// text to its end, which it finds itself: it reads nothing after the 32 bytes, on a boundary of 32, in which the
-    /// text ends.
-    TextProgress (*wideToNarrowUnmeasured)(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept;
+    /// @{
+    /// The conversion of the same name of the text at `src` up to its first 0, at most `limit` characters of it, into
+    /// `room` bytes, without measuring it first. Null where the set has no way to do that. Unless it runs out of room
+    /// it takes the text to its end, which it finds itself: it reads nothing after the 32 bytes, on a boundary of 32,
+    /// in which the text ends.
+    using Unmeasured = TextProgress (*)(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept;
+    Unmeasured wideToNarrowUnmeasured;
+    Unmeasured wideToUtf8Unmeasured;
+    /// @}
 
     /// narrowToWide of such a text into `room` elements, if it holds at most 32 bytes, none of them a backslash, and
     /// fits: what most texts of a drawing are. Returns its length, or kNotShort with nothing written. Null where the
-    /// set has no way to do that. Reads as far as the function above does.
+    /// set has no way to do that. Reads as far as these two do.
     std::size_t (*shortNarrowToWide)(const char* src, std::size_t limit, wchar_t* out, std::size_t room) noexcept;
 };
 

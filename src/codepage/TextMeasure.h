@@ -1,7 +1,10 @@
 #pragma once
 
+#include "codepage/CharacterSteps.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cwchar>
 
 namespace tq::detail {
@@ -26,6 +29,25 @@ TextMeasure measure(const wchar_t* src, std::size_t limit, SizeOf sizeOf) {
             break;
     }
     return text;
+}
+
+/// The characters that utf8ToWide gives of these bytes: as many as there are bytes, without those that belong to the
+/// character of one before them. Part of its caller, so that it is compiled for the processors that the caller is for.
+[[gnu::always_inline]] inline std::size_t countUtf8Characters(const char* src, std::size_t count) noexcept {
+    constexpr std::size_t kStretch = 240; // as many as a byte can count
+    std::size_t characters = count;
+    if (count > 1 && isContinuation(src[1]) && byteOf(src[0]) >= 0xC0)
+        --characters;
+    for (std::size_t i = 2; i < count;) {
+        std::uint8_t taken = 0; // Counting in bytes the compiler works on sixteen and more at a time.
+        for (const std::size_t end = std::min(count, i + kStretch); i < end; ++i) {
+            const bool isOfLead = byteOf(src[i - 1]) >= 0xC0;
+            const bool isThird = (byteOf(src[i - 2]) >= 0xE0) & isContinuation(src[i - 1]);
+            taken = static_cast<std::uint8_t>(taken + (isContinuation(src[i]) & (isOfLead | isThird)));
+        }
+        characters -= taken;
+    }
+    return characters;
 }
 
 } // namespace tq::detail

@@ -1,3 +1,4 @@
+#include "codepage/SpareRoom.h"
 #include "codepage/TextKernels.h"
 #include "codepage/TextMeasure.h"
 #include "codepage/VectorOutput.h"
@@ -18,13 +19,20 @@ std::size_t utf8Extent(const char* src, int length) {
     return length == 0 ? std::strlen(src) : ::strnlen(src, static_cast<std::size_t>(length) + 1);
 }
 
+// Room for the characters of a text, one per byte at most. For a vector that has no room for that many they are
+// counted: texts of three bytes a character would else be allocated twice and copied.
+std::size_t wideRoom(const char* src, std::size_t extent, std::size_t slots) {
+    return extent < slots || extent < kUtf8Scratch ? extent
+                                                   : currentKernels().utf8ToWideSize(src, extent) + kUtf8Scratch;
+}
+
 } // namespace
 
 void TqCharMapper::utf8ToUnicode(const char* src, int length, TqVector<wchar_t>& out) {
     const std::size_t extent = utf8Extent(src, length);
     const auto keeper = recordWith(out, src);
     const int slots = out.physicalLength();
-    wchar_t* elements = resize(out, extent + 1);
+    wchar_t* elements = resize(out, wideRoom(src, extent, static_cast<std::size_t>(slots)) + 1);
     wchar_t* textEnd = extent == 0 ? elements : currentKernels().utf8ToWide(src, src + extent, elements);
     terminate(out, elements, textEnd, slots);
 }
@@ -34,9 +42,23 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
         return;
     // The character at index `length` belongs to the text.
     const std::size_t limit = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
-    const TextMeasure text = measure(src, limit, currentKernels().wideToUtf8Size);
+    const TextKernels& kernels = currentKernels();
     const auto keeper = recordWith(out, src);
+    TextProgress start = fillSpareRoom(kernels.wideToUtf8Unmeasured, src, limit, out);
+    if (start.taken != 0 && (start.taken == limit || src[start.taken] == 0)) {
+        keepWithTerminator(start.written, out);
+        return;
+    }
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
-    char* textBegin = resize(out, earlier + text.size + 1) + earlier;
-    *currentKernels().wideToUtf8(src, src + text.count, textBegin) = 0;
+    TextMeasure rest = measure(src + start.taken, limit - start.taken, kernels.wideToUtf8Size);
+    if (start.taken != 0 && earlier + start.written + rest.size + 1 > static_cast<std::size_t>(out.physicalLength())) {
+        start = {};
+        rest = measure(src, limit, kernels.wideToUtf8Size);
+    }
+    char* text = resize(out, earlier + start.written + rest.size + 1) + earlier + start.written;
+    src += start.taken;
+    TextProgress most;
+    if (kernels.wideToUtf8Unmeasured != nullptr)
+        most = kernels.wideToUtf8Unmeasured(src, rest.count, text, rest.size);
+    *kernels.wideToUtf8(src + most.taken, src + rest.count, text + most.written) = 0;
 }

@@ -1,4 +1,5 @@
 #include "codepage/Escapes.h"
+#include "codepage/SpareRoom.h"
 #include "codepage/TextKernels.h"
 #include "codepage/TextMeasure.h"
 #include "codepage/VectorOutput.h"
@@ -24,25 +25,6 @@ bool isSurelyWhole(const TextProgress& done, const wchar_t* src, std::size_t lim
     if (done.taken < limit)
         return done.taken != 0 && src[done.taken] == 0;
     return limit >= 8 && !isBackslashAmongEight(src + limit - 8);
-}
-
-// Converts the text, or the beginning of it that fits, into room that the vector has after its elements: that needs no
-// measuring. True when it is known to be the whole text: it is then terminated and belongs to the vector. Otherwise
-// nothing changes that the vector counts.
-bool appendToSpareRoom(const TextKernels& kernels, const wchar_t* src, std::size_t limit, TqVector<char>& out,
-                       TextProgress& done) {
-    const int earlier = out.logicalLength();
-    const int spare = out.physicalLength() - earlier - 1;
-    char* const elements = out.setLogicalLengthAtHand(earlier);
-    if (spare <= 0 || elements == nullptr || kernels.wideToNarrowUnmeasured == nullptr)
-        return false;
-    char* const text = elements + earlier;
-    done = kernels.wideToNarrowUnmeasured(src, limit, text, static_cast<std::size_t>(spare));
-    if (!isSurelyWhole(done, src, limit))
-        return false;
-    text[done.written] = 0;
-    out.setLogicalLengthAtHand(earlier + static_cast<int>(done.written) + 1);
-    return true;
 }
 
 // What of a text is still to be converted, and the bytes that it becomes.
@@ -78,9 +60,11 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
     const auto keeper = recordWith(out, src);
     const auto limit = static_cast<std::size_t>(length);
     const TextKernels& kernels = currentKernels();
-    TextProgress start;
-    if (appendToSpareRoom(kernels, src, limit, out, start))
+    TextProgress start = fillSpareRoom(kernels.wideToNarrowUnmeasured, src, limit, out);
+    if (isSurelyWhole(start, src, limit)) {
+        keepWithTerminator(start.written, out);
         return;
+    }
     WideText rest(kernels, src, start.taken, limit);
     if (start.taken != 0 && earlier + start.written + rest.size + 1 > static_cast<std::size_t>(out.physicalLength())) {
         start = {};

@@ -88,15 +88,14 @@ const Char* place(const std::basic_string<Char>& text, std::size_t terminator = 
 
 // With any room an unmeasured conversion writes the beginning of the result, of whole characters, and nothing after the
 // room; it stops only where the room cannot hold what comes next, or at the end of the text.
-void checkUnmeasured(const detail::TextKernels& kernels, const wchar_t* src, const wchar_t* end,
-                     const std::string& text) {
-    for (std::size_t room = text.size() % 5; room < text.size() + 80 && kernels.wideToNarrowUnmeasured != nullptr;
-         room += 7) {
+void checkUnmeasured(detail::TextKernels::Unmeasured convert, decltype(detail::TextKernels::wideToNarrowSize) sizeOf,
+                     const wchar_t* src, const wchar_t* end, const std::string& text) {
+    for (std::size_t room = text.size() % 5; room < text.size() + 80 && convert != nullptr; room += 7) {
         char* out = outputBuffer<char>().last(room);
-        const auto [taken, written] = kernels.wideToNarrowUnmeasured(src, INT_MAX, out, room);
+        const auto [taken, written] = convert(src, INT_MAX, out, room);
         ASSERT_LE(written, room);
         ASSERT_EQ(std::string(out, written), text.substr(0, written));
-        ASSERT_EQ(kernels.wideToNarrowSize(src, taken), written);
+        ASSERT_EQ(sizeOf(src, taken), written);
         ASSERT_TRUE(src + taken == end || room - written < detail::kUnicodeEscapeLength) << room;
     }
 }
@@ -121,8 +120,13 @@ void check(const Direction<From, To>& direction, const From* src, int length) {
         To* last = (kernels->*direction.form)(src, end, first);
         ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
         if constexpr (std::is_same_v<From, wchar_t>) {
-            if (length == INT_MAX && direction.form == &detail::TextKernels::wideToNarrow)
-                checkUnmeasured(*kernels, src, end, text.substr(0, text.size() - 1));
+            const auto [convert, sizeOf] = direction.form == &detail::TextKernels::wideToNarrow
+                                               ? std::pair(kernels->wideToNarrowUnmeasured, kernels->wideToNarrowSize)
+                                               : std::pair(kernels->wideToUtf8Unmeasured, kernels->wideToUtf8Size);
+            if (length == INT_MAX)
+                checkUnmeasured(convert, sizeOf, src, end, text.substr(0, text.size() - 1));
+        } else if (direction.form == &detail::TextKernels::utf8ToWide) {
+            ASSERT_EQ(kernels->utf8ToWideSize(src, static_cast<std::size_t>(end - src)), text.size() - 1);
         }
     }
 }
