@@ -18,6 +18,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -78,6 +79,24 @@ Texts shortestTexts(const Doubles& values) {
     Texts texts;
     for (const double v : values)
         texts.push_back(shortest(v));
+    return texts;
+}
+
+// Counts, colour numbers, flags: up to three digits.
+Texts smallIntegers() {
+    std::mt19937_64 random(20240715);
+    Texts texts(kValues);
+    for (std::string& text : texts)
+        text = std::to_string(random() % 10 == 0 ? 0 : random() % 1000);
+    return texts;
+}
+
+// Sizes as people enter them: 0.5, 12.75, 2.
+Texts shortDecimals() {
+    std::mt19937_64 random(20240716);
+    Texts texts(kValues);
+    for (std::string& text : texts)
+        text = shortest(static_cast<double>(random() % 100000) / std::pow(10.0, static_cast<double>(random() % 4)));
     return texts;
 }
 
@@ -219,12 +238,24 @@ void addDigits() {
         bench::addMissing(name + "double-conversion");
 #endif
     }
-    for (const int count : {6, 16}) {
-        const std::string name = "digits/" + std::to_string(count) + " digits, coordinates/";
-        add(name + "ours", coordinates(), [count](double v) { return ourDigits(v, 2, count); });
-        add(name + "snprintf", coordinates(), printed("%.*e", count - 1, splitExponent));
+    const std::tuple<int, const char*, Doubles> rounded[] = {{6, "coordinates", coordinates()},
+                                                             {16, "coordinates", coordinates()},
+                                                             {17, "coordinates", coordinates()},
+                                                             {17, "random bits", randomBits()},
+                                                             {40, "random bits", randomBits()}};
+    for (const auto& [count, set, values] : rounded) {
+        const std::string name = "digits/" + std::to_string(count) + " digits, " + set + "/";
+        add(name + "ours", values, [count = count](double v) { return ourDigits(v, 2, count); });
+        add(name + "snprintf", values, printed("%.*e", count - 1, splitExponent));
+        add(name + "to_chars", values, [count = count](double v) {
+            char text[128];
+            const char* end = std::to_chars(text, text + sizeof text, v, std::chars_format::scientific, count - 1).ptr;
+            return splitExponent(text, end);
+        });
+        if (std::strcmp(set, "coordinates") != 0)
+            continue; // double-conversion rounds a tie away from zero
 #if defined(TQ_BENCH_DOUBLE_CONVERSION)
-        add(name + "double-conversion", coordinates(),
+        add(name + "double-conversion", values,
             byDoubleConversion(double_conversion::DoubleToStringConverter::PRECISION, count));
 #else
         bench::addMissing(name + "double-conversion");
@@ -240,38 +271,50 @@ void addDigits() {
 #endif
 }
 
+struct TextRow {
+    const char* name;
+    char letter;
+    int count;
+    const char* format;
+    std::chars_format peer;
+};
+
 // The exponent has two digits at least with the others and three with ours, so the end of the text is not compared.
+void addTextOf(const TextRow& row, const char* set, const Doubles& values) {
+    const std::string name = std::string("float text/") + row.name + ", " + set + "/";
+    add(name + "ours", values, [row](double v) {
+        char text[128];
+        tqDToStr(text, v, row.letter, row.count, 0);
+        return foldText(text, 1);
+    });
+    add(name + "snprintf", values, [row](double v) {
+        char text[128];
+        std::snprintf(text, sizeof text, row.format, row.count, v);
+        return foldText(text, 1);
+    });
+    add(name + "to_chars", values, [row](double v) {
+        char text[128];
+        std::to_chars(text, text + sizeof text, v, row.peer, row.count);
+        return foldText(text, 1);
+    });
+}
+
 void addText() {
-    struct Row {
-        const char* name;
-        char letter;
-        int count;
-        const char* format;
-        std::chars_format peer;
-    };
-    const Row rows[] = {{"fixed, 4 decimals", 'f', 4, "%.*f", std::chars_format::fixed},
-                        {"exponent, 6 decimals", 'e', 6, "%.*e", std::chars_format::scientific},
-                        {"general, 6 digits", 'g', 6, "%.*g", std::chars_format::general},
-                        {"fixed, 40 decimals", 'f', 40, "%.*f", std::chars_format::fixed},
-                        {"exponent, 40 decimals", 'e', 40, "%.*e", std::chars_format::scientific}};
-    const Doubles values = coordinates();
-    for (const Row& row : rows) {
-        const std::string name = std::string("float text/") + row.name + "/";
-        add(name + "ours", values, [row](double v) {
-            char text[128];
-            tqDToStr(text, v, row.letter, row.count, 0);
-            return foldText(text, 1);
-        });
-        add(name + "snprintf", values, [row](double v) {
-            char text[128];
-            std::snprintf(text, sizeof text, row.format, row.count, v);
-            return foldText(text, 1);
-        });
-        add(name + "to_chars", values, [row](double v) {
-            char text[128];
-            std::to_chars(text, text + sizeof text, v, row.peer, row.count);
-            return foldText(text, 1);
-        });
+    const TextRow rows[] = {{"fixed, 4 decimals", 'f', 4, "%.*f", std::chars_format::fixed},
+                            {"exponent, 6 decimals", 'e', 6, "%.*e", std::chars_format::scientific},
+                            {"general, 6 digits", 'g', 6, "%.*g", std::chars_format::general},
+                            {"general, 15 digits", 'g', 15, "%.*g", std::chars_format::general},
+                            {"general, 17 digits", 'g', 17, "%.*g", std::chars_format::general},
+                            {"exponent, 16 decimals", 'e', 16, "%.*e", std::chars_format::scientific},
+                            {"fixed, 40 decimals", 'f', 40, "%.*f", std::chars_format::fixed},
+                            {"exponent, 40 decimals", 'e', 40, "%.*e", std::chars_format::scientific}};
+    const std::pair<const char*, Doubles> sets[] = {
+        {"coordinates", coordinates()}, {"17 digits", seventeenDigits()}, {"random bits", randomBits()}};
+    for (const TextRow& row : rows) {
+        for (const auto& [set, values] : sets) {
+            if (row.letter != 'f' || std::strcmp(set, "random bits") != 0) // 150 digits before the point
+                addTextOf(row, set, values);
+        }
     }
 }
 
@@ -279,6 +322,8 @@ void addFromText() {
     const std::pair<const char*, Texts> sets[] = {{"coordinates", shortestTexts(coordinates())},
                                                   {"17 digits", shortestTexts(seventeenDigits())},
                                                   {"random shortest", shortestTexts(randomBits())},
+                                                  {"small integers", smallIntegers()},
+                                                  {"short decimals", shortDecimals()},
                                                   {"halfway, 50 characters", halfwayTexts()}};
     for (const auto& [set, texts] : sets) {
         const std::string name = std::string("from text/") + set + "/";

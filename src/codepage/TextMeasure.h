@@ -41,9 +41,10 @@ TextMeasure measure(const wchar_t* src, std::size_t limit, SizeOf sizeOf) {
     for (std::size_t i = 2; i < count;) {
         std::uint8_t taken = 0; // Counting in bytes the compiler works on sixteen and more at a time.
         for (const std::size_t end = std::min(count, i + kStretch); i < end; ++i) {
-            const bool isOfLead = byteOf(src[i - 1]) >= 0xC0;
-            const bool isThird = (byteOf(src[i - 2]) >= 0xE0) & isContinuation(src[i - 1]);
-            taken = static_cast<std::uint8_t>(taken + (isContinuation(src[i]) & (isOfLead | isThird)));
+            // Numbers, which are combined without branches.
+            const unsigned isOfLead = byteOf(src[i - 1]) >= 0xC0 ? 1 : 0;
+            const unsigned isThird = (byteOf(src[i - 2]) >= 0xE0 ? 1U : 0U) & (isContinuation(src[i - 1]) ? 1U : 0U);
+            taken = static_cast<std::uint8_t>(taken + ((isContinuation(src[i]) ? 1U : 0U) & (isOfLead | isThird)));
         }
         characters -= taken;
     }
