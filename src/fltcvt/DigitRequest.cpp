@@ -6,7 +6,8 @@ namespace tq::detail {
 
 DigitLayout writeManyDigits(double v, DigitRequest request, char* out) noexcept {
     DigitLayout layout{};
-    return tryFastDigits<Effort::kFull>(v, request, out, layout) || tryFixedPointDigits(v, request, out, layout)
+    return tryFastDigits<Effort::kFull>(v, request, out, layout) || tryFixedPointDigits(v, request, out, layout) ||
+                   tryLongProductDigits(v, request, out, layout)
                ? layout
                : exactDigits(v, request, out);
 }

@@ -15,10 +15,12 @@
 //       |                               |
 //   3   +------ FixedPoint.cpp ---------+                     multiples of 2^-63 below 2^128, any number of digits
 //       |                               |
-//   4   +------ SteeleWhite.cpp --------+                     big integers: right for every request
+//   4   +------ LongProduct.cpp --------+                     up to 64 digits, by 256 bits of a power of five
+//       |                               |
+//   5   +------ SteeleWhite.cpp --------+                     big integers: right for every request
 //
 // 123.456 to 6 digits takes way 1, 2.5 to one digit way 2, 25 to one digit and 0.1 to 20 places way 3, 5e-324 to 30
-// digits way 4.
+// digits way 4, and to 100 digits way 5.
 //
 //   Schubfach     R. Giulietti, "The Schubfach way to render doubles" (2020): one product with a 128-bit power of ten
 //                 (PowersOfTen.h), scaled so that the interval that reads back holds one or two short decimals. The
@@ -104,6 +106,9 @@ DigitLayout writeManyDigits(double v, DigitRequest request, char* out) noexcept;
 /// Any number of digits of a multiple of 2^-63 below 2^128. False for other numbers and for the shortest digits;
 /// kOrShorter counts as kToEven: the caller knows that the shortest digits are too many.
 bool tryFixedPointDigits(double v, DigitRequest request, char* out, DigitLayout& layout) noexcept;
+/// Up to 64 digits of any number, unless a run of zeros or nines leaves the last one in doubt, as in 1e23. For the same
+/// requests.
+bool tryLongProductDigits(double v, DigitRequest request, char* out, DigitLayout& layout) noexcept;
 /// By big integers: slow, and right for every request.
 DigitLayout exactDigits(double v, DigitRequest request, char* out) noexcept;
 /// @}

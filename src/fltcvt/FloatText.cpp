@@ -87,6 +87,16 @@ int digitsOfE(int nfrac) {
     CvtFormatter<char>::formatG(buf, digits.text, digits.count, shown, digits.point, digits.sign, expChar, style);
 }
 
+[[gnu::noinline]] void writeLongE(char* buf, double d, int places, int expChar) {
+    if (!FastText::tryLongE(buf, d, places, expChar))
+        writeE(buf, d, places, expChar);
+}
+
+[[gnu::noinline]] void writeLongG(char* buf, double d, int shown, int expChar, int style) {
+    if (!FastText::tryLongG(buf, d, shown, expChar, style))
+        writeG(buf, d, shown, expChar, style);
+}
+
 } // namespace
 
 void tqFltToF(char* buf, double d, int nfrac) {
@@ -107,7 +117,7 @@ wchar_t* tqFltToF(double d, int nfrac) {
 void tqFltToE(char* buf, double d, int nfrac, int expChar) {
     const int places = std::max(nfrac, 0);
     if (!FastText::tryE(buf, d, places, expChar)) [[unlikely]]
-        writeE(buf, d, places, expChar);
+        writeLongE(buf, d, places, expChar);
 }
 
 wchar_t* tqFltToE(double d, int nfrac, int expChar) {
@@ -122,7 +132,7 @@ wchar_t* tqFltToE(double d, int nfrac, int expChar) {
 void tqFltToG(char* buf, double d, int nsig, int expChar, int style) {
     const int shown = std::max(nsig, 0);
     if (!FastText::tryG(buf, d, shown, style)) [[unlikely]]
-        writeG(buf, d, shown, expChar, style);
+        writeLongG(buf, d, shown, expChar, style);
 }
 
 wchar_t* tqFltToG(double d, int nsig, int expChar, int style) {

@@ -18,9 +18,10 @@ namespace tq::detail {
 /// Digits written at once: what a double needs at most to be read back.
 inline constexpr int kMaxFastDigits = 17;
 
-/// With this many bits of fraction or more, the integer part of a scaled number has 57 bits at most, and nothing of the
-/// product is lost.
-inline constexpr int kMinShift = 7;
+/// Fewer bits of fraction are refused. No number that is to have up to 17 digits has fewer: it is below 10^17, so below
+/// 2^57, and with `shift` bits of fraction its scaled form, which has 62 bits at least, is below 2^(57 + shift). (With
+/// 7, one in 40 random numbers to 17 digits took big integers.) The integer part then has 59 bits at most.
+inline constexpr int kMinShift = 5;
 
 inline constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
 
@@ -54,7 +55,7 @@ struct Rounded {
     bool isKnown;
 };
 
-/// How a scaled number is rounded: v * 10^power, to the nearest integer. Not known when that has more than 57 bits.
+/// How a scaled number is rounded: v * 10^power, to the nearest integer. Not known when that has more than 59 bits.
 using Scaling = Rounded(Normalised v, int power, Rule rule) noexcept;
 
 /// By all 128 bits of the power. Not known only for ties whose power is not exact, such as 25 to one digit, and for 1

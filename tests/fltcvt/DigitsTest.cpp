@@ -89,8 +89,10 @@ TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
             const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
             DigitLayout layout = tq::detail::exactDigits(v, request, digits);
             ASSERT_EQ(laidOut(layout), wanted);
-            if (request.rule != Rule::kOrShorter && tq::detail::tryFixedPointDigits(v, request, digits, layout)) {
-                ASSERT_EQ(laidOut(layout), wanted);
+            for (const auto way : {tq::detail::tryFixedPointDigits, tq::detail::tryLongProductDigits}) {
+                if (request.rule != Rule::kOrShorter && way(v, request, digits, layout)) {
+                    ASSERT_EQ(laidOut(layout), wanted);
+                }
             }
             if (request.kind == DigitRequest::kShortest || request.rule == Rule::kOrShorter)
                 continue;
