@@ -1,5 +1,5 @@
 // Wide text under a format: ours, then the C library's vswprintf, then the formatting library that parses its format as
-// well. Drawing units have no counterpart: beside them the C library prints the pieces, split and rounded beforehand.
+// well. Drawing units have no counterpart: beside them the others print the pieces, split and rounded beforehand.
 
 #include "bench/Registration.h"
 
@@ -21,6 +21,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #if defined(TQ_BENCH_FMT)
@@ -183,9 +184,10 @@ std::vector<Pieces> angles() {
     return all;
 }
 
-template <class Print>
+// What the peers print: the pieces of a length or an angle, under the format of each.
+template <class Arguments>
 void addUnits(const std::string& area, const std::vector<Pieces>& values, int type, std::int16_t mode, int compared,
-              Print print) {
+              const wchar_t* baselineFormat, [[maybe_unused]] const wchar_t* peerFormat, Arguments arguments) {
     add(area, "ours", values, compared, [=](Buffer& buffer, std::size_t i) {
         // Other cases have left their settings.
         if (i == 0) {
@@ -195,37 +197,48 @@ void addUnits(const std::string& area, const std::vector<Pieces>& values, int ty
         }
         return ours(buffer, L"%.30q*", type, values[i].value);
     });
-    add(area, "vswprintf", values, compared, [=](Buffer& buffer, std::size_t i) { return print(buffer, values[i]); });
+    add(area, "vswprintf", values, compared, [=](Buffer& buffer, std::size_t i) {
+        return std::apply([&](auto... pieces) { return baseline(buffer, baselineFormat, pieces...); },
+                          arguments(values[i]));
+    });
+#if defined(TQ_BENCH_FMT)
+    add(area, "fmt", values, compared, [=](Buffer& buffer, std::size_t i) {
+        return std::apply(
+            [&](auto... pieces) {
+                const std::wstring_view format = peerFormat;
+                return static_cast<int>(fmt::format_to_n(buffer.data(), kCapacity, format, pieces...).size);
+            },
+            arguments(values[i]));
+    });
+#else
+    bench::addMissing(area + "/fmt");
+#endif
 }
 
 void addAllUnits() {
     const std::vector<Pieces> length = lengths();
     const std::vector<Pieces> angle = angles();
-    addUnits("units/length scientific", length, kQTypeLength, kLinearScientific, 0,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%.4E", p.value); });
-    addUnits("units/length decimal", length, kQTypeLength, kLinearDecimal, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%.4f", p.value); });
-    addUnits("units/length engineering", length, kQTypeLength, kLinearEngineering, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%d'-%.4f\"", p.outer, p.inner); });
-    addUnits("units/length architectural", length, kQTypeLength, kLinearArchitectural, kCapacity,
-             [](Buffer& b, const Pieces& p) {
-                 return baseline(b, L"%d'-%d %d/%d\"", p.outer, p.middle, p.numerator, p.denominator);
-             });
-    addUnits("units/length fractional", length, kQTypeLength, kLinearFractional, kCapacity,
-             [](Buffer& b, const Pieces& p) {
-                 return baseline(b, L"%d %d/%d", p.outer * 12 + p.middle, p.numerator, p.denominator);
-             });
-    addUnits("units/angle degrees", angle, kQTypeAngle, kAngularDegrees, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%.4f", p.value * 57.29577951308232); });
+    addUnits("units/length scientific", length, kQTypeLength, kLinearScientific, 0, L"%.4E", L"{:.4E}",
+             [](const Pieces& p) { return std::tuple(p.value); });
+    addUnits("units/length decimal", length, kQTypeLength, kLinearDecimal, kCapacity, L"%.4f", L"{:.4f}",
+             [](const Pieces& p) { return std::tuple(p.value); });
+    addUnits("units/length engineering", length, kQTypeLength, kLinearEngineering, kCapacity, L"%d'-%.4f\"",
+             L"{}'-{:.4f}\"", [](const Pieces& p) { return std::tuple(p.outer, p.inner); });
+    addUnits("units/length architectural", length, kQTypeLength, kLinearArchitectural, kCapacity, L"%d'-%d %d/%d\"",
+             L"{}'-{} {}/{}\"",
+             [](const Pieces& p) { return std::tuple(p.outer, p.middle, p.numerator, p.denominator); });
+    addUnits("units/length fractional", length, kQTypeLength, kLinearFractional, kCapacity, L"%d %d/%d", L"{} {}/{}",
+             [](const Pieces& p) { return std::tuple(p.outer * 12 + p.middle, p.numerator, p.denominator); });
+    addUnits("units/angle degrees", angle, kQTypeAngle, kAngularDegrees, kCapacity, L"%.4f", L"{:.4f}",
+             [](const Pieces& p) { return std::tuple(p.value * 57.29577951308232); });
     addUnits("units/angle degrees, minutes, seconds", angle, kQTypeAngle, kAngularDegreesMinutesSeconds, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%dd%d'%d\"", p.outer, p.middle, p.numerator); });
-    addUnits("units/angle grads", angle, kQTypeAngle, kAngularGrads, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%.4fg", p.value * 63.66197723675813); });
-    addUnits("units/angle radians", angle, kQTypeAngle, kAngularRadians, kCapacity,
-             [](Buffer& b, const Pieces& p) { return baseline(b, L"%.4fr", p.value); });
-    addUnits("units/angle surveyor", angle, kQTypeAngle, kAngularSurveyor, 0, [](Buffer& b, const Pieces& p) {
-        return baseline(b, L"N %dd%d'%d\" E", 89 - p.outer, 59 - p.middle, 59 - p.numerator);
-    });
+             L"%dd%d'%d\"", L"{}d{}'{}\"", [](const Pieces& p) { return std::tuple(p.outer, p.middle, p.numerator); });
+    addUnits("units/angle grads", angle, kQTypeAngle, kAngularGrads, kCapacity, L"%.4fg", L"{:.4f}g",
+             [](const Pieces& p) { return std::tuple(p.value * 63.66197723675813); });
+    addUnits("units/angle radians", angle, kQTypeAngle, kAngularRadians, kCapacity, L"%.4fr", L"{:.4f}r",
+             [](const Pieces& p) { return std::tuple(p.value); });
+    addUnits("units/angle surveyor", angle, kQTypeAngle, kAngularSurveyor, 0, L"N %dd%d'%d\" E", L"N {}d{}'{}\" E",
+             [](const Pieces& p) { return std::tuple(89 - p.outer, 59 - p.middle, 59 - p.numerator); });
 }
 
 const bool kRegistered = [] {

@@ -141,19 +141,24 @@ private:
     }
 
     void writeSplit(const Split& split) {
-        m_writer.putInteger(split.degrees);
+        tq::detail::UnitWriter writer = m_writer; // A copy, which stays in registers.
+        writer.putInteger(split.degrees);
         if ((m_flags & kQFlagDrawingText) != 0)
-            m_writer.put(tq::detail::kDegreeEscape);
+            writer.put(tq::detail::kDegreeEscape);
         else
-            m_writer.put(L'd');
+            writer.put(L'd');
         if (split.precision > 0) {
-            m_writer.putInteger(split.minutes);
-            m_writer.put(L'\'');
+            writer.putInteger(split.minutes);
+            writer.put(L'\'');
         }
         if (split.precision >= kSecondsPrecision) {
-            m_writer.putFixed(split.seconds, std::max(split.precision - kSecondDecimalsFrom, 0));
-            m_writer.put(tq::detail::kInchMark);
+            if (split.precision > kSecondDecimalsFrom)
+                writer.putFixed(split.seconds, split.precision - kSecondDecimalsFrom);
+            else
+                writer.putWhole(split.seconds);
+            writer.put(tq::detail::kInchMark);
         }
+        m_writer = writer;
     }
 
     tq::detail::UnitWriter& m_writer;

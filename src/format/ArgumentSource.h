@@ -42,11 +42,15 @@ public:
 
     /// Collects the parameters when the format has positions. False when there is no memory for them.
     bool collect(const wchar_t* format, va_list args) {
-        // A dollar sign is what makes a position; most formats are short and have none.
-        const wchar_t* p = format;
-        while (*p != L'$' && *p != L'\0')
-            ++p;
-        return *p == L'\0' || collectPositions(format, args);
+        // A dollar sign is what makes a position; most formats are short and have none. Few characters are as low.
+        for (const wchar_t* p = format;; ++p) {
+            if (static_cast<std::uint32_t>(*p) > std::uint32_t{L'$'}) [[likely]]
+                continue;
+            if (*p == L'\0')
+                return true;
+            if (*p == L'$')
+                return collectPositions(format, args);
+        }
     }
 
     bool positional() const { return m_positional; }

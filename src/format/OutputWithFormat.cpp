@@ -182,6 +182,13 @@ bool putDirective(WideOutput& output, const Directive& directive, const wchar_t*
     return writer.putText(text);
 }
 
+// The same for an integer letter right after the percent sign: no width, no precision, and the first argument where
+// there are positions.
+bool putLoneInteger(WideOutput& output, const LetterKind& kind, ArgumentSource& arguments) {
+    const IntegerText text = formatLongUtil(kind, 1, arguments, false, 0);
+    return output.putNumber(text.count(), [text](wchar_t* out) { text.write(out); });
+}
+
 } // namespace
 
 } // namespace tq::detail
@@ -205,6 +212,13 @@ int OutputWithFormat(wchar_t** out, int capacity, const wchar_t* format, va_list
         if (*p == L'\0')
             return finish(output.written());
         ++p;
+        // "%d" takes 45 instructions less so.
+        if (const LetterKind& kind = *kindOf(*p); kind.base != 0) {
+            ++p;
+            if (!putLoneInteger(output, kind, arguments))
+                return finish(-1);
+            continue;
+        }
         const Directive directive = parseDirective(p, arguments.positional());
         if (directive.letter == L'\0')
             return finish(output.written());
