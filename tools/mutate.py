@@ -35,7 +35,7 @@ TESTS = {
     "containers": ["test_containers", "test_faults", "test_interface"],
     "codepage": ["test_codepage", "docs.text", "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape",
                  "replay_text_iterator", "docs.limits", "test_faults"],
-    "fltcvt": ["test_fltcvt", "replay_number", "test_format", "docs.limits", "test_faults"],
+    "fltcvt": ["test_fltcvt", "replay_number", "test_format", "docs.limits", "test_faults", "memory_exit_probe"],
     "format": ["test_format", "docs.units", "docs.text", "replay_format_output", "replay_scan_input", "docs.limits",
                "test_faults"],
     "stream": ["test_stream", "test_faults", "test_interface", "replay_path_split", "test_base"],
@@ -112,7 +112,7 @@ def candidates(room: str) -> list:
 
 
 def limit() -> None:
-    resource.setrlimit(resource.RLIMIT_AS, (64 << 30, 64 << 30))
+    resource.setrlimit(resource.RLIMIT_AS, (1 << 40, 1 << 40))  # every heap of a thread reserves addresses
     resource.setrlimit(resource.RLIMIT_FSIZE, (32 << 30, 32 << 30))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     os.nice(5)

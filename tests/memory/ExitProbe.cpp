@@ -1,12 +1,17 @@
-// A program whose static objects use the heap before it is built and after it is gone. Ends with 0 when that works.
+// A program whose static objects allocate and convert numbers before the heap and the allocator of digits are built and
+// after they are gone. Ends with 0 when that works.
 
 #include "platform/StaticInit.h"
 
+#include <TqOsBase/fltcvt/StrToD.h>
+#include <TqOsBase/fltcvt/TqGdImpl.h>
 #include <TqOsBase/memory/Allocation.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -17,36 +22,47 @@ void require(bool holds, const char* what) {
     }
 }
 
+// Numbers that need big integers.
+void convert() {
+    int point = 0;
+    int sign = 0;
+    const std::string digits = TqGdImpl::dtoa(5e-324, 2, 2000, &point, &sign, nullptr);
+    require(point == -323 && digits.size() == 751 && digits.starts_with("49406564584124654417"), "the smallest double");
+    const std::string aboveTheMiddle = "9007199254740993." + std::string(900, '0') + "1";
+    require(tqStrToD(aboveTheMiddle.c_str(), nullptr) == 9007199254740994, "a number of many digits");
+}
+
 // Holds blocks of every kind from its construction to its destruction.
 class Holder {
 public:
-    explicit Holder(bool outlivesHeap) : m_outlivesHeap(outlivesHeap) {
+    explicit Holder(bool outlivesAll) : m_outlivesAll(outlivesAll) {
         for (std::size_t i = 0; i < kCount; ++i) {
             m_blocks[i] = static_cast<char*>(i % 9 == 8 ? tqAllocPageHeap(size(i)) : tqMalloc(size(i)));
             std::memset(m_blocks[i], static_cast<int>(i), size(i));
         }
+        convert();
     }
     Holder(const Holder&) = delete;
     Holder& operator=(const Holder&) = delete;
 
     ~Holder() {
+        require((G_Pow5Data == nullptr) == m_outlivesAll, "the cache of powers is there, or gone");
+        require((tqFCvtAllocator()->m_cursor == nullptr) == m_outlivesAll, "and so is the cursor");
+        convert();
+        m_blocks[1] = static_cast<char*>(tqRealloc(m_blocks[1], 4000));
         for (std::size_t i = 0; i < kCount; ++i) {
-            require(isIntact(m_blocks[i], i, size(i)), "contents at the end");
+            const auto isIntact = [i](char c) { return c == static_cast<char>(i); };
+            require(std::all_of(m_blocks[i], m_blocks[i] + size(i), isIntact), "contents at the end");
             require(tqMsize(m_blocks[i]) >= size(i), "size at the end");
-        }
-        auto* const moved = static_cast<char*>(tqRealloc(m_blocks[1], 4000));
-        require(isIntact(moved, 1, size(1)), "reallocation at the end");
-        m_blocks[1] = moved;
-        for (std::size_t i = 0; i < kCount; ++i)
             tqFree(m_blocks[i]);
-        char* const fresh = static_cast<char*>(tqMalloc(9)); // 16 bytes from a pool, from no one else
-        require((tqMsize(fresh) == 16) != m_outlivesHeap, m_outlivesHeap ? "the heap is gone" : "the heap is there");
-        std::memset(fresh, 1, 9);
+        }
+        void* const fresh = std::memset(tqMalloc(9), 1, 9); // 16 bytes from a pool, from no one else
+        require((tqMsize(fresh) == 16) != m_outlivesAll, m_outlivesAll ? "the heap is gone" : "the heap is there");
         tqFree(fresh);
         void* const unit = tqAllocPage();
         require(unit != nullptr, "a page unit at the end");
         tqFreePage(unit);
-        std::printf(m_outlivesHeap ? "after the heap\n" : "before the heap\n");
+        std::printf(m_outlivesAll ? "after the heap\n" : "before the end of the heap\n");
         std::fflush(stdout);
     }
 
@@ -55,14 +71,7 @@ private:
 
     static std::size_t size(std::size_t i) { return i % 9 == 8 ? 4096 * (1 + i % 5) : 1 + i * 7 % 600; }
 
-    static bool isIntact(const char* block, std::size_t i, std::size_t length) {
-        for (std::size_t k = 0; k < length; ++k)
-            if (block[k] != static_cast<char>(i))
-                return false;
-        return true;
-    }
-
-    bool m_outlivesHeap;
+    bool m_outlivesAll;
     char* m_blocks[kCount];
 };
 
@@ -76,5 +85,6 @@ int main() {
     static const Holder inner(false);
     void* const block = tqMalloc(9);
     require(tqMsize(block) == 16, "the heap serves main");
+    require(G_Pow5Data != nullptr && G_Pow5Data->words[0] == 625, "the cache of powers in main");
     tqFree(block);
 }
