@@ -1,11 +1,7 @@
 #include "base/CharacterClass.h"
 #include "base/FileName.h"
 #include "base/Utf8.h"
-#include "reference/GuardedBuffer.h"
-#include "reference/Locales.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/stream/WideName.h>
 
 namespace {
 

@@ -1,9 +1,4 @@
-#include "reference/Locales.h"
-#include "reference/TempFolder.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/codepage/Bigfont.h>
-#include <TqOsBase/codepage/TqCharMapper.h>
 
 namespace {
 

@@ -7,12 +7,6 @@
 #include "reference/Checksum.h"
 #include "reference/Testing.h"
 
-#include <TqOsBase/codepage/LmCodePage.h>
-#include <TqOsBase/codepage/TqCharCategory.h>
-#include <TqOsBase/codepage/TqCharConverter.h>
-#include <TqOsBase/codepage/TqCharMapper.h>
-#include <TqOsBase/codepage/TqCodePageMapper.h>
-
 namespace {
 
 using reference::Checksum;

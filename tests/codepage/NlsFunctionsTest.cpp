@@ -1,8 +1,4 @@
-#include "reference/Locales.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/codepage/NlsFunctions.h>
-#include <TqOsBase/codepage/TqCharOp.h>
 
 static_assert(std::is_unsigned_v<LCID> && sizeof(LCID) == 4);
 

@@ -1,11 +1,7 @@
 #include "codepage/Escapes.h"
 #include "codepage/TextKernels.h"
-#include "reference/GuardedBuffer.h"
 #include "reference/KernelChoice.h"
-#include "reference/Testing.h"
 #include "reference/TextConversionReference.h"
-
-#include <TqOsBase/codepage/TqCharMapper.h>
 
 namespace {
 

@@ -1,8 +1,4 @@
-#include "reference/GuardedBuffer.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/codepage/TqAnsiTextIterator.h>
-#include <TqOsBase/codepage/TqCharMapper.h>
 
 namespace {
 

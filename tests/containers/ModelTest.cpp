@@ -2,12 +2,6 @@
 // plays this too: there it is not operator new alone that fails.
 #include "reference/ModelPlay.h"
 
-#include <TqOsBase/containers/CMapStringToPtr.h>
-#include <TqOsBase/containers/CStringArray.h>
-#include <TqOsBase/containers/CStringList.h>
-#include <TqOsBase/containers/TqStringA.h>
-#include <TqOsBase/containers/TqVector.h>
-
 namespace {
 
 using reference::Operation;

@@ -1,12 +1,10 @@
 // The collections in range-based for and in algorithms, and filled from lists in braces.
 
+#include "reference/Testing.h"
+
 #include <TqOsBase/containers/Range.h>
 
-#include <algorithm>
-#include <gtest/gtest.h>
 #include <iterator>
-#include <string>
-#include <utility>
 
 namespace {
 

@@ -1,13 +1,6 @@
 // What random operations do not show: when storage grows, is shared and goes, and what is refused.
 #include "reference/ModelPlay.h"
 
-#include <TqOsBase/containers/CMapStringToPtr.h>
-#include <TqOsBase/containers/CMapStringToString.h>
-#include <TqOsBase/containers/CStringArray.h>
-#include <TqOsBase/containers/CStringList.h>
-#include <TqOsBase/containers/TqStringA.h>
-#include <TqOsBase/containers/TqVector.h>
-
 namespace {
 
 using counting_new::liveArrays;

@@ -1,9 +1,4 @@
-#include "reference/Locales.h"
-#include "reference/TempFolder.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/crtcompat/EnvironmentFunctions.h>
-#include <TqOsBase/crtcompat/FileFunctions.h>
 
 namespace {
 

@@ -1,7 +1,4 @@
-#include "reference/GuardedBuffer.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/crtcompat/PrintfFunctions.h>
 
 namespace {
 

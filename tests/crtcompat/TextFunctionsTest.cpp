@@ -1,13 +1,6 @@
 // Narrow and wide text, and the numbers in it.
 
-#include "reference/GuardedBuffer.h"
-#include "reference/Locales.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/crtcompat/MultibyteFunctions.h>
-#include <TqOsBase/crtcompat/NumberFunctions.h>
-#include <TqOsBase/crtcompat/SecureFunctions.h>
-#include <TqOsBase/crtcompat/StringFunctions.h>
 
 #include <csignal>
 

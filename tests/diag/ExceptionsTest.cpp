@@ -1,8 +1,5 @@
 #include "reference/Testing.h"
 
-#include <TqOsBase/diag/Exceptions.h>
-#include <TqOsBase/diag/TqLock.h>
-
 namespace {
 
 constexpr auto kStatus = static_cast<Lumo::ErrorStatus>(364);

@@ -1,8 +1,4 @@
-#include "reference/Locales.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/diag/TqAsserter.h>
-#include <TqOsBase/diag/TqTracer.h>
 
 namespace {
 

@@ -1,11 +1,7 @@
 // Where C libraries differ: the locale of the process and the wide printf functions as other systems have them. The
 // linker leads the library's calls here.
 #include "base/FileName.h"
-#include "reference/GuardedBuffer.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/crtcompat/PrintfFunctions.h>
-#include <TqOsBase/diag/Exceptions.h>
 
 #include <cstdarg>
 

@@ -1,9 +1,6 @@
 #include "faults/FailingCalls.h"
 #include "reference/CountingNew.h"
-#include "reference/Testing.h"
 #include "stream/StreamTest.h"
-
-#include <TqOsBase/stream/OpenStream.h>
 
 #include <csignal>
 

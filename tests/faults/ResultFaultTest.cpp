@@ -2,10 +2,7 @@
 #include "reference/CountingNew.h"
 #include "reference/Testing.h"
 
-#include <TqOsBase/TqOsBase.h>
-
 #include <cstdarg>
-#include <thread>
 
 namespace {
 

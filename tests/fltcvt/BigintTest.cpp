@@ -3,10 +3,6 @@
 #include "fltcvt/UInt128.h"
 #include "reference/Testing.h"
 
-#include <TqOsBase/fltcvt/FloatText.h>
-#include <TqOsBase/fltcvt/StrToD.h>
-#include <TqOsBase/fltcvt/TqGdImpl.h>
-
 namespace {
 
 using Impl = TqGdImpl;

@@ -3,9 +3,6 @@
 #include "fltcvt/RoundedDecimal.h"
 #include "reference/Checksum.h"
 #include "reference/ExactDecimal.h"
-#include "reference/Testing.h"
-
-#include <TqOsBase/fltcvt/TqGdImpl.h>
 
 namespace {
 

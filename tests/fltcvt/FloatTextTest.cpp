@@ -1,11 +1,6 @@
 #include "NumberVectors.h"
 #include "fltcvt/CvtFormatter.h"
-#include "reference/GuardedBuffer.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/fltcvt/FloatText.h>
-#include <TqOsBase/fltcvt/StrToD.h>
-#include <TqOsBase/memory/Allocation.h>
 
 namespace {
 

@@ -1,10 +1,6 @@
 #include "NumberVectors.h"
 #include "fltcvt/SwarDigits.h"
 #include "reference/ExactDecimal.h"
-#include "reference/GuardedBuffer.h"
-#include "reference/Testing.h"
-
-#include <TqOsBase/fltcvt/StrToD.h>
 
 namespace {
 

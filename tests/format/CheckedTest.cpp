@@ -1,11 +1,9 @@
 // Formats checked at compile time: what fits compiles and writes what the engine writes. What does not fit is in
 // checked_faults.cpp.
 
-#include <TqOsBase/containers/CStdStr.h>
-#include <TqOsBase/format/Checked.h>
+#include "reference/Testing.h"
 
-#include <gtest/gtest.h>
-#include <string>
+#include <TqOsBase/format/Checked.h>
 
 namespace {
 

@@ -5,11 +5,6 @@
 #include "format/FormatProbe.h"
 #include "reference/ScanInput.h"
 
-#include <TqOsBase/fltcvt/FloatText.h>
-#include <TqOsBase/fltcvt/StrToD.h>
-#include <TqOsBase/format/LumoAppUnitSets.h>
-#include <TqOsBase/format/QMode.h>
-
 #include <cfenv>
 #if defined(__x86_64__)
 #include <xmmintrin.h>

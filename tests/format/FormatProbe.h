@@ -2,8 +2,6 @@
 
 #include "reference/Testing.h"
 
-#include <TqOsBase/format/FormatUtil.h>
-
 namespace probe {
 
 /// The text that the engine writes; the test fails unless the result is its length.

@@ -1,5 +1,4 @@
 #include "format/FormatProbe.h"
-#include "reference/GuardedBuffer.h"
 #include "reference/ScanInput.h"
 
 namespace {

@@ -4,8 +4,6 @@
 #include "format/FormatProbe.h"
 #include "reference/ExactDecimal.h"
 
-#include <TqOsBase/format/OutputWithFormat.h>
-
 namespace {
 
 using probe::format;

@@ -1,10 +1,8 @@
 // The directive grammar of the output engine, its padding, its failures, and arguments by position.
 
 #include "format/FormatProbe.h"
-#include "reference/GuardedBuffer.h"
 
 #include <TqOsBase/format/Directive.h>
-#include <TqOsBase/format/OutputWithFormat.h>
 
 namespace {
 

@@ -3,10 +3,6 @@
 #include "format/AngleText.h"
 #include "format/FormatProbe.h"
 #include "format/LengthText.h"
-#include "reference/GuardedBuffer.h"
-
-#include <TqOsBase/format/LumoAppUnitSets.h>
-#include <TqOsBase/format/QMode.h>
 
 namespace {
 

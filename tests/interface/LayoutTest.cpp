@@ -1,10 +1,7 @@
 // What callers are compiled for and the stored interface (abi/) does not show: the sizes on every system, and what the
 // members that callers read directly hold. The order of members and of virtual functions stands there.
 
-#include "reference/TempFolder.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/TqOsBase.h>
 
 namespace {
 

@@ -3,8 +3,6 @@
 #include "memory/HeapCheck.h"
 #include "reference/Testing.h"
 
-#include <TqOsBase/memory/Allocation.h>
-
 namespace heap_test {
 
 using tq::detail::g_tqGlobalHeap;

@@ -3,8 +3,6 @@
 
 #include "HeapFixture.h"
 
-#include <TqOsBase/memory/HeapReport.h>
-
 namespace {
 
 using namespace heap_test;

@@ -1,7 +1,5 @@
 #include "HeapFixture.h"
 
-#include <TqOsBase/memory/HeapReport.h>
-
 namespace {
 
 using namespace heap_test;

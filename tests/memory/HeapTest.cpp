@@ -1,8 +1,6 @@
 #include "HeapFixture.h"
 #include "platform/VirtualMemory.h"
 
-#include <TqOsBase/memory/HeapReport.h>
-
 namespace {
 
 using namespace heap_test;

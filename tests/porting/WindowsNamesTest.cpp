@@ -1,14 +1,8 @@
-#include "reference/GuardedBuffer.h"
-#include "reference/Locales.h"
-#include "reference/TempFolder.h"
 #include "reference/Testing.h"
 
-#include <TqOsBase/diag/TqTracer.h>
 #include <TqOsBase/porting/WindowsNames.h>
 
 #include <chrono>
-#include <filesystem>
-#include <memory>
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include "reference/Testing.h"
 
 namespace reference {
 

@@ -1,7 +1,9 @@
 #pragma once
 
 /// \file
-/// GoogleTest, and what the tests use of the standard library and of POSIX.
+/// GoogleTest, the public headers, and what the tests share: folders, locales, and memory that ends at a guard page.
+
+#include <TqOsBase/TqOsBase.h>
 
 #include <algorithm>
 #include <bit>
@@ -28,11 +30,95 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
 #include <tuple>
-#include <unistd.h>
+#include <unistd.h> // mkdtemp, on macOS
 #include <utility>
 #include <vector>
+
+namespace reference {
+
+#if defined(__APPLE__)
+/// A locale of this system whose encoding is UTF-8, for all categories.
+inline constexpr const char* kUtf8Locale = "en_US.UTF-8";
+/// The one that the library makes the process's own, for characters alone.
+inline constexpr const char* kUtf8Characters = "UTF-8";
+#else
+inline constexpr const char* kUtf8Locale = "C.UTF-8";
+inline constexpr const char* kUtf8Characters = "C.UTF-8";
+#endif
+
+/// A fresh folder that goes with the object.
+class TempFolder {
+public:
+    TempFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "tqtestXXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr)
+            std::abort();
+        m_path = pattern;
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+
+    std::string path(const std::string& name) const { return (m_path / name).string(); }
+    /// The folder's own path is ASCII; the name may be anything.
+    std::wstring wide(const std::wstring& name) const { return m_path.wstring() + L"/" + name; }
+    std::wstring wide(const std::string& name) const { return wide(std::wstring(name.begin(), name.end())); }
+    void write(const std::string& name, const std::string& content) const {
+        std::ofstream(path(name), std::ios::binary) << content;
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// Memory whose last element borders on a page that cannot be touched: reading or writing one element too far ends the
+/// test. One buffer serves many texts in turn.
+template <class T>
+class GuardedBuffer {
+public:
+    explicit GuardedBuffer(std::size_t capacity) {
+        const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+        m_usable = (capacity * sizeof(T) + page - 1) / page * page;
+        m_size = m_usable + page;
+        void* memory = ::mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED)
+            std::abort();
+        m_memory = static_cast<char*>(memory);
+        if (::mprotect(m_memory + m_usable, page, PROT_NONE) != 0)
+            std::abort();
+    }
+    GuardedBuffer(const GuardedBuffer&) = delete;
+    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+    ~GuardedBuffer() { ::munmap(m_memory, m_size); }
+
+    /// The last `count` elements before the guard.
+    T* last(std::size_t count) {
+        if (count * sizeof(T) > m_usable)
+            std::abort();
+        return reinterpret_cast<T*>(m_memory + m_usable) - count;
+    }
+
+    /// A copy of `count` elements that ends at the guard.
+    const T* place(const T* data, std::size_t count) {
+        T* copy = last(count);
+        if (count != 0)
+            std::memcpy(copy, data, count * sizeof(T));
+        return copy;
+    }
+
+private:
+    char* m_memory = nullptr;
+    std::size_t m_usable = 0;
+    std::size_t m_size = 0;
+};
+
+} // namespace reference

@@ -1,7 +1,5 @@
 #include "stream/StreamTest.h"
 
-#include <TqOsBase/stream/OpenStream.h>
-
 namespace {
 
 using namespace streamtest;

@@ -1,8 +1,5 @@
 #include "stream/StreamTest.h"
 
-#include <TqOsBase/diag/TqTracer.h>
-#include <TqOsBase/stream/OpenStream.h>
-
 namespace {
 
 using namespace streamtest;

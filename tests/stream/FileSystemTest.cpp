@@ -1,7 +1,4 @@
-#include "reference/Locales.h"
 #include "stream/StreamTest.h"
-
-#include <TqOsBase/stream/TqFileSystem.h>
 
 #include <sys/socket.h>
 #include <sys/un.h>

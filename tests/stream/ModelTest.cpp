@@ -3,8 +3,6 @@
 #include "reference/ModelPlay.h"
 #include "stream/StreamTest.h"
 
-#include <TqOsBase/stream/TqFlatMemBuf.h>
-
 namespace {
 
 using namespace streamtest;

@@ -1,9 +1,5 @@
 // What paths are split into, whatever their slashes and full stops, is for fuzz/PathSplitFuzz.cpp.
-#include "reference/GuardedBuffer.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/stream/PathFunctions.h>
-#include <TqOsBase/stream/TqPathMaker.h>
 
 namespace {
 

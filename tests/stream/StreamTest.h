@@ -1,10 +1,6 @@
 #pragma once
 
-#include "reference/TempFolder.h"
 #include "reference/Testing.h"
-
-#include <TqOsBase/diag/Exceptions.h>
-#include <TqOsBase/stream/FileStreamBuf.h>
 
 namespace streamtest {
 
