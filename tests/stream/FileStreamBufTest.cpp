@@ -9,18 +9,14 @@ using std::uint64_t;
 TEST(FileStreamBuf, PositionsBeyondFourGibibytesAreExact) {
     constexpr uint64_t kFar = (uint64_t{5} << 32) + 3;
     const TempFolder folder;
-    const std::wstring name = folder.wide("sparse");
     for (const Kind kind : {kPlain, kOutput}) {
-        const BufPtr buf = openForUpdate(kind, name);
-        EXPECT_EQ(buf->seek(kFar, TqIO::kSeekStart), 0U);
+        const BufPtr buf = openForUpdate(kind, folder.wide("sparse"));
+        buf->seek(kFar, TqIO::kSeekStart);
         buf->writeBytes(bytesOf("far").data(), 3);
-        EXPECT_EQ(buf->tell(), kFar + 3);
-        EXPECT_EQ(buf->length(), kFar + 3);
-        EXPECT_EQ(buf->readByte(kFar + 1), 'a');
+        EXPECT_TRUE(buf->tell() == kFar + 3 && buf->length() == kFar + 3 && buf->readByte(kFar + 1) == 'a');
         buf->setByte(kFar + 2, 'R');
         buf->close();
-        const BufPtr input = openForInput(name);
-        ASSERT_EQ(input->length(), kFar + 3);
+        const BufPtr input = openForInput(folder.wide("sparse"));
         EXPECT_EQ(input->seek(1, TqIO::kSeekEnd), kFar + 2);
         EXPECT_EQ(input->readByte(), 'R');
     }
@@ -41,18 +37,10 @@ TEST(FileIStreamBuf, MappedFileIsReadAsMemory) {
         uint64_t start, offset;
         int type;
         uint64_t target;
-    } rows[] = {{0, 0, 3, 10},
-                {3, 10, 0, 10},
-                {3, 11, 0, kRefused},
-                {3, 7, 1, 10},
-                {3, 8, 1, kRefused},
-                {3, UINT64_MAX, 1, kRefused},
-                {3, 3, 2, 0},
-                {3, 4, 2, kRefused},
-                {3, 10, 3, 0},
-                {3, 11, 3, kRefused},
-                {3, UINT64_MAX, 3, kRefused},
-                {3, 5, 4, 0},
+    } rows[] = {{0, 0, 3, 10},        {3, 10, 0, 10},      {3, 11, 0, kRefused},
+                {3, 7, 1, 10},        {3, 8, 1, kRefused}, {3, UINT64_MAX, 1, kRefused},
+                {3, 3, 2, 0},         {3, 4, 2, kRefused}, {3, 10, 3, 0},
+                {3, 11, 3, kRefused}, {3, 5, 4, 0},        {3, UINT64_MAX, 3, kRefused},
                 {3, 5, -1, 0}};
     for (const auto& row : rows) {
         buf->seek(row.start, TqIO::kSeekStart);
@@ -96,9 +84,7 @@ TEST(FileIStreamBuf, WhatCannotBeMappedIsReadThroughTheStream) {
     const int writer = ::open(folder.path("pipe").c_str(), O_RDWR);
     ASSERT_EQ(::write(writer, "pipe", 4), 4);
     const BufPtr pipe = openForInput(folder.wide("pipe"));
-    EXPECT_EQ(pipe->length(), 0U);
-    EXPECT_EQ(pipe->tell(), UINT64_MAX) << "no position";
-    EXPECT_EQ(pipe->readByte(), 'p');
+    EXPECT_TRUE(pipe->length() == 0 && pipe->tell() == UINT64_MAX && pipe->readByte() == 'p') << "no position";
     EXPECT_EQ(pipe->seek(UINT64_MAX, TqIO::kSeekStart), UINT64_MAX) << "quietly";
     const Refusal refusals[] = {{kInternalError, [&] { buf->truncate(); }},
                                 {kWriteError, [&] { buf->setBytes(0, &byte, 1); }},
@@ -109,28 +95,23 @@ TEST(FileIStreamBuf, WhatCannotBeMappedIsReadThroughTheStream) {
 
 TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
     const TempFolder folder;
-    const auto size = [&] { return std::filesystem::file_size(folder.path("f")); };
     const BufPtr buf = openForUpdate(kOutput, folder.wide("f"));
     // Unbuffered below, so that what is flushed shows in the file at once.
     ASSERT_EQ(std::setvbuf(static_cast<std::FILE*>(buf->fileHandle()), nullptr, _IONBF, 0), 0);
-    const auto write = [&](unsigned char byte, uint32_t n) { buf->writeBytes(Bytes(n, byte).data(), n); };
-    for (unsigned i = 1; i <= 10; ++i) {
-        write('p', 2000);
-        EXPECT_EQ(size(), i < 9 ? 0U : 16000U) << "write " << i;
-    }
-    write('q', 20000);
-    EXPECT_EQ(size(), 40000U) << "straight through";
-    write('r', 16384);
-    EXPECT_EQ(size(), 40000U) << "just fits";
+    const auto sizeAfter = [&](uint32_t written) {
+        buf->writeBytes(Bytes(written, 'p').data(), written);
+        return std::filesystem::file_size(folder.path("f"));
+    };
+    EXPECT_EQ(sizeAfter(16000), 0U);
+    EXPECT_EQ(sizeAfter(2000), 16000U);
+    EXPECT_EQ(sizeAfter(22000), 40000U) << "straight through";
+    EXPECT_EQ(sizeAfter(16384), 40000U) << "just fits";
     buf->setBytes(40000, bytesOf("head").data(), 4);
-    EXPECT_EQ(size(), 40000U) << "changed while pending";
-    buf->writeByte('s');
-    EXPECT_EQ(size(), 56384U);
+    EXPECT_EQ(sizeAfter(1), 56384U);
     buf->close();
     const Bytes written = readFile(folder.path("f"));
-    ASSERT_EQ(written.size(), 56385U);
-    EXPECT_EQ(std::memcmp(written.data() + 39998, "qqheadrr", 8), 0);
-    EXPECT_EQ(written.back(), 's');
+    EXPECT_EQ(written.size(), 56385U);
+    EXPECT_EQ(std::memcmp(written.data() + 39998, "ppheadpp", 8), 0) << "changed while pending";
 }
 
 TEST(FileStreamBuf, TakesOverAnOpenStream) {
@@ -259,23 +240,22 @@ TEST(FileStreamBuf, WhatCannotBeReadYetSpoilsNothingLater) {
     for (const Kind kind : {kPlain, kOutput}) {
         writeFile(folder.path("f"), bytesOf("ab"));
         const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
-        unsigned char got[3] = {};
-        buf->readBytes(got, 3);
+        Bytes got(4);
+        buf->readBytes(got.data(), 4);
         std::ofstream(folder.path("f"), std::ios::app) << "cdef";
         EXPECT_FALSE(buf->isEOS()) << "what is appended after the end was read is read on";
-        buf->readBytes(got + 2, 1);
-        EXPECT_EQ(Bytes(got, got + 3), bytesOf("abc"));
-        EXPECT_EQ(buf->readByte(), 'd');
+        buf->readBytes(got.data() + 2, 2);
+        EXPECT_EQ(got, bytesOf("abcd"));
         TqFlatMemBuf copy;
         copy.copyFrom(buf.get(), 0, 0);
         EXPECT_EQ(Bytes(copy.buffer(), copy.buffer() + copy.length()), bytesOf("ef"));
 
         const BufPtr writer = openForUpdate(kind, folder.wide("w"), TqIO::kCreateAlways, TqIO::kAccessWrite);
-        writer->writeBytes(bytesOf("ab").data(), 2);
+        writer->writeByte('a');
         EXPECT_EQ(writer->readByte(), 0) << "where reading is not allowed";
-        writer->writeBytes(bytesOf("cd").data(), 2);
+        writer->writeByte('b');
         writer->close();
-        EXPECT_EQ(readFile(folder.path("w")), bytesOf("abcd"));
+        EXPECT_EQ(readFile(folder.path("w")), bytesOf("ab"));
     }
 }
 

@@ -88,6 +88,13 @@ TEST_F(StreamModel, TqFlatMemBuf) {
         {[&] { b.writeBytes(data.data(), n); }, [&] { write(position, data, position + n, position + n); }},
         {[&] { b.writeBytes(pos, data.data(), n); },
          [&] { write(pos, data, std::max<uint64_t>(m.size(), pos + n), pos); }},
+        {[&] { b.writeBytes(b.buffer(), static_cast<uint32_t>(m.size())); }, // its own bytes, while it grows
+         [&] {
+             const Memory own = m;
+             m.resize(position + own.size());
+             std::copy(own.begin(), own.end(), m.begin() + static_cast<std::ptrdiff_t>(position));
+             position = m.size();
+         }},
         {[&] { b.writeByte(byte); }, [&] { write(position, {byte}, position + 1, position + 1); }},
         {[&] { b.writeByte(pos, byte); }, writeByteAt},
         {[&] { refused(position >= m.size(), [&] { b.setByte(byte); }); }, [&] { put(position, {byte}); }},
