@@ -48,20 +48,13 @@ void* map(void* address, std::size_t size, int rights, int flags, int file, off_
     return reinterpret_cast<void*>(::syscall(SYS_mmap, address, size, rights, flags, file, offset));
 }
 
-// Where the system likes, as far as the start of a page lies there: what is too much at both ends goes back.
+// Where the system likes, as far as the start of a page lies there. What is too much at both ends stays without rights.
 void* mapAnywhere(std::size_t size, int rights, int flags, int file, off_t offset) {
-    const std::size_t roomSize = size + pageBytes();
-    void* const room = map(nullptr, roomSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    void* const room = map(nullptr, size + pageBytes(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (room == MAP_FAILED)
         return room;
-    const std::size_t before = wholePages(offsetInPage(room)) - offsetInPage(room);
-    char* const start = static_cast<char*>(room) + before;
-    void* const mapping = map(start, size, rights, flags | MAP_FIXED, file, offset);
-    if (before != 0)
-        ::syscall(SYS_munmap, room, before);
-    const std::size_t kept = mapping == MAP_FAILED ? 0 : size;
-    ::syscall(SYS_munmap, start + kept, roomSize - before - kept);
-    return mapping;
+    char* const start = static_cast<char*>(room) + wholePages(offsetInPage(room)) - offsetInPage(room);
+    return map(start, size, rights, flags | MAP_FIXED, file, offset);
 }
 
 } // namespace
@@ -75,7 +68,6 @@ int protectPages(void* address, std::size_t size, int rights) __asm__("mprotect"
 int advisePages(void* address, std::size_t size, int advice) __asm__("madvise");
 int tellResidence(void* address, std::size_t size, unsigned char* states) __asm__("mincore");
 long tellSetting(int name) __asm__("sysconf");
-int tellPageSize() __asm__("getpagesize");
 
 void* mapPages(void* address, std::size_t size, int rights, int flags, int file, off_t offset) {
     const bool isFixed = (flags & (MAP_FIXED | MAP_FIXED_NOREPLACE)) != 0;
@@ -123,10 +115,6 @@ long tellSetting(int name) {
     using Sysconf = long (*)(int);
     static const auto real = reinterpret_cast<Sysconf>(::dlsym(RTLD_NEXT, "sysconf"));
     return name == _SC_PAGESIZE ? static_cast<long>(pageBytes()) : real(name);
-}
-
-int tellPageSize() {
-    return static_cast<int>(pageBytes());
 }
 
 } // extern "C"

@@ -1,6 +1,7 @@
 // Loads the shared library, whose path it is given, under conditions that a test program cannot set up for itself.
 // Usage: memory_load_probe <library> plain|taken|limit. Ends with 0 when the library behaves.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -24,20 +25,16 @@ struct Library {
     std::size_t (*sizeOf)(void*);
 };
 
-[[noreturn]] void fail(const char* what) {
-    std::fprintf(stderr, "failed: %s\n", what);
-    std::_Exit(1);
-}
-
 void require(bool holds, const char* what) {
-    if (!holds)
-        fail(what);
+    if (!holds) {
+        std::fprintf(stderr, "failed: %s\n", what);
+        std::_Exit(1);
+    }
 }
 
 Library load(const char* path) {
     void* const handle = ::dlopen(path, RTLD_NOW);
-    if (handle == nullptr)
-        fail(::dlerror());
+    require(handle != nullptr, "the library is loaded");
     Library library{};
     const auto find = [handle](const char* name, auto& function) {
         function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(handle, name));
@@ -53,18 +50,14 @@ Library load(const char* path) {
 void useEverySize(const Library& library, bool pooled) {
     for (std::size_t size = 1; size <= 4200; ++size) {
         void* const block = library.allocate(size);
-        require(block != nullptr, "a block of every size");
         std::memset(block, 1, size);
+        // 16 bytes for 9 come from a pool, from no one else
+        require(size != 9 || (library.sizeOf(block) == 16) == pooled, "served by the pools, or not");
         library.release(block);
     }
-    void* const block = library.allocate(9); // 16 bytes from a pool, from no one else
-    require((library.sizeOf(block) == 16) == pooled, "served by the pools, or not");
-    library.release(block);
     void* const page = library.allocatePage();
-    require(page != nullptr, "a page unit");
     require(!pooled || reinterpret_cast<std::uintptr_t>(page) % 0x100000 == 0, "alignment of a segment");
-    std::memset(page, 1, 0x100000);
-    library.release(page);
+    library.release(std::memset(page, 1, 0x100000));
 }
 
 // What someone else has mapped in the middle of the first choice stays there, and the heap goes elsewhere.
@@ -78,15 +71,12 @@ void withTheHintTaken(const char* path) {
     useEverySize(library, true);
     const auto address = reinterpret_cast<std::uintptr_t>(library.allocate(8));
     require(address - kFirstHint >= kReservation, "a reservation elsewhere");
-    for (std::size_t i = 0; i < 8192; ++i)
-        require(mine[i] == 'm', "the mapping untouched");
+    require(std::count(mine, mine + 8192, 'm') == 8192, "the mapping untouched");
 }
 
 void withAnAddressSpaceLimit(const char* path) {
-    rlimit limit{};
-    ::getrlimit(RLIMIT_AS, &limit);
-    limit.rlim_cur = std::size_t{1} << 30;
-    require(::setrlimit(RLIMIT_AS, &limit) == 0, "a limit");
+    constexpr rlimit kLimit{std::size_t{1} << 30, RLIM_INFINITY};
+    require(::setrlimit(RLIMIT_AS, &kLimit) == 0, "a limit");
     useEverySize(load(path), false);
 }
 

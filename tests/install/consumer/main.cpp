@@ -57,16 +57,15 @@ void containers() {
 }
 
 void streams(const char* path) {
-    const std::wstring name(path, path + std::strlen(path));
+    const std::wstring name = tq::wideName(path);
     Lumo::ErrorStatus status = Lumo::kOk;
-    const unsigned char bytes[] = {1, 2, 3};
     TqFileStreamBuf* out =
         createFileOStreamBuf(name.c_str(), &status, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways, 0);
-    out->writeBytes(bytes, 3);
+    out->writeByte(1);
     destoryFileIOStreamBuf(out);
     TqFileStreamBuf* in =
         createFileIStreamBuf(name.c_str(), &status, TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting);
-    expect(status == Lumo::kOk && in->length() == 3 && in->readByte() == 1, "what was written is read");
+    expect(status == Lumo::kOk && in->length() == 1 && in->readByte() == 1, "what was written is read");
     destoryFileIOStreamBuf(in);
 }
 
@@ -79,6 +78,7 @@ public:
     using TqFlatMemBuf::writeBytes;
 };
 
+// What is thrown on one side of the library's border is caught on the other one, by its own type or that of its base.
 template <class Thrown, class Call, class Holds>
 void expectThrown(const char* what, const Call& call, const Holds& holds) {
     try {
@@ -87,12 +87,10 @@ void expectThrown(const char* what, const Call& call, const Holds& holds) {
     } catch (const Thrown& thrown) {
         expect(holds(thrown), what);
     } catch (...) {
-        std::printf("not recognised: ");
         expect(false, what);
     }
 }
 
-// What is thrown on one side of the library's border is caught on the other one, by its own type or that of its base.
 void exceptions() {
     TqFlatMemBuf buffer;
     expectThrown<TqException>(
@@ -104,19 +102,10 @@ void exceptions() {
         [](Lumo::ErrorStatus status) { return status == 365; });
     expectThrown<std::length_error>(
         "a negative length", [] { TqVector<char>().setLogicalLength(-1); }, [](const std::exception&) { return true; });
+    buffer.setlength(3);
     expectThrown<TqExceptionWithMsg>(
-        "the library lets an exception of the program pass",
-        [&] {
-            buffer.setlength(3);
-            OwnStream own;
-            own.copyFrom(&buffer, 0, 3);
-        },
+        "the library lets an exception of the program pass", [&] { OwnStream().copyFrom(&buffer, 0, 3); },
         [](const TqException& error) { return std::wstring(error.description()) == L"thrown in the program"; });
-    expectThrown<TqException>(
-        "the description is built", [] { throw TqErrorStatus(Lumo::kFileOpenFailed, L"no disk", L"main.cpp", 1); },
-        [](const TqException& error) {
-            return std::wstring(error.description()) == L"error type: 53\tmessage:no disk";
-        });
     TqFileStreamBuf* file = createFileIOStreamBuf(nullptr);
     expect(dynamic_cast<TqFileIOStreamBuf*>(file) != nullptr && dynamic_cast<TqFileOStreamBuf*>(file) == nullptr,
            "the type of an object of the library is known");
