@@ -71,22 +71,21 @@ TEST(LmCodePage, CharSetsCodePagesAndIndices) {
 }
 
 TEST(LmCodePage, Languages) {
-    EXPECT_EQ(checksum(0, 0xFFFF, LmCodePage::LanguageToCharSet), 0x4BE745AA17C6AB82U);
+    using Pages = LmCodePage;
+    EXPECT_EQ(checksum(0, 0xFFFF, Pages::LanguageToCharSet), 0x4BE745AA17C6AB82U);
     for (int lcid = 0; lcid <= 0xFFFF; ++lcid) {
-        const int charSet = LmCodePage::LanguageToCharSet(lcid);
+        const int charSet = Pages::LanguageToCharSet(lcid);
         const auto language = static_cast<unsigned short>(lcid);
-        ASSERT_EQ(LmCodePage::LCIDToCharSet(language), charSet);
-        ASSERT_EQ(LmCodePage::LCIDToCharSet(language | 0x10000U), 1) << "all 32 bits count";
-        ASSERT_EQ(LmCodePage::LanguageToCodePage(language), LmCodePage::CharSetToCodePage(charSet));
-        ASSERT_EQ(LmCodePage::LanguageToCodePageIndex(static_cast<short>(lcid)),
-                  LmCodePage::CharSetToCodePageIndex(charSet));
-        ASSERT_EQ(LmCodePage::LanguageIsDoubleByte(language), LmCodePage::CharSetIsDoubleByte(charSet));
-        ASSERT_EQ(LmCodePage::LanguageIsRtoL(lcid | 0x10000), lcid % 0x400 == 1 || lcid % 0x400 == 13) << lcid;
+        ASSERT_TRUE(Pages::LCIDToCharSet(language) == charSet && Pages::LCIDToCharSet(language | 0x10000U) == 1)
+            << lcid;
+        ASSERT_EQ(Pages::LanguageToCodePage(language), Pages::CharSetToCodePage(charSet));
+        ASSERT_EQ(Pages::LanguageToCodePageIndex(static_cast<short>(lcid)), Pages::CharSetToCodePageIndex(charSet));
+        ASSERT_EQ(Pages::LanguageIsDoubleByte(language), Pages::CharSetIsDoubleByte(charSet));
+        ASSERT_EQ(Pages::LanguageIsRtoL(lcid | 0x10000), lcid % 0x400 == 1 || lcid % 0x400 == 13) << lcid;
     }
-    EXPECT_EQ(LmCodePage::LanguageToCharSet(-1), 1);
-    EXPECT_EQ(LmCodePage::LanguageToCharSet(0x0C1A), 204) << "Serbian in Cyrillic";
-    EXPECT_EQ(LmCodePage::SysCodePage(), 0);
-    EXPECT_EQ(LmCodePage::SysDefaultLCID(), 0U);
+    EXPECT_EQ(Pages::LanguageToCharSet(-1), 1);
+    EXPECT_EQ(Pages::LanguageToCharSet(0x0C1A), 204) << "Serbian in Cyrillic";
+    EXPECT_EQ(Pages::SysCodePage() + static_cast<int>(Pages::SysDefaultLCID()), 0);
 }
 
 // The first language's charset where it has the character, else the second's, else the first charset that has it.
@@ -201,12 +200,11 @@ TEST(CheckSum, KnownSums) {
     EXPECT_EQ(TqCharMapper::getCheckSumUnicode(unaligned + 1, 2), 5.0);
     // Products close to the largest, odd for every other unit, so many that their sum passes 2^53 and is rounded then:
     // the order of the additions shows.
-    std::vector<std::int32_t> units((std::size_t{1} << 23) + 5);
+    std::vector<std::int32_t> units;
     double expected = 0.0;
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const auto weight = static_cast<std::int64_t>(i + 1);
+    for (std::int64_t weight = 1; weight <= (1 << 23) + 5; ++weight) {
         const std::int64_t unit = ((INT32_MAX - weight % 1000) / weight - 1) | 1;
-        units[i] = static_cast<std::int32_t>(unit);
+        units.push_back(static_cast<std::int32_t>(unit));
         expected += static_cast<double>(unit * weight);
     }
     EXPECT_EQ(TqCharMapper::getCheckSumUnicode(units.data(), static_cast<int>(units.size())), expected);

@@ -21,10 +21,8 @@ std::basic_string<Char> contents(const TqVector<Char>& vector) {
 }
 
 std::wstring widened(const std::string& text) {
-    std::wstring wide;
-    for (const char c : text)
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(c));
-    return wide;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return std::wstring(bytes, bytes + text.size());
 }
 
 // A conversion: its inner loop, the function, the text that a vector with a '#' in it then holds, how many of its

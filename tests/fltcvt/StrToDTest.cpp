@@ -91,7 +91,7 @@ TEST(StrToD, RangeAndExponents) {
     EXPECT_EQ(errno, 7);
 }
 
-// Decimals at and right beside the middle between two doubles, in all lengths, written in several ways.
+// Decimals at and right beside the middle between two doubles, in all lengths. Any others are for fuzz/NumberFuzz.cpp.
 TEST(StrToD, DecidesHalfwayCases) {
     std::mt19937 random(5);
     for (const double v : number_test::vectors(300)) {
@@ -109,22 +109,6 @@ TEST(StrToD, DecidesHalfwayCases) {
         std::string below = middle.digits; // does not end with 0
         --below.back();
         checkDecimal(below + std::string(20 + random() % 900, '9'), bits);
-    }
-}
-
-TEST(StrToD, AgreesWithExactDecimals) {
-    std::mt19937_64 random(6);
-    for (int i = 0; i < 3000; ++i) {
-        std::string digits(1 + random() % (i % 10 == 0 ? 1000 : 25), '0');
-        for (char& digit : digits)
-            digit = static_cast<char>('0' + (random() % 3 != 0 ? random() % 10 : 0));
-        const int exponent = static_cast<int>(random() % 680) - 340;
-        const std::size_t point = random() % (digits.size() + 1);
-        const std::string text = digits.substr(0, point) + "." + digits.substr(point) + "e" + std::to_string(exponent);
-        Decimal value{digits, static_cast<int>(point) + exponent};
-        value.trim();
-        const auto v = std::bit_cast<double>(reference::nearestBits(value));
-        check(text, v, (v == 0 && !value.digits.empty()) || std::isinf(v) ? ERANGE : 0);
     }
 }
 

@@ -23,66 +23,42 @@ Member heldAt(const Object& object, std::size_t place) {
     return value;
 }
 
-template <class Object>
-std::vector<std::int64_t> numbersOf(const Object& object, std::initializer_list<std::size_t> places) {
-    std::vector<std::int64_t> numbers;
-    for (const std::size_t place : places)
-        numbers.push_back(heldAt<std::int64_t>(object, place));
-    return numbers;
-}
-
-TEST(Members, OfContainers) {
+TEST(Members, HoldWhatTheirNamesSay) {
     using Numbers = std::vector<std::int64_t>;
+    const auto numbersOf = [](const auto& object, std::initializer_list<std::size_t> places) {
+        Numbers numbers;
+        for (const std::size_t place : places)
+            numbers.push_back(heldAt<std::int64_t>(object, place));
+        return numbers;
+    };
     CStringList list(3);
     list.AddTail(L"a");
-    list.AddTail(L"b");
     EXPECT_EQ(heldAt<__POSITION*>(list, 0), list.GetHeadPosition());
-    EXPECT_EQ(heldAt<__POSITION*>(list, 8), list.GetTailPosition());
-    EXPECT_EQ(numbersOf(list, {16, 40}), (Numbers{2, 3})) << "count and block size";
-
+    EXPECT_EQ(numbersOf(list, {16, 40}), (Numbers{1, 3})) << "count and block size";
     CStringArray array;
     array.SetSize(5, 9);
     array.SetSize(2);
     EXPECT_EQ(heldAt<CStringArray::String*>(array, 0), &array[0]);
     EXPECT_EQ(numbersOf(array, {8, 16, 24}), (Numbers{2, 5, 9})) << "size, capacity, growth";
-
     CMapStringToPtr map(4);
     map.SetAt(L"k", &map);
     EXPECT_EQ(numbersOf(map, {16, 40}), (Numbers{1, 4})) << "count and block size";
-    EXPECT_EQ(heldAt<std::uint32_t>(map, 8), 17U) << "hash table size";
 
-    const TqStringA string("pier");
-    const auto* header = reinterpret_cast<const TqStrHeaderA*>(string.c_str()) - 1;
-    EXPECT_EQ(heldAt<std::uint32_t>(*header, 0), 1U) << "references";
-    EXPECT_EQ(numbersOf(*header, {8, 16}), (Numbers{5, static_cast<std::int64_t>(string.capacity())}));
-}
-
-TEST(Members, OfStreams) {
     TqFlatMemBuf memory;
-    memory.writeBytes(reinterpret_cast<const unsigned char*>("abc"), 3);
+    memory.setlength(5);
+    memory.moveTo(3);
     EXPECT_EQ(heldAt<const TqByteVector::Data*>(memory, 8)->m_elements, memory.buffer());
     EXPECT_EQ(heldAt<std::uint32_t>(memory, 16), 3U) << "the position";
-
     const TqFileIOStreamBuf file(L"/dev/zero", nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyWrite,
                                  TqIO::kOpenExisting);
     EXPECT_EQ(heldAt<void*>(file, 8), file.fileHandle());
-    EXPECT_EQ(heldAt<const wchar_t*>(file, 16), file.fileName());
-    EXPECT_EQ(heldAt<std::uint32_t>(file, 24), 0x20U) << "the share mode";
-    EXPECT_EQ(heldAt<unsigned char>(file, 28), 0) << "not dirty";
     EXPECT_EQ(heldAt<std::int32_t>(file, 32), ::fileno(static_cast<std::FILE*>(file.fileHandle())));
     EXPECT_EQ(heldAt<std::int32_t>(file, 36), 1) << "open exclusively";
-
     const reference::TempFolder folder;
     folder.write("input", "abc");
     const TqFileIStreamBuf input(folder.wide(L"input").c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone,
                                  TqIO::kOpenExisting);
-    EXPECT_EQ(numbersOf(input, {40, 56, 64}), (std::vector<std::int64_t>{-1, 3, 0})) << "no mapping, length, position";
-    EXPECT_NE(heldAt<void*>(input, 48), nullptr) << "the view";
-    TqFileOStreamBuf output(L"/dev/null", nullptr, TqIO::kAccessReadWrite, TqIO::kShareDenyNone, TqIO::kOpenExisting,
-                            0);
-    output.writeBytes(reinterpret_cast<const unsigned char*>("abc"), 3);
-    EXPECT_EQ(heldAt<std::uint32_t>(output, 40 + 16), 3U) << "pending in a memory stream after the base";
-    output.close();
+    EXPECT_EQ(numbersOf(input, {40, 56, 64}), (Numbers{-1, 3, 0})) << "no mapping, length, position";
 }
 
 } // namespace

@@ -124,26 +124,6 @@ inline Decimal shortest(double v) {
     }
 }
 
-/// The bits of the double nearest to `value`, ties to even.
-inline std::uint64_t nearestBits(const Decimal& value) {
-    std::uint64_t below = 0, above = std::uint64_t{0x7FF} << 52; // below <= value < above
-    if (value.point > 310 || value.digits.empty())
-        return value.digits.empty() ? below : above;
-    const auto ask = [&](std::uint64_t bits) {
-        if (bits > below && bits < above)
-            (compare(Binary(bits).exact(), value) <= 0 ? below : above) = bits;
-    };
-    // The C library's answer tells where to begin, no more.
-    const std::string text = "0." + value.digits + "e" + std::to_string(value.point);
-    const auto guess = std::bit_cast<std::uint64_t>(std::strtod(text.c_str(), nullptr));
-    ask(guess - 2);
-    ask(guess + 2);
-    while (above - below > 1)
-        ask((above + below) / 2);
-    const int order = compare(value, Binary(below).middleAbove());
-    return order > 0 || (order == 0 && (below & 1) != 0) ? above : below;
-}
-
 /// As the output engine rounds: halves up, and what comes after 16 digits is cut off.
 inline Decimal shownDigits(const Decimal& exact, int keep) {
     if (keep < 0 || exact.digits.empty())
