@@ -3,6 +3,7 @@
 
 #include "reference/Testing.h"
 
+#include <TqOsBase/containers/Range.h>
 #include <TqOsBase/format/Checked.h>
 
 namespace {
@@ -14,19 +15,14 @@ static_assert(tq::formatFits<int, double, int>(L"%2$.*3$f %1$d") && !tq::formatF
 static_assert(tq::formatFits<>(L"100%%") && !tq::formatFits<>(L"100%"));
 static_assert(tq::scanFits<int*, wchar_t[64]>(L"%d %63s") && !tq::scanFits<int*, wchar_t[63]>(L"%d %63s"));
 
-TqVector<wchar_t> vectorOf(const wchar_t* text) {
-    TqVector<wchar_t> vector;
-    for (; *text != L'\0'; ++text)
-        vector.append(*text);
-    return vector;
-}
-
 TEST(Checked, WritesWhatTheEngineWrites) {
     wchar_t out[64];
     const std::wstring string = L"string";
     const CStdStr<wchar_t> text = L"text";
-    EXPECT_EQ(tq::format(out, L"%d %s %s %s %s|", kRed, string, text, vectorOf(L"vector"), L"literal"), 29);
-    EXPECT_STREQ(out, L"3 string text vector literal|");
+    TqVector<wchar_t> vector;
+    tq::append(vector, {L'v', L'e', L'c'});
+    EXPECT_EQ(tq::format(out, L"%d %s %s %s %s|", kRed, string, text, vector, L"literal"), 26);
+    EXPECT_STREQ(out, L"3 string text vec literal|");
     EXPECT_EQ(tq::format(out, 64, L"%c%D %.1f %x %.20q*", L'c', 5L, 2.5F, short{255}, 1, 30.5), 17);
     EXPECT_STREQ(out, L"c5 2.5 FF 30.5000") << "with the units at the start";
     EXPECT_EQ(tq::format(out, L"%2$s %1$*3$d|", 7, L"seven", 3), 10);
@@ -49,15 +45,11 @@ TEST(Checked, TextsOfAnyLength) {
 }
 
 TEST(Checked, ScansIntoWhatFits) {
-    int number = 0;
+    int number = 0, consumed = 0;
     double real = 0;
     wchar_t word[8];
-    int consumed = 0;
     EXPECT_EQ(tq::scan(L"12 0.5 abcdefghij", L"%d %lf %7s%n", &number, &real, word, &consumed), 3);
-    EXPECT_EQ(number, 12);
-    EXPECT_EQ(real, 0.5);
-    EXPECT_STREQ(word, L"abcdefg");
-    EXPECT_EQ(consumed, 14);
+    EXPECT_TRUE(number == 12 && real == 0.5 && word == std::wstring(L"abcdefg") && consumed == 14);
     EXPECT_EQ(tq::scan(nullptr, L"%d", &number), -1);
 }
 

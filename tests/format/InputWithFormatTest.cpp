@@ -30,8 +30,7 @@ TEST(InputWithFormat, ReadsIntegersOfEveryLetterAndSaturates) {
     EXPECT_EQ(scan(L"-9223372036854775809 FFFFFFFFFFFFFFFFF 777 101 9223372036854775808", L"%D%X%O%B%D", &big[0],
                    &big[1], &big[2], &big[3], &big[4]),
               5);
-    EXPECT_EQ(std::vector<std::int64_t>(big, big + 6),
-              (std::vector<std::int64_t>{INT64_MIN, -1, 511, 5, INT64_MAX, 9}));
+    EXPECT_EQ(std::to_array(big), (std::array<std::int64_t, 6>{INT64_MIN, -1, 511, 5, INT64_MAX, 9}));
     std::int32_t limits[2] = {0, 0};
     EXPECT_EQ(scan(L"99999999999-99999999999999999999999", L"%d%d", &limits[0], &limits[1]), 2);
     EXPECT_TRUE(limits[0] == INT_MAX && limits[1] == INT_MIN);

@@ -1,4 +1,4 @@
-// Lengths and angles in drawing units: the written forms, and that what is written reads back.
+// Lengths and angles in drawing units: the written forms.
 
 #include "format/AngleText.h"
 #include "format/FormatProbe.h"
@@ -36,23 +36,6 @@ protected:
     LumoAppUnitSets units;
 };
 
-// Reads `1'-2 1/2"`, `-0'6-3/4"` and plain numbers: the sum of the numbers in inches.
-double readLength(const std::wstring& text) {
-    double total = 0;
-    for (const wchar_t* p = text.c_str(); *p != L'\0';) {
-        if (std::iswdigit(static_cast<wint_t>(*p)) == 0 && *p != L'.') {
-            ++p;
-            continue;
-        }
-        wchar_t* end = nullptr;
-        double number = std::wcstod(p, &end);
-        if (*end == L'/')
-            number /= std::wcstod(end + 1, &end);
-        total += *end == L'\'' ? number * 12 : number;
-        p = end;
-    }
-    return text[0] == L'-' ? -total : total;
-}
 // The dash between feet and inches moves to before the fraction.
 std::wstring withDashBit(std::wstring text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -182,25 +165,6 @@ TEST_F(UnitText, AnglesLoseDigitsWhereTheLengthIsShort) {
     EXPECT_EQ(texts, L"10d 10d 10d21' 10d20'31\" 10d20'31\" 10d20'31\" 10d20'30.6\" 10d20'30.6\" 10d20'30.60\" ");
     EXPECT_EQ(angle(kAngularDegrees, 1, 8, 0, kQTypeAngle, 7), L"57.296");
     EXPECT_EQ(angle(kAngularDegrees, -1, 8, 0, kQTypeRelativeAngle, 7), L"-57.30");
-}
-
-TEST_F(UnitText, LengthsReadBackWithinHalfADisplayedUnit) {
-    std::mt19937_64 random(17);
-    for (int i = 0; i < 20000; ++i) {
-        const double value =
-            std::ldexp(static_cast<double>(static_cast<std::int64_t>(random())), -40 - static_cast<int>(random() % 24));
-        const int precision = static_cast<int>(random() % 7);
-        units.flags = static_cast<std::uint16_t>(random() % 2);
-        const int flags = static_cast<int>(random() % 8) & ~kQFlagSuppressLeadingZero;
-        for (const int mode : {kLinearDecimal, kLinearEngineering, kLinearArchitectural, kLinearFractional}) {
-            const bool binary = mode == kLinearArchitectural || mode == kLinearFractional;
-            const double unit = binary ? std::ldexp(1, -precision) : std::pow(10, -precision);
-            const std::wstring text = length(mode, value, flags, precision);
-            ASSERT_NEAR(readLength(text), value, unit / 2 + std::fabs(value) * 1e-15) << mode << " of " << value;
-            // Twelve inches are a foot.
-            ASSERT_TRUE(text.find(L"'12") == std::wstring::npos && text.find(L"'-12") == std::wstring::npos);
-        }
-    }
 }
 
 // A text is cut, not made differently.

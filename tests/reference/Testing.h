@@ -6,6 +6,7 @@
 #include <TqOsBase/TqOsBase.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cerrno>
 #include <climits>
