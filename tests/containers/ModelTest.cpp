@@ -41,13 +41,12 @@ Texts contents(const CStringArray& array) {
 
 // Walked forwards; the walk backwards must agree.
 Texts contents(const CStringList& list) {
-    Texts forward;
+    Texts forward, backward;
     for (__POSITION* pos = list.GetHeadPosition(); pos != nullptr;)
         forward.push_back(list.GetNext(pos));
-    Texts backward;
     for (__POSITION* pos = list.GetTailPosition(); pos != nullptr;)
-        backward.push_back(list.GetPrev(pos));
-    EXPECT_TRUE(std::equal(forward.begin(), forward.end(), backward.rbegin(), backward.rend()));
+        backward.insert(backward.begin(), list.GetPrev(pos));
+    EXPECT_EQ(forward, backward);
     return forward;
 }
 
@@ -121,10 +120,8 @@ TEST_F(ContainerModel, CStringArray) {
         {[&] { a.SetAt(c.first, c.value.c_str()); }, [&] { element() = c.value; }},
         {[&] { a.SetAt(c.first, tailOf(a[c.first])); }, [&] { element() = tailOf(element()); }},
         {[&] { a.SetAtGrow(c.at, a[c.first]); }, [&] { m.put(c.at, std::wstring(element())); }},
-        {[&] { a.InsertAt(c.at, a[c.first], 2); },
-         [&] {
-             m.add(c.at, {element(), element()});
-         }},
+        {[&] { a.InsertAt(c.at, a[c.first], c.count); },
+         [&] { m.add(c.at, Texts(static_cast<std::size_t>(c.count), element())); }},
         {[&] { a.InsertAt(c.at, &a); }, [&] { m.add(c.at, Texts(m)); }},
         {[&] { a.RemoveAt(c.first); }, [&] { m.erase(m.begin() + c.first); }},
         {[&] { a.RemoveAt(c.first, c.last - c.first); }, [&] { m.erase(m.begin() + c.first, m.begin() + c.last); }}};

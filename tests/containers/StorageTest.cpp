@@ -1,5 +1,7 @@
-// What random operations do not show: when storage grows, is shared and goes, and what is refused.
+// What random operations do not show: when storage grows, is shared and goes, what is refused, and ranges.
 #include "reference/ModelPlay.h"
+
+#include <TqOsBase/containers/Range.h>
 
 namespace {
 
@@ -206,31 +208,28 @@ TEST_F(Collections, KeysOfEveryLength) {
 
 TEST(CMapStringToString, StoresNothingAndNeedsNoMemory) {
     CMapStringToString map(10);
+    const CMapStringToString& seen = map;
     CStdStr<wchar_t> value(L"untouched");
-    const wchar_t* stored = nullptr;
-    unsigned bucket = 7;
-    unsigned hash = 7;
-    __POSITION* pos = nullptr;
     const wchar_t* const text = L"longer than what a string keeps within itself";
+    const wchar_t* stored = nullptr;
+    __POSITION* pos = nullptr;
+    unsigned bucket = 7, hash = 7;
     EXPECT_FALSE(counting_new::runsOut(0, [&] {
         map.InitHashTable(10);
         map.SetAt(text, text);
         map.RemoveKey(map[text].c_str());
     }));
     map[text] = L"value";
-    EXPECT_EQ(map[text], L"");
+    EXPECT_TRUE(map[text].empty() && map.RemoveKey(text));
     EXPECT_FALSE(map.Lookup(text, value) || map.LookupKey(text, stored) || map.IsEmpty());
-    EXPECT_TRUE(map.RemoveKey(text));
     EXPECT_EQ(map.GetCount() + map.GetSize() + map.GetHashTableSize() + map.HashKey(text), 0);
-    EXPECT_FALSE(map.PLookup(text) || std::as_const(map).PLookup(text) || map.NewAssoc());
-    EXPECT_FALSE(map.PGetFirstAssoc() || std::as_const(map).PGetFirstAssoc() || map.PGetNextAssoc(nullptr) ||
-                 std::as_const(map).PGetNextAssoc(nullptr) || map.GetAssocAt(text, bucket, hash));
-    EXPECT_EQ(map.GetStartPosition(), nullptr);
+    EXPECT_FALSE(map.PLookup(text) || seen.PLookup(text) || map.NewAssoc() || map.GetAssocAt(text, bucket, hash));
+    EXPECT_FALSE(map.PGetFirstAssoc() || seen.PGetFirstAssoc() || map.PGetNextAssoc(nullptr));
+    EXPECT_FALSE(seen.PGetNextAssoc(nullptr) || map.GetStartPosition());
     map.GetNextAssoc(pos, value, value);
     map.FreeAssoc(nullptr);
     map.RemoveAll();
-    EXPECT_EQ(value, L"untouched");
-    EXPECT_EQ(bucket + hash, 14U);
+    EXPECT_TRUE(value == L"untouched" && bucket + hash == 14);
 }
 
 TEST(TqVector, SlotsGrowByTheRule) {
@@ -259,12 +258,10 @@ TEST(TqVector, WithoutStorageSharesTheEmptyRecord) {
     const int before = empty.m_refCount;
     ASSERT_GE(before, 1);
     {
-        Wide a;
-        Wide b(a);
+        Wide a, b(a);
         const Wide c(0, 3);
         EXPECT_EQ(int{empty.m_refCount}, before + 3);
-        EXPECT_EQ(a.asArrayPtr(), nullptr);
-        EXPECT_EQ(empty.m_elementBits, ~std::uintptr_t{0});
+        EXPECT_TRUE(a.asArrayPtr() == nullptr && empty.m_elementBits == ~std::uintptr_t{0});
         a.setLogicalLength(0);
         EXPECT_EQ(a.physicalLength(), 16) << "even no elements are no reason to stay with a shared record";
         b.setLogicalLength(1);
@@ -283,18 +280,15 @@ TEST(TqVector, WithoutStorageSharesTheEmptyRecord) {
 TEST(TqVector, SlotsMayBeTakenAndLengthsRefused) {
     Wide v;
     const std::unique_ptr<wchar_t[]> loose(v.last());
-    ASSERT_NE(loose, nullptr) << "the last of an empty vector is the caller's to delete";
-    loose[0] = L'x';
+    loose[0] = L'x'; // the last of an empty vector is the caller's to delete
     EXPECT_TRUE(v.isEmpty());
-    for (const wchar_t c : {L'a', L'b', L'c'})
-        v.append(c);
+    tq::append(v, {L'a', L'b', L'c'});
     const Wide shared = v;
     EXPECT_THROW(v.setLogicalLength(-1), std::length_error);
     EXPECT_THROW(v.setPhysicalLength(INT_MIN), std::length_error);
     EXPECT_EQ(std::as_const(v).asArrayPtr(), shared.asArrayPtr()) << "still shared";
     v.setPhysicalLength(2);
-    EXPECT_EQ(v.physicalLength(), 2);
-    EXPECT_EQ(v.logicalLength(), 0) << "left to the caller";
+    EXPECT_TRUE(v.physicalLength() == 2 && v.logicalLength() == 0) << "left to the caller";
     v.setLogicalLength(2);
     EXPECT_EQ(v[1], L'b');
     EXPECT_EQ(std::wstring(shared.asArrayPtr(), 3), L"abc");
@@ -356,13 +350,12 @@ TEST(TqMemData, GrowsInStepsUpTo64KiBAndRefusesSizesThatWouldWrap) {
 TEST(TqStringA, BuffersKeepTheTextAndAreCutToTheBlock) {
     TqStringA s;
     EXPECT_EQ(s.getBuffer(-1), nullptr);
-    char* buffer = s.getBuffer(5);
-    EXPECT_STREQ(buffer, "") << "a terminated text from the start";
-    std::memcpy(buffer, "ab", 3);
+    EXPECT_STREQ(s.getBuffer(5), "") << "a terminated text from the start";
+    std::memcpy(s.getBuffer(5), "ab", 3);
     s.releaseBuffer(-1);
     EXPECT_EQ(s.length(), 2U);
     const TqStringA sharer = s;
-    buffer = s.getBuffer(1);
+    char* buffer = s.getBuffer(1);
     EXPECT_STREQ(buffer, "ab");
     buffer[0] = 'x';
     EXPECT_STREQ(sharer.c_str(), "ab");
@@ -383,10 +376,8 @@ TEST(TqStringA, BuffersKeepTheTextAndAreCutToTheBlock) {
 
     TqStringA shared("abcdef");
     const TqStringA holder = shared;
-    shared.releaseBuffer(3); // without getBuffer(): it shows in the other holders
-    EXPECT_STREQ(shared.c_str(), "abc");
-    EXPECT_EQ(holder.length(), 3U);
-    EXPECT_STREQ(holder.c_str(), "abcdef") << "the characters are not touched";
+    shared.releaseBuffer(3); // without getBuffer(): its length shows in the other holders, the characters stay
+    EXPECT_TRUE(shared == "abc" && holder.length() == 3 && holder.c_str() == std::string("abcdef"));
 }
 
 TEST(TqStringA, ComparesBytesAsUnsignedAndTakesNullAsEmpty) {
@@ -399,6 +390,48 @@ TEST(TqStringA, ComparesBytesAsUnsignedAndTakesNullAsEmpty) {
     EXPECT_FALSE(a != a || a != "a" || "a" != a);
     EXPECT_TRUE(TqStringA() == static_cast<const char*>(nullptr));
     EXPECT_STREQ((a + static_cast<const char*>(nullptr)).c_str(), "a");
+}
+
+// The collections in range-based for and in algorithms, and filled from lists in braces.
+template <class Collection>
+std::wstring joined(const Collection& collection) {
+    std::wstring text;
+    for (const auto& element : collection)
+        text += element;
+    return text;
+}
+
+TEST(Range, ElementsInOrder) {
+    TqVector<wchar_t> vector;
+    EXPECT_TRUE(begin(vector) == end(vector) && begin(std::as_const(vector)) == end(std::as_const(vector)));
+    tq::append(vector, {L'c', L'a', L'b'});
+    const TqVector<wchar_t> shared = vector;
+    std::sort(begin(vector), end(vector));
+    EXPECT_EQ(joined(vector) + joined(shared), L"abccab") << "writing takes storage of its own";
+    CStringArray array;
+    tq::append(array, {L"x", nullptr, L"yz"});
+    EXPECT_EQ(joined(array), L"xyz");
+    std::reverse(begin(array), end(array));
+    CStringList list(2);
+    EXPECT_TRUE(begin(list) == end(list));
+    tq::append(list, {L"p", L"", L"qr"});
+    for (auto& text : list)
+        text += L";";
+    EXPECT_EQ(joined(array) + joined(list), L"yzxp;;qr;");
+    EXPECT_EQ(std::count(begin(std::as_const(list)), end(std::as_const(list)), L";"), 1);
+}
+
+TEST(Range, EntriesOfAMap) {
+    CMapStringToPtr map(4);
+    EXPECT_TRUE(begin(map) == end(map));
+    tq::append(map, {{L"one", &map}, {L"two", nullptr}});
+    std::wstring keys;
+    for (const auto& [key, value] : map) {
+        keys += key + (value == &map ? L"=map;" : L"=null;");
+        EXPECT_TRUE(map.RemoveKey(key.c_str())) << "the entry at hand may go";
+    }
+    EXPECT_TRUE(keys == L"one=map;two=null;" || keys == L"two=null;one=map;") << keys.size();
+    EXPECT_TRUE(map.IsEmpty());
 }
 
 } // namespace
