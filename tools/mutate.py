@@ -26,12 +26,12 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "mutate"
 
 # The programs of a room's tests, the one that notices most first: names of test programs, of fuzz targets as they are
-# replayed, and of pages that are executed.
+# replayed, of the programs with many threads, and of pages that are executed.
 TESTS = {
-    "base": ["test_base", "test_codepage", "test_crtcompat", "test_faults"],
+    "base": ["test_base", "test_codepage", "test_crtcompat", "test_diag", "test_faults", "shared_state_threads"],
     "platform": ["test_stream", "test_crtcompat", "test_faults", "test_memory"],
     "diag": ["test_diag", "test_faults"],
-    "memory": ["test_memory", "test_heap_model", "test_faults", "memory_exit_probe"],
+    "memory": ["test_memory", "test_heap_model", "test_faults", "memory_exit_probe", "heap_threads"],
     "containers": ["test_containers", "test_faults", "test_interface"],
     "codepage": ["test_codepage", "docs.text", "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape",
                  "replay_text_iterator", "docs.limits", "test_faults"],
@@ -167,6 +167,8 @@ class Copy:
     def command(self, name: str) -> list:
         if name.startswith("docs."):
             return ["ctest", "--test-dir", str(self.build), "-R", f"^{re.escape(name)}$"]
+        if name.endswith("_threads"):
+            return [str(self.build / "fuzz" / name), "4"]
         if name.startswith("replay_"):
             return [str(self.build / "fuzz" / name), str(self.tree / "fuzz" / "corpus" / name[len("replay_"):])]
         program = next(path for path in self.build.glob(f"tests/*/{name}") if path.is_file())
