@@ -47,25 +47,28 @@ TEST(WindowsNames, FormatsAreReadAsWindowsReadsThem) {
     const long long big = -(1LL << 40);
     void* const address = reinterpret_cast<void*>(0xAB12);
     const std::string refused = "error " + std::to_string(EINVAL);
+    const auto both = [](const char* format, auto... arguments) {
+        const std::string wide = text(widened(format).c_str(), arguments...);
+        EXPECT_EQ(wide, text(format, arguments...));
+        return wide;
+    };
     const std::pair<std::string, const char*> rows[] = {
         {text("%s %S %hs %ls %ws %hS %lS", "a", L"b", "c", L"d", L"e", "f", L"g"), "a b c d e f g"},
         {text(L"%s %S %hs %ls %ws %hS %lS", L"a", "b", "c", L"d", L"e", "f", L"g"), "a b c d e f g"},
         {text("%c%C%hc%lc%wc", 'a', L'b', 'c', L'd', L'e'), "abcde"},
         {text(L"%c%C%hc%lc%wc", L'a', 'b', 'c', L'd', L'e'), "abcde"},
-        {text("%I64d %I64x %I32d %Iu %zu", big, 255LL, -3, sizeof big, sizeof big), "-1099511627776 ff -3 8 8"},
-        {text(L"%I64d %I64x %I32d %Iu %zu", big, 255LL, -3, sizeof big, sizeof big), "-1099511627776 ff -3 8 8"},
-        {text("%hhd %hd %ld %lld %jd %td", 257, 65537, big, big, big, big),
+        {both("%I64d %I64x %I32d %Iu %zu", big, 255LL, -3, sizeof big, sizeof big), "-1099511627776 ff -3 8 8"},
+        {both("%hhd %hd %ld %lld %jd %td", 257, 65537, big, big, big, big),
          "1 1 -1099511627776 -1099511627776 -1099511627776 -1099511627776"},
-        {text("%p|%20p|%-18p|%.3p|%#p", address, address, address, address, address),
+        {both("%p|%20p|%-18p|%.3p|%#p", address, address, address, address, address),
          "000000000000AB12|    000000000000AB12|000000000000AB12  |000000000000AB12|0X000000000000AB12"},
-        {text(L"%p%5.*p", address, 6, address), "000000000000AB1200AB12"},
-        {text("%+5d|%-5i|%05u|% o|%#x|%X|%.3d", 7, 7, 7U, 8, 10, 10, 5), "   +7|7    |00007|10|0xa|A|005"},
-        {text(L"%*.*f|%lf|%Lg|%E|%hG|%a", 7, 2, 1.5, 0.5, 2.5L, 1.0, 0.25, 1.0),
+        {both("%p%5.*p", address, 6, address), "000000000000AB1200AB12"},
+        {both("%+5d|%-5i|%05u|% o|%#x|%X|%.3d", 7, 7, 7U, 8, 10, 10, 5), "   +7|7    |00007|10|0xa|A|005"},
+        {both("%*.*f|%lf|%Lg|%E|%hG|%a", 7, 2, 1.5, 0.5, 2.5L, 1.0, 0.25, 1.0),
          "   1.50|0.500000|2.5|1.000000E+00|0.25|0x1p+0"},
         {text("100%% %%d %-4s|%.2S|%4.1ws|", "a", L"bcd", L"efg"), "100% %d a   |bc|   e|"},
         {text(L"100%% %%d %-4s|%.2S|%4.1hs|", L"a", "bcd", "efg"), "100% %d a   |bc|   e|"},
-        {text("%s %S", "\xC3\xA9", L"\u00E9"), "\xC3\xA9 \xC3\xA9"}, // also in the locale "C"
-    };
+        {text("%s %S", "\xC3\xA9", L"\u00E9"), "\xC3\xA9 \xC3\xA9"}}; // also in the locale "C"
     for (const auto& [got, expected] : rows)
         EXPECT_EQ(got, expected);
     reference::GuardedBuffer<char> guarded(32);
@@ -73,11 +76,9 @@ TEST(WindowsNames, FormatsAreReadAsWindowsReadsThem) {
          {"%",    "a%",    "%n",  "%hn", "%5",   "%5%", "%.", "%l",    "%I64",         "%I64s",
           "%lls", "%I64c", "%wd", "%Ld", "%1$d", "%'d", "%Z", "%ld%y", "%2147483648d", "%.99999999999999999999d",
           "%\xC3"}) {
-        EXPECT_EQ(text(guarded.place(format, std::strlen(format) + 1), 1, 1), refused) << format;
-        EXPECT_EQ(text(widened(format).c_str(), 1, 1), refused) << format;
+        EXPECT_EQ(both(guarded.place(format, std::strlen(format) + 1), 1, 1), refused) << format;
     }
-    EXPECT_EQ(text(static_cast<const char*>(nullptr)), refused);
-    EXPECT_EQ(text(static_cast<const wchar_t*>(nullptr)), refused);
+    EXPECT_EQ(text(static_cast<const char*>(nullptr)) + text(static_cast<const wchar_t*>(nullptr)), refused + refused);
     // Those that grow most, on both sides of the length from which they take a block.
     for (const int pointers : {63, 64, 20000}) {
         std::string format;
@@ -90,121 +91,87 @@ TEST(WindowsNames, FormatsAreReadAsWindowsReadsThem) {
     EXPECT_EQ(_scwprintf(L"%s%*d", L"ab", 9, 1), 11);
 }
 
-// One text of `length` characters through each function, in the widths in turn with and without a list.
-int viaList(int (*function)(char*, std::size_t, const char*, std::va_list), char* dst, std::size_t size, ...) {
+constexpr const wchar_t* kText = L"abcdefgh";
+
+int bounded(wchar_t* dst, std::size_t count, const wchar_t* format, ...) {
     std::va_list list;
-    va_start(list, size);
-    const int result = function(dst, size, "%.*s", list);
+    va_start(list, format);
+    const int result = _vsnwprintf(dst, count, format, list);
     va_end(list);
     return result;
 }
-constexpr const char* kText = "abcdefgh";
-constexpr const wchar_t* kWideText = L"abcdefgh";
-int bounded(char* dst, std::size_t count, int length) {
-    return viaList(_vsnprintf, dst, count, length, kText);
-}
-int bounded(wchar_t* dst, std::size_t count, int length) {
-    return _snwprintf(dst, count, L"%.*s", length, kWideText);
-}
-int withRoom(char* dst, std::size_t size, int length) {
-    return sprintf_s(dst, size, "%.*s", length, kText);
-}
-int withRoom(wchar_t* dst, std::size_t size, int length) {
-    return swprintf_s(dst, size, L"%.*s", length, kWideText);
-}
-int secure(char* dst, std::size_t size, std::size_t count, int length) {
-    return _snprintf_s(dst, size, count, "%.*s", length, kText);
-}
-int secure(wchar_t* dst, std::size_t size, std::size_t count, int length) {
-    return _snwprintf_s(dst, size, count, L"%.*s", length, kWideText);
-}
 
-template <class Char>
-class Widths : public testing::Test {};
-using BothWidths = testing::Types<char, wchar_t>;
-TYPED_TEST_SUITE(Widths, BothWidths);
-
-TYPED_TEST(Widths, BoundsOfFormattedText) {
-    using Text = std::basic_string<TypeParam>;
-    const Text whole(kWideText, kWideText + 8);
-    reference::GuardedBuffer<TypeParam> guarded(16);
+// Narrow functions are instances of the same templates.
+TEST(WindowsNames, BoundsOfFormattedText) {
+    const std::wstring whole = kText;
+    reference::GuardedBuffer<wchar_t> guarded(16);
     for (int length = 0; length <= 8; ++length) {
         const auto characters = static_cast<std::size_t>(length);
-        const Text expected = whole.substr(0, characters) + TypeParam();
+        const std::wstring expected = whole.substr(0, characters) + L'\0';
         for (std::size_t size = 0; size <= 10; ++size) {
-            TypeParam* dst = guarded.last(size);
-            const auto holds = [&](const Text& content) {
+            wchar_t* dst = guarded.last(size);
+            const auto holds = [&](const std::wstring& content) {
                 return size == 0 || std::equal(content.begin(), content.end(), dst);
             };
-            EXPECT_EQ(bounded(dst, size, length), characters <= size ? length : -1);
-            EXPECT_TRUE(holds(expected.substr(0, size))) << length << " " << size;
-            const bool fits = characters < size;
-            const auto checkFailure = [&](int result, int error) {
-                EXPECT_EQ(result, -1);
-                EXPECT_EQ(errno, error);
-                EXPECT_TRUE(holds(Text(1, TypeParam())));
+            const auto expectFailure = [&](int result) {
+                EXPECT_TRUE(result == -1 && errno == (size == 0 ? EINVAL : ERANGE) && holds(std::wstring(1, L'\0')));
             };
-            if (const int result = withRoom(dst, size, length); fits) {
-                EXPECT_EQ(result, length);
-                EXPECT_TRUE(holds(expected));
-            } else {
-                checkFailure(result, size == 0 ? EINVAL : ERANGE);
-            }
+            EXPECT_EQ(bounded(dst, size, L"%.*s", length, kText), characters <= size ? length : -1);
+            EXPECT_TRUE(holds(expected.substr(0, size))) << length << " " << size;
+            const int written = swprintf_s(dst, size, L"%.*s", length, kText);
+            if (characters < size)
+                EXPECT_TRUE(written == length && holds(expected));
+            else
+                expectFailure(written);
             for (const std::size_t count :
                  {std::size_t(0), std::size_t(2), std::size_t(5), std::size_t(9), _TRUNCATE}) {
                 errno = 0;
-                const int result = secure(dst, size, count, length);
+                const int result = _snwprintf_s(dst, size, count, L"%.*s", length, kText);
                 if (size == 0 || (count != _TRUNCATE && std::min(count, characters) >= size)) {
-                    checkFailure(result, size == 0 ? EINVAL : ERANGE);
+                    expectFailure(result);
                     continue;
                 }
                 const std::size_t kept = std::min({characters, count, size - 1});
-                EXPECT_EQ(result, kept == characters ? length : -1);
-                EXPECT_EQ(errno, 0);
-                EXPECT_TRUE(holds(whole.substr(0, kept) + TypeParam())) << length << " " << size << " " << count;
+                EXPECT_TRUE(result == (kept == characters ? length : -1) && errno == 0);
+                EXPECT_TRUE(holds(whole.substr(0, kept) + L'\0')) << length << " " << size << " " << count;
             }
         }
     }
-    TypeParam* const none = nullptr;
-    EXPECT_EQ(bounded(none, 0, 5), 5);
-    EXPECT_EQ(secure(none, 0, 0, 5), 0);
-    errno = 0;
-    for (const int result : {bounded(none, 3, 5), withRoom(none, 3, 5), secure(none, 3, 3, 5), secure(none, 0, 3, 5)}) {
-        EXPECT_EQ(result, -1);
-        EXPECT_EQ(errno, EINVAL);
-    }
+    wchar_t* const none = nullptr;
+    EXPECT_EQ(bounded(none, 0, L"%d", 12345), 5);
+    EXPECT_EQ(_snwprintf_s(none, 0, 0, L"%d", 5), 0);
+    for (const std::size_t size : {std::size_t(0), std::size_t(3)})
+        EXPECT_TRUE(_snwprintf_s(none, size, 3, L"%d", 5) == -1 && std::exchange(errno, 0) == EINVAL);
+    EXPECT_TRUE(bounded(none, 3, L"%d", 5) == -1 && std::exchange(errno, 0) == EINVAL);
+    EXPECT_TRUE(swprintf_s(none, 3, L"%d", 5) == -1 && errno == EINVAL);
+    char narrow[6] = "#####";
+    EXPECT_TRUE(_snprintf(narrow, 3, "%d", 123) == 3 && narrow[3] == '#') << "without a terminator";
+    EXPECT_TRUE(sprintf_s(narrow, 5, "%d", 1234) == 4 && _snprintf_s(narrow, 5, 3, "%d", 7890) == -1);
+    EXPECT_STREQ(narrow, "789");
+    EXPECT_TRUE(_snprintf(narrow, 4, "%y") == -1 && narrow[0] == '\0') << "emptied";
 }
 
 constexpr std::size_t kAll = 99; // as a count: the functions without one
+
 int append(char* dst, std::size_t size, const char* src, std::size_t count) {
     return count == kAll ? strcat_s(dst, size, src) : strncat_s(dst, size, src, count);
-}
-int append(wchar_t* dst, std::size_t size, const wchar_t* src, std::size_t count) {
-    return count == kAll ? wcscat_s(dst, size, src) : wcsncat_s(dst, size, src, count);
 }
 int copy(char* dst, std::size_t size, const char* src, std::size_t count) {
     return count == kAll ? strcpy_s(dst, size, src) : strncpy_s(dst, size, src, count);
 }
-int copy(wchar_t* dst, std::size_t size, const wchar_t* src, std::size_t count) {
-    if (size != 0)
-        dst[0] = L'\0'; // the library has its own copies of wide text
-    return append(dst, size, src, count);
-}
 
-TYPED_TEST(Widths, SecureCopiesAndAppends) {
-    using Text = std::basic_string<TypeParam>;
-    const Text letters(kWideText, kWideText + 8);
-    reference::GuardedBuffer<TypeParam> rooms(16);
-    reference::GuardedBuffer<TypeParam> sources(16);
+// Wide functions are instances of the same templates.
+TEST(WindowsNames, SecureCopiesAndAppends) {
+    const std::string letters = "abcdefgh";
+    reference::GuardedBuffer<char> rooms(16), sources(16);
     // `old` characters in the destination; as many as its size mean that it has no terminator. A copy does not mind.
     const auto check = [&](bool isCopy, std::size_t size, std::size_t old, std::size_t length, std::size_t count) {
-        TypeParam* dst = rooms.last(size);
-        std::fill(dst, dst + size, TypeParam('#'));
+        char* dst = rooms.last(size);
+        std::fill(dst, dst + size, '#');
         if (old < size)
-            dst[old] = TypeParam();
+            dst[old] = '\0';
         // A source that the count cuts need not have a terminator.
-        const Text placed = letters.substr(0, length) + (length < count ? Text(1, TypeParam()) : Text());
-        const TypeParam* src = sources.place(placed.data(), placed.size());
+        const char* src = sources.place(letters.substr(0, length).c_str(), length + (length < count ? 1 : 0));
         errno = 0;
         const int result = isCopy ? copy(dst, size, src, count) : append(dst, size, src, count);
         const std::size_t kept = isCopy ? 0 : old;
@@ -213,9 +180,9 @@ TYPED_TEST(Widths, SecureCopiesAndAppends) {
         const int error = kept == size ? EINVAL : wanted < size ? 0 : noRoom;
         EXPECT_EQ(result, error) << isCopy << " " << size << " " << old << " " << length << " " << count;
         EXPECT_EQ(errno, error == STRUNCATE ? 0 : error);
-        const Text whole = Text(kept, TypeParam('#')) + letters.substr(0, length);
+        const std::string whole = std::string(kept, '#') + letters.substr(0, length);
         const bool isEmptied = error == EINVAL || error == ERANGE;
-        EXPECT_TRUE(dst == whole.substr(0, isEmptied ? 0 : std::min(wanted, size - 1)));
+        EXPECT_EQ(dst, whole.substr(0, isEmptied ? 0 : std::min(wanted, size - 1)));
     };
     for (std::size_t size = 1; size <= 8; ++size)
         for (std::size_t old = 0; old <= size; ++old)
@@ -223,43 +190,33 @@ TYPED_TEST(Widths, SecureCopiesAndAppends) {
                 for (const std::size_t count : {std::size_t(0), std::size_t(1), std::size_t(3), kAll, _TRUNCATE})
                     for (const bool isCopy : {false, true})
                         check(isCopy, size, old, length, count);
-    TypeParam room[4] = {TypeParam('#'), TypeParam()};
-    TypeParam* const none = nullptr;
-    const TypeParam* const some = letters.c_str();
+    char room[4] = "#";
     for (const std::size_t count : {kAll, std::size_t(1), _TRUNCATE}) {
-        EXPECT_EQ(append(none, 4, some, count), EINVAL);
-        EXPECT_EQ(append(room, 0, some, count), ERANGE);
-        EXPECT_EQ(append(room, 0, none, count), EINVAL);
-        EXPECT_EQ(append(room, 4, none, count), EINVAL);
-        EXPECT_EQ(room[0], TypeParam());
-        EXPECT_EQ(copy(room, 4, none, count), EINVAL);
+        EXPECT_EQ(append(nullptr, 4, "a", count), EINVAL);
+        EXPECT_EQ(append(room, 0, "a", count), ERANGE);
+        EXPECT_EQ(append(room, 0, nullptr, count), EINVAL);
+        EXPECT_TRUE(append(room, 4, nullptr, count) == EINVAL && room[0] == '\0');
+        EXPECT_EQ(copy(room, 4, nullptr, count), EINVAL);
     }
+    wchar_t wide[4] = L"";
+    EXPECT_TRUE(wcsncat_s(wide, 4, L"abcd", 2) == 0 && wcscat_s(wide, 4, L"c") == 0 && wide == std::wstring(L"abc"));
+    EXPECT_TRUE(wcscat_s(wide, 4, L"d") == ERANGE && wide[0] == L'\0');
 }
 
-char* next(char* text, const char* delimiters, char** context) {
-    return strtok_s(text, delimiters, context);
-}
-wchar_t* next(wchar_t* text, const wchar_t* delimiters, wchar_t** context) {
-    return wcstok_s(text, delimiters, context);
-}
-
-TYPED_TEST(Widths, Tokens) {
-    TypeParam text[] = {',', 'a', ',', ';', 'b', ';', 0};
-    const TypeParam delimiters[] = {',', ';', 0};
-    TypeParam* context = nullptr;
-    TypeParam* const none = nullptr;
-    EXPECT_EQ(next(none, delimiters, &context), none);
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(next(text, delimiters, &context), text + 1);
-    EXPECT_EQ(next(none, delimiters, &context), text + 4);
-    EXPECT_EQ(text[2] + text[5], 0);
-    errno = 0;
+TEST(WindowsNames, Tokens) {
+    char text[] = ",a,;b;";
+    char* context = nullptr;
+    EXPECT_TRUE(strtok_s(nullptr, ",;", &context) == nullptr && std::exchange(errno, 0) == EINVAL);
+    EXPECT_STREQ(strtok_s(text, ",;", &context), "a");
+    EXPECT_STREQ(strtok_s(nullptr, ",;", &context), "b");
     for (int again = 0; again < 2; ++again)
-        EXPECT_EQ(next(none, delimiters, &context), none);
+        EXPECT_EQ(strtok_s(nullptr, ",;", &context), nullptr);
     EXPECT_EQ(errno, 0);
-    EXPECT_EQ(next(text, nullptr, &context), none);
-    EXPECT_EQ(errno, EINVAL);
-    EXPECT_EQ(next(text, delimiters, nullptr), none);
+    EXPECT_TRUE(strtok_s(text, nullptr, &context) == nullptr && errno == EINVAL);
+    EXPECT_EQ(strtok_s(text, ",;", nullptr), nullptr);
+    wchar_t wide[] = L",a;", *wideContext = nullptr;
+    EXPECT_EQ(wcstok_s(wide, L",;", &wideContext), wide + 1);
+    EXPECT_TRUE(wide[2] == L'\0' && wideContext == wide + 3);
 }
 
 TEST(WindowsNames, CopiesThatAreNotTheLibrarysOwn) {
