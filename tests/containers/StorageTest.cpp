@@ -5,7 +5,7 @@
 
 namespace {
 
-using counting_new::liveArrays;
+using counting_new::liveBlocks;
 using Collections = reference::LeavesNothing;
 using Wide = TqVector<wchar_t>;
 using MemData = TqMemData<char, TqStrHeaderA, TqMemDataAllocator, TqPodReallocator<char>>;
@@ -24,7 +24,7 @@ long long capacityOf(const CStringArray& array) {
 }
 
 TEST_F(Collections, ArraysGrowByTheRulesAndHoldNothingWhenEmpty) {
-    const int before = liveArrays();
+    const int before = liveBlocks();
     CStringArray array;
     long long expected = 0;
     for (long long size = 0; size < 20000; ++size) {
@@ -46,9 +46,9 @@ TEST_F(Collections, ArraysGrowByTheRulesAndHoldNothingWhenEmpty) {
         EXPECT_EQ(capacityOf(array), array.GetSize());
         array.SetSize(5);
         array.RemoveAt(0, 5);
-        EXPECT_EQ(liveArrays(), before + 1);
+        EXPECT_EQ(liveBlocks(), before + 1);
         way == 0 ? array.FreeExtra() : way == 1 ? array.SetSize(0) : void(array.Append(CStringArray()));
-        EXPECT_EQ(capacityOf(array) + liveArrays(), before);
+        EXPECT_EQ(capacityOf(array) + liveBlocks(), before);
     }
 }
 
@@ -79,20 +79,20 @@ TEST_F(Collections, BadCountsAndIndicesLeaveAnArrayUnchanged) {
 }
 
 TEST_F(Collections, BlocksOfAListComeOneAtATimeAndGoTogether) {
-    const int before = liveArrays();
+    const int before = liveBlocks();
     CStringList list(10);
     for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 10; ++i)
             list.AddTail(L"x");
         list.RemoveHead();
-        list.AddHead(L"recycled");
-        EXPECT_EQ(liveArrays(), before + 1);
-        list.AddTail(L"eleventh");
+        list.AddHead(L"r");
+        EXPECT_EQ(liveBlocks(), before + 1);
+        list.AddTail(L"e");
         while (list.GetCount() > 1)
             list.RemoveAt(list.GetTailPosition());
-        EXPECT_EQ(liveArrays(), before + 2);
+        EXPECT_EQ(liveBlocks(), before + 2);
         list.RemoveTail();
-        EXPECT_EQ(liveArrays(), before);
+        EXPECT_EQ(liveBlocks(), before);
     }
     EXPECT_THROW(CStringList(0), std::invalid_argument);
     CPlex* chain = nullptr;
@@ -132,7 +132,7 @@ const wchar_t* storedKey(const CMapStringToPtr& map, const std::wstring& key) {
 }
 
 TEST_F(Collections, BlocksAndBucketsOfAMapComeWhenNeededAndGoTogether) {
-    const int before = liveArrays();
+    const int before = liveBlocks();
     CMapStringToPtr map(2);
     EXPECT_EQ(map.GetHashTableSize(), 17U);
     void* value = &map;
@@ -143,20 +143,20 @@ TEST_F(Collections, BlocksAndBucketsOfAMapComeWhenNeededAndGoTogether) {
         map.SetAt(L"b", nullptr);
         a = storedKey(map, L"a");
         EXPECT_TRUE(map.RemoveKey(L"a"));
-        map.SetAt(L"recycled", nullptr);
-        EXPECT_EQ(storedKey(map, L"recycled"), a);
-        EXPECT_EQ(liveArrays(), before + 2);
-        map.SetAt(L"third", nullptr);
-        EXPECT_EQ(liveArrays(), before + 3);
-        EXPECT_TRUE(map.RemoveKey(L"b") && map.RemoveKey(L"recycled") && map.RemoveKey(L"third"));
-        EXPECT_EQ(liveArrays(), before);
+        map.SetAt(L"r", nullptr);
+        EXPECT_EQ(storedKey(map, L"r"), a);
+        EXPECT_EQ(liveBlocks(), before + 2);
+        map.SetAt(L"c", nullptr);
+        EXPECT_EQ(liveBlocks(), before + 3);
+        EXPECT_TRUE(map.RemoveKey(L"b") && map.RemoveKey(L"r") && map.RemoveKey(L"c"));
+        EXPECT_EQ(liveBlocks(), before);
     }
     map.InitHashTable(5);
-    EXPECT_EQ(liveArrays(), before + 1);
+    EXPECT_EQ(liveBlocks(), before + 1);
     map.SetAt(L"a", nullptr);
     map.InitHashTable(6, false);
     EXPECT_THROW(map.InitHashTable(0), std::invalid_argument);
-    EXPECT_EQ(liveArrays(), before);
+    EXPECT_EQ(liveBlocks(), before);
     EXPECT_THROW(CMapStringToPtr(0), std::invalid_argument);
 }
 

@@ -161,22 +161,6 @@ TEST(FileFaults, InputThatCannotBeMappedIsReadThroughTheStream) {
     EXPECT_EQ(buf->length(), 5U);
 }
 
-TEST(FileFaultsDeathTest, ShrinkingAMappedFileIsABusErrorForItsReader) {
-    const TempFolder folder;
-    writeFile(folder.path("f"), pattern(50000));
-    EXPECT_EXIT(
-        {
-            const BufPtr buf = openForInput(folder.wide("f"));
-            ASSERT_EQ(::truncate(folder.path("f").c_str(), 10), 0);
-            buf->readByte(9); // what is left can be read
-            buf->readByte(40000);
-        },
-        [](int status) { // sanitizers catch the signal and exit
-            return WIFSIGNALED(status) ? WTERMSIG(status) == SIGBUS : WEXITSTATUS(status) != 0;
-        },
-        "");
-}
-
 TEST(FileFaults, OpeningWithoutMemoryLeavesNothingBehind) {
     const TempFolder folder;
     writeFile(folder.path("f"), pattern(10));

@@ -6,8 +6,6 @@
 /// CountingNew.cpp.
 namespace counting_new {
 
-/// Arrays from the global array new that are alive.
-int liveArrays();
 /// Blocks that are alive: arrays, single objects, and what another allocator counted with count().
 int liveBlocks();
 /// For an allocator that is to fail in turn with operator new: true when this allocation must fail.
