@@ -211,14 +211,10 @@ TEST(NumberFunctions, ReadIntegersAndSinglePrecision) {
         EXPECT_EQ(_wtoi(text), value) << text;
     EXPECT_TRUE(_wtoi(L" \t\n\v\f\r-12x") == -12 && _wtoi(L"99999999999999999999") == -1);
     // The length of the text is the base.
-    const std::pair<std::wstring, long long> rows[] = {{L"", 0},
-                                                       {L"7", 0},
-                                                       {L"10", 2},
-                                                       {L"12", 1},
-                                                       {L"-12", -5},
-                                                       {L"777", 0},
-                                                       {std::wstring(34, L'0') + L"zz", 1295},
-                                                       {std::wstring(35, L'0') + L"zz", 0}};
+    const std::wstring zeros(34, L'0');
+    const std::pair<std::wstring, long long> rows[] = {
+        {L"", 0},           {L"7", 0}, {L"10", 2}, {L"12", 1}, {L"-12", -5}, {L"777", 0}, {zeros + L"zz", 1295},
+        {zeros + L"0zz", 0}};
     for (const auto& [text, value] : rows)
         EXPECT_TRUE(_wtol(text.c_str()) == value && _wtoi64(text.c_str()) == value) << text;
     const std::wstring large(36, L'z');

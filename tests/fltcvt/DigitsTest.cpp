@@ -130,10 +130,6 @@ TEST(Digits, FastConversionsDecide) {
             expectNumber(std::to_string(fast.sixteen) + std::to_string(fast.last), 17, fast.point, shortest);
         else if (tq::detail::DoubleParts(v).significand > tq::detail::kHiddenBit)
             ++undecidedShortest;
-        char text[tq::detail::kDigitRoom];
-        const DigitLayout layout = tq::detail::shortestDigits(v, text);
-        const auto length = static_cast<std::size_t>(layout.count);
-        ASSERT_EQ((Decimal{std::string(text, length), layout.point}), shortest);
         for (int count = 1; count <= tq::detail::kMaxFastDigits; ++count) {
             for (std::size_t way = 0; way < std::size(kWays); ++way) {
                 std::uint64_t digits = 0;

@@ -53,21 +53,16 @@ TEST(StrToD, Syntax) {
 // Every character, in every place and width, is told from a digit.
 TEST(StrToD, EightCharactersAtOnce) {
     for (int c = 1; c < 0x200; ++c) {
-        for (int place = 0; place < EightCharacters::kCount; ++place) {
+        for (std::size_t place = 0; place < EightCharacters::kCount; ++place) {
             const bool isDigit = c >= '0' && c <= '9';
             std::wstring wide = L"12345678";
-            wide[static_cast<std::size_t>(place)] =
-                static_cast<wchar_t>(c | (place % 2 != 0 && !isDigit ? 0x110000 : 0));
+            wide[place] = static_cast<wchar_t>(c | (place % 2 != 0 && !isDigit ? 0x110000 : 0));
             const std::string narrow(wide.begin(), wide.end());
-            ASSERT_EQ(EightCharacters(wide.c_str()).areDigits(), isDigit);
+            const EightCharacters eight(wide.c_str());
+            ASSERT_EQ(eight.areDigits(), isDigit);
             ASSERT_TRUE(c >= 0x100 || EightCharacters(narrow.c_str()).areDigits() == isDigit);
-            if (isDigit) {
-                ASSERT_EQ(EightCharacters(narrow.c_str()).value(), std::stoull(narrow));
-            } else {
-                ASSERT_EQ(EightCharacters(wide.c_str()).digitCount(), place) << c;
-                ASSERT_EQ(EightCharacters(wide.c_str()).value(place),
-                          place == 0 ? 0 : std::stoull(narrow.substr(0, static_cast<std::size_t>(place))));
-            }
+            const std::string leading = "0" + narrow.substr(0, isDigit ? 8 : place);
+            ASSERT_EQ(isDigit ? eight.value() : eight.value(eight.digitCount()), std::stoull(leading)) << c;
         }
     }
 }

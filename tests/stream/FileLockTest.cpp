@@ -1,5 +1,7 @@
 #include "stream/StreamTest.h"
 
+#include <sys/socket.h>
+
 namespace {
 
 using namespace streamtest;
@@ -7,55 +9,45 @@ using namespace streamtest;
 // Another process that opens a file, holds it as it is told, and answers what it sees. One byte each way per step.
 class OtherProcess {
 public:
-    explicit OtherProcess(std::string path) : m_path(std::move(path)) {
-        if (::pipe(m_commands) != 0 || ::pipe(m_answers) != 0)
-            std::abort();
+    explicit OtherProcess(const std::string& path) {
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, m_ends), 0);
         m_child = ::fork();
         if (m_child == 0)
-            serve();
-        ::close(m_commands[0]);
-        ::close(m_answers[1]);
+            serve(path.c_str());
+        ::close(m_ends[1]);
     }
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
     ~OtherProcess() {
-        ::close(m_commands[1]);
-        ::close(m_answers[0]);
+        ::close(m_ends[0]);
         ::waitpid(m_child, nullptr, 0);
     }
 
     /// 'r' / 'w' take a read or write lock, 'u' releases it, 'g' asks what a write lock would meet: answers F_UNLCK,
     /// F_RDLCK or F_WRLCK; -1 for a failure, or for a lock on a part of the file.
     int ask(char command) {
-        signed char answer = -2;
-        if (::write(m_commands[1], &command, 1) != 1 || ::read(m_answers[0], &answer, 1) != 1)
-            return -3;
-        return answer;
+        signed char answer = -3;
+        return ::write(m_ends[0], &command, 1) == 1 && ::read(m_ends[0], &answer, 1) == 1 ? answer : -3;
     }
 
 private:
-    [[noreturn]] void serve() {
-        ::close(m_commands[1]);
-        ::close(m_answers[0]);
-        const int file = ::open(m_path.c_str(), O_RDWR | O_CREAT, 0666);
-        char command = 0;
-        while (::read(m_commands[0], &command, 1) == 1) {
+    [[noreturn]] void serve(const char* path) {
+        ::close(m_ends[0]);
+        const int file = ::open(path, O_RDWR);
+        for (char command = 0; ::read(m_ends[1], &command, 1) == 1;) {
             struct flock lock = {};
             lock.l_whence = SEEK_SET;
             lock.l_type = static_cast<short>(command == 'r' ? F_RDLCK : command == 'u' ? F_UNLCK : F_WRLCK);
-            const int result = ::fcntl(file, command == 'g' ? F_GETLK : F_SETLK, &lock);
-            signed char answer = -1;
-            if (result == 0 && lock.l_start == 0 && lock.l_len == 0)
-                answer = static_cast<signed char>(command == 'g' ? lock.l_type : 0);
-            if (::write(m_answers[1], &answer, 1) != 1)
+            const bool isDone = ::fcntl(file, command == 'g' ? F_GETLK : F_SETLK, &lock) == 0;
+            const bool isWhole = lock.l_start == 0 && lock.l_len == 0;
+            const auto answer = static_cast<signed char>(!isDone || !isWhole ? -1 : command == 'g' ? lock.l_type : 0);
+            if (::write(m_ends[1], &answer, 1) != 1)
                 break;
         }
         ::_exit(0);
     }
 
-    std::string m_path;
-    int m_commands[2] = {};
-    int m_answers[2] = {};
+    int m_ends[2] = {};
     pid_t m_child = -1;
 };
 
@@ -96,8 +88,7 @@ TEST_F(FileLock, ExclusiveOpenIsRefusedWhileAnotherProcessHoldsAnyLock) {
     for (const char lock : {'r', 'w'}) {
         ASSERT_EQ(m_other.ask(lock), 0);
         const BufPtr refused = openExclusively(m_name);
-        EXPECT_EQ(m_status, 433);
-        EXPECT_EQ(refused->fileHandle(), nullptr);
+        EXPECT_TRUE(m_status == 433 && refused->fileHandle() == nullptr);
         refused->close();
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(refused->fileHandle()), ~std::uintptr_t{0});
         EXPECT_TRUE(m_registry.IsEmpty()) << "a refused name is not registered";
@@ -105,8 +96,8 @@ TEST_F(FileLock, ExclusiveOpenIsRefusedWhileAnotherProcessHoldsAnyLock) {
             tq::openUpdate(m_name, TqIO::kShareDenyWrite);
             ADD_FAILURE() << "opened";
         } catch (const std::system_error& refusal) {
-            EXPECT_EQ(refusal.code().value(), EBUSY);
-            EXPECT_NE(std::string(refusal.what()).find("by another process"), std::string::npos);
+            EXPECT_TRUE(refusal.code().value() == EBUSY &&
+                        std::strstr(refusal.what(), "by another process") != nullptr);
         }
         ASSERT_EQ(m_other.ask('u'), 0);
         const BufPtr granted = openExclusively(m_name);
