@@ -5,12 +5,13 @@ namespace {
 // What `print` writes to a standard output that has taken no text yet, neither narrow nor wide: a child's, because a
 // stream keeps to what it has taken first.
 std::string printedBy(const char* locale, const std::function<void()>& print) {
-    std::FILE* output = std::tmpfile();
+    const reference::TempFolder folder;
+    const std::string path = folder.path("output");
     std::fflush(stdout);
     const pid_t child = ::fork();
     if (child == 0) {
         std::setlocale(LC_ALL, locale);
-        if (std::freopen("/dev/null", "w", stdout) == nullptr || ::dup2(::fileno(output), STDOUT_FILENO) < 0)
+        if (std::freopen(path.c_str(), "w", stdout) == nullptr)
             std::_Exit(1);
         print();
         std::fflush(stdout);
@@ -19,12 +20,8 @@ std::string printedBy(const char* locale, const std::function<void()>& print) {
     int status = -1;
     ::waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
-    std::string text;
-    std::rewind(output);
-    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output))
-        text += static_cast<char>(c);
-    std::fclose(output);
-    return text;
+    std::ifstream output(path);
+    return std::string(std::istreambuf_iterator<char>(output), {});
 }
 
 void traceInTurn() {

@@ -33,12 +33,10 @@ TEST(Checked, WritesWhatTheEngineWrites) {
 }
 
 TEST(Checked, TextsOfAnyLength) {
-    EXPECT_EQ(tq::formatted(L""), L"");
-    EXPECT_EQ(tq::formatted(L"%s", nullptr), L"");
+    EXPECT_EQ(tq::formatted(L"") + tq::formatted(L"%s", nullptr), L"");
     for (const std::size_t length : {1U, 255U, 256U, 4095U, 1048575U}) {
         const std::wstring text(length, L'x');
-        EXPECT_TRUE(tq::formatted(L"%s", text) == text) << length;
-        EXPECT_TRUE(tq::formatted(L"%s%s", L"", text.substr(1)) == text.substr(1)) << length;
+        EXPECT_TRUE(tq::formatted(L"%s%s", L"", text) == text) << length;
     }
     EXPECT_THROW(tq::formatted(L"%s", std::wstring(1048576, L'x')), std::length_error);
     EXPECT_THROW(tq::formatted(L"%.3000d", 1), std::length_error);

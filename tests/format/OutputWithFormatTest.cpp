@@ -13,17 +13,11 @@ using probe::widen;
 constexpr auto kParsed = [](const wchar_t* p) { return tq::detail::parseDirective(p, true); }(L"3$+-08.*2$ld");
 static_assert(kParsed.position == 3 && kParsed.width.value == 8 && kParsed.precision.isArgument);
 
-std::wstring digitsIn(unsigned long long value, unsigned base) {
-    std::wstring text;
-    do {
-        text.insert(text.begin(), L"0123456789ABCDEF"[value % base]);
-        value /= base;
-    } while (value != 0);
-    return text;
-}
-
-std::wstring padded(std::wstring text, std::size_t width) {
-    return text.insert(text[0] == L'-' ? 1 : 0, std::max(width, text.size()) - text.size(), L'0');
+// By the C library, whose printf knows the same letters.
+std::wstring printed(const char* format, auto... arguments) {
+    char text[80];
+    std::snprintf(text, sizeof text, format, arguments...);
+    return widen(text);
 }
 
 // The result and the text in a buffer of exactly `capacity` characters before a page that cannot be touched.
@@ -57,14 +51,13 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
         values.insert(values.end(), {power - 1, power, power * 2 / 3, power / 7 * 9});
     for (const unsigned long long value : values) {
         const auto low = static_cast<unsigned>(value);
-        const std::wstring text = std::to_wstring(static_cast<long long>(value));
-        expectBoth(std::to_wstring(value), L"%U", value);
-        expectBoth(text, L"%D", value);
-        expectBoth(std::to_wstring(static_cast<int>(low)), L"%d", low);
-        expectBoth(digitsIn(value, 16), L"%X", value);
-        expectBoth(padded(digitsIn(low, 16), 8), L"%08x", low);
+        expectBoth(printed("%llu", value), L"%U", value);
+        expectBoth(printed("%lld", value), L"%D", value);
+        expectBoth(printed("%d", low), L"%d", low);
+        expectBoth(printed("%llX", value), L"%X", value);
+        expectBoth(printed("%08X", low), L"%08x", low);
         for (const int width : {9, 11, 16, 17, 21, 40})
-            expectBoth(padded(text, static_cast<std::size_t>(width)), L"%0*D", width, value);
+            expectBoth(printed("%0*lld", width, value), L"%0*D", width, value);
     }
     reference::GuardedBuffer<wchar_t> source(80);
     for (std::size_t length = 0; length < 80; ++length) {

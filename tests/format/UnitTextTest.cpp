@@ -108,18 +108,17 @@ TEST_F(UnitText, ChoosesThePairOfModeAndPrecision) {
     units.angularUnitMode = kAngularSurveyor;
     units.angularPrecision = -2;
     initOsBaseUnits(units);
-    const struct {
-        int type, flags, mode, precision;
-    } rows[] = {{kQTypeAlternateLength, kQFlagDecimalPair, kLinearDecimal, 2},
-                {kQTypeLength, kQFlagDecimalPair, kLinearArchitectural, 5},
-                {kQTypeAngle, 0, kAngularSurveyor, 0},
-                {kQTypeRelativeAngle, kQFlagLinearPair, kAngularDegreesMinutesSeconds, 5},
-                {4, 0, kLinearArchitectural, 5}};
-    for (const auto& row : rows) {
-        int precision = -1;
-        int mode = -1;
-        FormatUtil::convertQTypeToAppType(precision, mode, row.type, row.flags);
-        EXPECT_TRUE(mode == row.mode && precision == row.precision) << row.type << "/" << row.flags;
+    const std::tuple<int, int, std::pair<int, int>> rows[] = {
+        // type and flags; mode and precision
+        {kQTypeAlternateLength, kQFlagDecimalPair, {kLinearDecimal, 2}},
+        {kQTypeLength, kQFlagDecimalPair, {kLinearArchitectural, 5}},
+        {kQTypeAngle, 0, {kAngularSurveyor, 0}},
+        {kQTypeRelativeAngle, kQFlagLinearPair, {kAngularDegreesMinutesSeconds, 5}},
+        {4, 0, {kLinearArchitectural, 5}}};
+    for (const auto& [type, flags, expected] : rows) {
+        std::pair pair(-1, -1);
+        FormatUtil::convertQTypeToAppType(pair.second, pair.first, type, flags);
+        EXPECT_EQ(pair, expected) << type << "/" << flags;
     }
     units.linearUnitMode = kLinearEngineering; // its decimals are its own
     EXPECT_EQ(show(1.25, kQTypeAlternateLength, kQFlagDecimalPair), L"1.25000");
