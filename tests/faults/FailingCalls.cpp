@@ -61,12 +61,10 @@ ssize_t writeTo(void* cookie, const char* buffer, std::size_t size) {
     const bool fails = isDue(Call::kWrite);
     if (fails)
         size = g_plan.fault == Fault::kShort && !isLater ? size / 2 : 0;
-    std::size_t done = 0;
-    for (ssize_t n = 1; n > 0 && done<size; done += n> 0 ? static_cast<std::size_t>(n) : 0)
-        n = ::write(fileOf(cookie), buffer + done, size - done);
+    const ssize_t done = ::write(fileOf(cookie), buffer, size); // a file takes all at once
     if (fails)
         failed();
-    return static_cast<ssize_t>(done);
+    return done;
 }
 
 int moveTo(void* cookie, off_t* offset, int whence) {

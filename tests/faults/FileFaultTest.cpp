@@ -11,8 +11,6 @@ using faults::Call;
 using faults::Fault;
 using faults::FaultyStreams;
 
-constexpr Fault kFaults[] = {Fault::kInterrupted, Fault::kShort, Fault::kBroken};
-
 // A session that writes: pieces of a length at a position, and reading one byte between.
 const struct {
     std::size_t at, length;
@@ -55,11 +53,11 @@ TEST(FileFaults, NoAcceptedByteIsLostInSilence) {
     const TempFolder folder;
     for (const Kind kind : {kPlain, kOutput})
         for (const Call call : {Call::kWrite, Call::kMove, Call::kRead, Call::kClose})
-            for (const Fault fault : kFaults) {
+            for (const Fault fault : {Fault::kInterrupted, Fault::kShort, Fault::kBroken}) {
                 int nth = 0;
                 for (bool isMet = true; isMet && !HasFailure(); ++nth) {
-                    SCOPED_TRACE("kind " + std::to_string(kind) + " call " + std::to_string(static_cast<int>(call)) +
-                                 " fault " + std::to_string(static_cast<int>(fault)) + " at " + std::to_string(nth));
+                    SCOPED_TRACE(testing::Message() << "kind " << kind << " call " << static_cast<int>(call)
+                                                    << " fault " << static_cast<int>(fault) << " at " << nth);
                     const FaultyStreams faulty(call, fault, nth);
                     const std::wstring thrown = expectNoSilentLoss(kind, folder.wide("f"), folder.path("f"));
                     isMet = faulty.wasMet();
