@@ -232,19 +232,11 @@ TEST_F(ContainerModel, CMapStringToPtr) {
     });
 }
 
-int g_slotsAlive = 0;
-
+// Of which leaks are counted as all others are.
 template <class T>
-struct CountingAllocator {
-    static T* allocate(int count) {
-        T* const slots = new T[static_cast<std::size_t>(count)];
-        ++g_slotsAlive;
-        return slots;
-    }
-    static void release(T* slots, int) noexcept {
-        --g_slotsAlive;
-        delete[] slots;
-    }
+struct OwnAllocator {
+    static T* allocate(int count) { return new T[static_cast<std::size_t>(count)]; }
+    static void release(T* slots, int) noexcept { delete[] slots; }
 };
 
 constexpr std::size_t kCrowd = 5;
@@ -283,7 +275,7 @@ void playVectors(unsigned seed) {
         j = random() % kCrowd;
         length = random() % 40;
         value = static_cast<Element>(random() % 100);
-        there = models[i].empty() ? 0 : random() % models[i].size();
+        there = random() % std::max<std::size_t>(models[i].size(), 1);
         return models[i].empty() ? 3 : operations.size();
     };
     play(seed, operations, choose, [&] {
@@ -300,8 +292,7 @@ TEST_F(ContainerModel, TqVector) {
     playVectors<TqVector<wchar_t>>(1);
     playVectors<TqVector<char>>(2);
     playVectors<TqByteVector>(3);
-    playVectors<TqVector<short, CountingAllocator<short>, TqRefCounter, TqVectorFlatMemBufGrowPolicy>>(4);
-    EXPECT_EQ(g_slotsAlive, 0);
+    playVectors<TqVector<short, OwnAllocator<short>, TqRefCounter, TqVectorFlatMemBufGrowPolicy>>(4);
 }
 
 // A crowd of strings that copy, change and feed each other, and themselves.

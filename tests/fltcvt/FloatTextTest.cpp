@@ -9,8 +9,7 @@ const double kNan = std::numeric_limits<double>::quiet_NaN();
 
 struct Request {
     char letter;
-    int count;
-    int style;
+    int count, style;
 };
 
 // The narrow text, written so that its terminator is the last byte before memory that cannot be touched, and which must

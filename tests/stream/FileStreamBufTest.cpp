@@ -116,20 +116,17 @@ TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
 
 TEST(FileStreamBuf, TakesOverAnOpenStream) {
     std::FILE* file = std::tmpfile();
-    ASSERT_NE(file, nullptr);
     ASSERT_EQ(std::fwrite("0123456789", 1, 10, file), 10U);
     const BufPtr buf(createFileIOStreamBuf(file));
     EXPECT_EQ(buf->fileHandle(), file);
-    EXPECT_EQ(buf->length(), 10U) << "what was still in the stream included";
-    EXPECT_EQ(buf->tell(), 10U);
+    EXPECT_TRUE(buf->length() == 10 && buf->tell() == 10) << "what was still in the stream included";
     buf->rewind();
     EXPECT_EQ(buf->readByte(), '0');
     buf->writeByte('b');
     EXPECT_EQ(buf->readByte(), '2') << "reading and writing may follow each other";
     for (const std::uintptr_t none : {std::uintptr_t{0}, ~std::uintptr_t{0}}) {
         const BufPtr empty(createFileIOStreamBuf(reinterpret_cast<void*>(none)));
-        EXPECT_EQ(thrownBy([&] { empty->writeByte(1); }), kWriteError);
-        EXPECT_EQ(empty->length(), 0U);
+        EXPECT_TRUE(thrownBy([&] { empty->writeByte(1); }) == kWriteError && empty->length() == 0);
     }
 }
 
@@ -147,11 +144,9 @@ BufPtr takeOverFull() {
 TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
     const Bytes large(100000, 'x');
     const auto closing = [](const BufPtr& buf) { return thrownBy([&] { buf->close(); }); };
+    const auto write = [&](const BufPtr& to, uint32_t n) { return thrownBy([&] { to->writeBytes(large.data(), n); }); };
     for (const Kind kind : {kPlain, kOutput}) {
         const BufPtr buf = openFull(kind);
-        const auto write = [&](const BufPtr& to, uint32_t n) {
-            return thrownBy([&] { to->writeBytes(large.data(), n); });
-        };
         EXPECT_EQ(write(buf, 100000), kWriteError);
         EXPECT_EQ(closing(buf), L"") << "nothing was accepted";
         // Lost where the C stream is emptied, and, of the output buffer, before that.
@@ -179,7 +174,7 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
     writeFile(folder.path("f"), bytesOf("read only"));
     for (const bool closes : {true, false}) { // no accepted byte is lost
         const BufPtr readOnly = openForUpdate(kPlain, folder.wide("f"), TqIO::kOpenExisting, TqIO::kAccessRead);
-        EXPECT_EQ(thrownBy([&] { readOnly->writeBytes(large.data(), 10); }), kWriteError);
+        EXPECT_EQ(write(readOnly, 10), kWriteError);
         std::FILE* const directory = std::fopen("/", "r");
         EXPECT_TRUE(std::fgetc(directory) == EOF && std::ferror(directory) != 0);
         const BufPtr marked(createFileIOStreamBuf(directory));
