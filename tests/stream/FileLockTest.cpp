@@ -33,7 +33,7 @@ public:
 private:
     [[noreturn]] void serve(const char* path) {
         ::close(m_ends[0]);
-        const int file = ::open(path, O_RDWR);
+        const int file = ::open(path, O_RDWR | O_CREAT, 0666);
         for (char command = 0; ::read(m_ends[1], &command, 1) == 1;) {
             struct flock lock = {};
             lock.l_whence = SEEK_SET;
