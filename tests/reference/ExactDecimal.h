@@ -70,23 +70,15 @@ inline Decimal cut(const Decimal& value, int keep, int add) {
     return result;
 }
 
-/// The middle between cut(value, keep, 0) and cut(value, keep, 1).
-inline Decimal middle(const Decimal& value, int keep) {
-    std::string digits = value.digits;
-    digits.resize(static_cast<std::size_t>(keep), '0');
-    Decimal result{digits + '5', value.point};
-    result.trim();
-    return result;
-}
-
 /// Rounded to `keep` digits, ties to the even digit; nothing is left when `keep` is negative.
 inline Decimal rounded(const Decimal& value, int keep) {
+    const auto count = static_cast<std::size_t>(keep);
     if (keep < 0)
         return {};
-    if (static_cast<std::size_t>(keep) >= value.digits.size())
+    if (count >= value.digits.size())
         return value;
-    const int order = compare(value, middle(value, keep));
-    const bool isOdd = keep > 0 && (value.digits[static_cast<std::size_t>(keep) - 1] & 1) != 0;
+    const int order = value.digits.compare(count, std::string::npos, "5"); // digits do not end with 0
+    const bool isOdd = keep > 0 && (value.digits[count - 1] & 1) != 0;
     return cut(value, keep, order > 0 || (order == 0 && isOdd) ? 1 : 0);
 }
 

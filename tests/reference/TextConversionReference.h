@@ -14,11 +14,11 @@ inline const std::vector<std::string> kMifEscape = {"\\", "Mm", "+", "012345", k
 /// The length of the escape at `p`, 0 if there is none.
 template <class Char>
 int escapeLength(const Char* p, const std::vector<std::string>& form) {
-    for (std::size_t i = 0; i < form.size(); ++i) {
-        if (p[i] <= 0 || p[i] >= 128 || form[i].find(static_cast<char>(p[i])) == std::string::npos)
-            return 0;
-    }
-    return static_cast<int>(form.size());
+    const auto fits = [&p](const std::string& allowed) {
+        const Char c = *p++;
+        return c > 0 && c < 128 && allowed.find(static_cast<char>(c)) != std::string::npos;
+    };
+    return std::all_of(form.begin(), form.end(), fits) ? static_cast<int>(form.size()) : 0;
 }
 
 inline std::wstring narrowToWide(const char* src, int length) {

@@ -185,18 +185,17 @@ TEST(FileStreamBuf, FullDiskIsReportedAndTheFileClosed) {
 
 TEST(FileStreamBufDeathTest, BytesLostUnsaidEndTheProcessInTheDestructor) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto lose = [](Kind kind, bool seeks) {
+        BufPtr buf = openFull(kind);
+        buf->writeByte('x');
+        if (seeks && buf->seek(0xFFFFFFFF, TqIO::kSeekStart) == UINT64_MAX) // quietly
+            buf.reset();
+        if (!seeks)
+            destoryFileIOStreamBuf(buf.release());
+    };
     for (const Kind kind : {kPlain, kOutput})
         for (const bool seeks : {false, true})
-            EXPECT_DEATH(
-                {
-                    BufPtr buf = openFull(kind);
-                    buf->writeByte('x');
-                    if (seeks && buf->seek(0xFFFFFFFF, TqIO::kSeekStart) == UINT64_MAX) // quietly
-                        buf.reset();
-                    if (!seeks)
-                        destoryFileIOStreamBuf(buf.release());
-                },
-                "");
+            EXPECT_DEATH(lose(kind, seeks), "");
     EXPECT_DEATH(takeOverFull(), "");
 }
 
