@@ -1,5 +1,6 @@
 // A program whose static objects allocate and convert numbers before the heap and the allocator of digits are built and
-// after they are gone. Ends with 0 when that works.
+// after they are gone. Ends with 0 when that works. With an argument it misuses a block in the way that is named there,
+// for a memory checker to report; without one there is nothing to report.
 
 #include "platform/StaticInit.h"
 
@@ -75,14 +76,46 @@ private:
     char* m_blocks[kCount];
 };
 
+char* allocate(std::size_t size) {
+    return static_cast<char*>(tqMalloc(size));
+}
+
+// The memory of a block that is no one's.
+char* freed(std::size_t size) {
+    char* const block = allocate(size);
+    tqFree(block);
+    return block;
+}
+
+volatile char g_sink;
+
+[[noreturn]] void misuse(const std::string& way) {
+    char* const first = allocate(48);
+    char* const last = allocate(48); // keeps its page in the pool, which has a chain then
+    tqFree(first);
+    if (way == "read")
+        g_sink = *freed(40);
+    else if (way == "write")
+        freed(48)[47] = 1;
+    else if (way == "overrun")
+        last[48] = 1; // into a block that was never handed out
+    else if (way == "unit")
+        g_sink = static_cast<char*>(tqAllocPageHeap(8192))[8192];
+    else
+        tqFree(freed(48)); // twice
+    std::_Exit(0);         // what is damaged serves nobody any more
+}
+
 // This file comes before the library in the link, so among objects of the first priority its own is the first to be
 // constructed and the last to be destroyed.
 TQ_INIT_FIRST Holder g_outer(true);
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
     static const Holder inner(false);
+    if (argc > 1)
+        misuse(argv[1]);
     void* const block = tqMalloc(9);
     require(tqMsize(block) == 16, "the heap serves main");
     require(G_Pow5Data != nullptr && G_Pow5Data->words[0] == 625, "the cache of powers in main");
