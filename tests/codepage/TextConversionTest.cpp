@@ -264,8 +264,8 @@ TEST(ConversionCalls, CodePagesFlagsAndNull) {
 
 // Appending many pieces moves what is there a few times only, and no text keeps many more slots than it needs.
 TEST(ConversionOutput, RoomGrowsInProportionAndIsGivenBack) {
-    TqVector<wchar_t> wide;
-    TqVector<char> narrow, utf8;
+    TqVector<wchar_t> wide, eastAsian;
+    TqVector<char> narrow, utf8, full;
     const std::wstring piece(50, L'\u00E9');
     std::set<int> rooms;
     for (int i = 0; i < 2000; ++i) {
@@ -277,9 +277,8 @@ TEST(ConversionOutput, RoomGrowsInProportionAndIsGivenBack) {
     }
     EXPECT_LE(rooms.size(), 3U * 16);
     TqCharMapper::utf8ToUnicode("\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD\xE4\xB8\xAD", 18,
-                                wide = TqVector<wchar_t>());
-    EXPECT_LE(wide.physicalLength(), 14);
-    TqVector<char> full;
+                                eastAsian);
+    EXPECT_LE(eastAsian.physicalLength(), 14);
     full.setLogicalLength(INT_MAX);
     EXPECT_THROW(TqCharMapper::wideCharToMultiByte(kCodePageWestern, L"", 0, full), std::length_error);
     EXPECT_THROW(TqCharMapper::unicodeToUtf8(L"\u4E2D", 1, full), std::length_error);

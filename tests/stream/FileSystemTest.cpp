@@ -100,4 +100,112 @@ TEST(FileSystem, WhatIsNotProvidedDoesNothing) {
     EXPECT_TRUE(readFile(folder.path("file")).size() == 5 && !std::filesystem::exists(folder.path("other")));
 }
 
+// What paths are split into, whatever their slashes and full stops, is for fuzz/PathSplitFuzz.cpp.
+
+// Drive, directory, file name, extension.
+using Parts = std::vector<std::wstring>;
+using Room = reference::GuardedBuffer<wchar_t>;
+
+const std::wstring kLong(1000, L'x');
+
+TEST(Paths, SplitAtTheLastSlashAndTheLastFullStop) {
+    const std::pair<const wchar_t*, Parts> rows[] = {{L"C:\\dir/file.tar.gz", {L"", L"C:\\dir/", L"file.tar", L"gz"}},
+                                                     {nullptr, {L"", L"", L"", L""}}};
+    for (const auto& [path, expected] : rows) {
+        wchar_t out[4][32] = {L"#", L"#", L"#", L"#"};
+        _wsplitpath(path, out[0], out[1], out[2], out[3]);
+        EXPECT_EQ(Parts(out, out + 4), expected) << path;
+        _wsplitpath(path, nullptr, nullptr, nullptr, nullptr);
+    }
+    wchar_t made[] = L"#";
+    _wmakepath(made, L"a", L"b", L"c", L"d");
+    EXPECT_STREQ(made, L"#");
+}
+
+TEST(Paths, SplitIntoComponentsThatAreCutToFit) {
+    const struct {
+        std::wstring path;
+        int result;
+        Parts parts; // "#" where nothing is written
+    } rows[] = {{L"data//me///plan.v2.txt/", 0, {L"data", L"/me", L"plan", L".v2.txt"}},
+                {L"/a/one.x/b/two.y.z/c", 0, {L"a", L"/b/c", L"two", L".y.z"}},
+                {L"/a/" + kLong + L"/f.", 0, {L"a", L"/" + kLong, L"f", L"."}},
+                {std::wstring(1023, L'd'), 1, {std::wstring(1023, L'd'), L"", L"#", L"#"}},
+                {std::wstring(1021, L'd') + L"/.e", 1, {L"#", L"#", L"#", L"#"}}};
+    Room rooms[4] = {Room(1024), Room(1024), Room(1024), Room(1024)};
+    for (const auto& row : rows)
+        for (const std::size_t size : {0U, 2U, 3U, 5U, 64U, 1024U}) {
+            wchar_t* out[4];
+            for (std::size_t i = 0; i < 4; ++i)
+                out[i] = std::wcsncpy(rooms[i].last(size), L"#", size);
+            EXPECT_EQ(_wsplitpath_s(row.path.c_str(), out[0], size, out[1], size, out[2], size, out[3], size),
+                      row.result);
+            for (std::size_t i = 0; i < 4 && size > 0; ++i)
+                EXPECT_EQ(out[i], row.parts[i].substr(0, size - 1)) << row.path.substr(0, 40) << " " << i;
+        }
+    EXPECT_EQ(_wsplitpath_s(nullptr, nullptr, 0, nullptr, 0, nullptr, 0, nullptr, 0), 1);
+    wchar_t same[16] = L"/a/b/c.d";
+    EXPECT_EQ(_wsplitpath_s(same, same, 16, same, 16, same, 16, nullptr, 0), 0) << "an output may overlap the path";
+    EXPECT_STREQ(same, L"c");
+    // A part with places but no buffer fails where it is met.
+    const Parts written[] = {
+        {L"#", L"#", L"#", L"#"}, {L"a", L"#", L"#", L".d"}, {L"a", L"/b", L"#", L".d"}, {L"a", L"#", L"#", L"#"}};
+    for (std::size_t missing = 0; missing < 4; ++missing) {
+        wchar_t out[4][8] = {L"#", L"#", L"#", L"#"};
+        wchar_t* to[4] = {out[0], out[1], out[2], out[3]};
+        to[missing] = nullptr;
+        EXPECT_EQ(_wsplitpath_s(L"/a/b/c.d", to[0], 8, to[1], 8, to[2], 8, to[3], 8), 1);
+        EXPECT_EQ(Parts(out, out + 4), written[missing]) << missing;
+    }
+}
+
+TEST(Paths, WithoutAComponentOneFunctionSaysSo) {
+    wchar_t out[1024] = L"#";
+    testing::internal::CaptureStdout();
+    for (const wchar_t* path : {L"", L"/", L"///"})
+        EXPECT_EQ(_wsplitpath_s(path, out, 8, out, 8, out, 8, out, 8), 1);
+    EXPECT_FALSE(TqPathMaker::splitPath(L"", out, 8, out, 8, out, 8, out, 8));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed!\nfailed!\nfailed!\n");
+    EXPECT_STREQ(out, L"#");
+}
+
+TEST(Paths, OnePartAtATime) {
+    const std::wstring longDir = L"/" + std::wstring(300, L'd');
+    const std::wstring name(600, L'n');
+    const struct {
+        std::wstring path, drive, dir, ext, fileName, fullName;
+    } rows[] = {{L"/a/b/c.txt", L"a", L"/b", L".txt", L"c", L"c.txt"},
+                {L"/onlydir/sub", L"onlydir", L"/sub", L"", L"", L""}, // written, yet a failure
+                {L"/" + kLong + L"/c.d", std::wstring(63, L'x'), L"", L".d", L"c", L"c.d"},
+                {L"/a" + longDir + L"/" + name + L".longest", L"a", longDir.substr(0, 259), L".longes", name,
+                 name + L".longest"}};
+    Room room(1024);
+    for (const auto& row : rows) {
+        const bool isSplit = !row.fileName.empty();
+        const auto expectPart = [&](int (*get)(wchar_t*, const wchar_t*), std::size_t size, const std::wstring& part) {
+            wchar_t* out = room.last(size);
+            EXPECT_EQ(get(out, row.path.c_str()), isSplit ? static_cast<int>(part.size()) : 0);
+            EXPECT_EQ(out, part) << row.path.substr(0, 40);
+            EXPECT_EQ(get(out, nullptr) + get(nullptr, row.path.c_str()), 0);
+            EXPECT_STREQ(out, L"");
+        };
+        expectPart(TqPathMaker::getDriverName, 64, row.drive);
+        expectPart(TqPathMaker::getParentDir, 260, row.dir);
+        expectPart(TqPathMaker::getExtFileName, 8, row.ext);
+        wchar_t* out = room.last(1024);
+        EXPECT_EQ(TqPathMaker::getFileName(row.path.c_str(), out, nullptr), isSplit);
+        EXPECT_EQ(out, row.fileName);
+        EXPECT_EQ(TqPathMaker::getFullFileName(row.path.c_str(), out), isSplit);
+        EXPECT_EQ(out, row.fullName);
+    }
+    EXPECT_FALSE(TqPathMaker::getFullFileName(nullptr, room.last(1)));
+    EXPECT_FALSE(TqPathMaker::getFileName(L"/a/b.c", nullptr, nullptr));
+    EXPECT_EQ(TqPathMaker::getAbsolutePath(nullptr, 1024, L"a"), 1);
+    for (const wchar_t* path : {L"", L"C:/a/b", L"a:b", L"/a\\b/", L"a.b c'(&)", L"\u4E2D"})
+        EXPECT_TRUE(TqPathMaker::isValidPath(path)) << path;
+    for (const wchar_t* path : {L"ab:c", L":", L"a::", L"//server/x", L"\\\\server", L"a/\\b", L"a//", L"a\"", L"*",
+                                L"<", L"a>b", L"?", L"a|b", static_cast<const wchar_t*>(nullptr)})
+        EXPECT_FALSE(TqPathMaker::isValidPath(path)) << path;
+}
+
 } // namespace
