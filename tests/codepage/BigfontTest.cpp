@@ -108,8 +108,7 @@ public:
     }
 
     std::wstring found;
-    int searches = 0;
-    int reads = 0;
+    int searches = 0, reads = 0;
 };
 
 // The only test that sets the flag of a file that was read.

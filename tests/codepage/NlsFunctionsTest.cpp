@@ -6,8 +6,7 @@ namespace {
 
 using namespace std::string_literals;
 
-class LocaleScope {
-public:
+struct LocaleScope {
     explicit LocaleScope(const char* name) { EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name; }
     ~LocaleScope() { std::setlocale(LC_ALL, "C"); }
 };
@@ -75,17 +74,13 @@ TEST(GetStringType, KnowsTheFlagsOfTypicalCharacters) {
     EXPECT_TRUE(TqCharOp::GetStringType(1, text, -1, types.data()) && types.back() == 0xFFFF);
     types.pop_back();
     EXPECT_EQ(types, expected);
-    const struct {
-        unsigned infoType;
-        const wchar_t* text;
-        int count;
-        bool isAnswered;
-    } rows[] = {{0xFFFF, L"\0", 1, true}, {2, L"A", 1, false}, {1, L"A", 0, false},
-                {1, L"A", -2, false},     {1, L"", -1, false}, {1, nullptr, 1, false}};
-    for (const auto& row : rows) {
+    const std::tuple<unsigned, const wchar_t*, int, bool> rows[] = {{0xFFFF, L"\0", 1, true}, {2, L"A", 1, false},
+                                                                    {1, L"A", 0, false},      {1, L"A", -2, false},
+                                                                    {1, L"", -1, false},      {1, nullptr, 1, false}};
+    for (const auto& [infoType, source, count, isAnswered] : rows) {
         unsigned short type = 0x5555;
-        EXPECT_EQ(TqCharOp::GetStringType(row.infoType, row.text, row.count, &type), row.isAnswered);
-        EXPECT_EQ(type, row.isAnswered ? kC1Cntrl : 0x5555);
+        EXPECT_EQ(TqCharOp::GetStringType(infoType, source, count, &type), isAnswered);
+        EXPECT_EQ(type, isAnswered ? kC1Cntrl : 0x5555);
     }
     EXPECT_FALSE(TqCharOp::GetStringType(1, L"A", 1, nullptr));
 }

@@ -6,11 +6,9 @@
 
 namespace {
 
-std::string plain(const char* text) {
-    return text;
-}
-std::string plain(const wchar_t* text) {
-    return std::string(text, text + std::wcslen(text));
+template <class Char>
+std::string plain(const Char* text) {
+    return std::string(text, text + std::char_traits<Char>::length(text));
 }
 std::wstring widened(const std::string& text) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
@@ -327,9 +325,7 @@ TEST(WindowsNames, FilesAndFolders) {
 std::wstring g_traced;
 
 TEST(WindowsNames, TimeAndTraces) {
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER start;
-    LARGE_INTEGER end;
+    LARGE_INTEGER frequency, start, end;
     const unsigned long long ticks = GetTickCount64();
     ASSERT_EQ(QueryPerformanceFrequency(&frequency) + QueryPerformanceCounter(&start), 2);
     Sleep(3);
@@ -338,8 +334,7 @@ TEST(WindowsNames, TimeAndTraces) {
     EXPECT_GE(end.QuadPart - start.QuadPart, frequency.QuadPart * 3 / 1000);
     EXPECT_GE(GetTickCount64() - ticks, 2U);
     EXPECT_EQ((static_cast<long long>(end.HighPart) << 32) + end.LowPart, end.QuadPart);
-    EXPECT_EQ(end.u.LowPart, end.LowPart);
-    EXPECT_EQ(QueryPerformanceCounter(nullptr), FALSE);
+    EXPECT_TRUE(end.u.LowPart == end.LowPart && QueryPerformanceCounter(nullptr) == FALSE);
 
     TqTracer::setTraceFunctionW([](const wchar_t* text) { g_traced += text; });
     OutputDebugStringW(L"5 %s ");
