@@ -51,7 +51,8 @@ public:
         require((tqFCvtAllocator()->m_cursor == nullptr) == m_outlivesAll, "and so is the cursor");
         convert();
         m_blocks[1] = static_cast<char*>(tqRealloc(m_blocks[1], 4000));
-        for (std::size_t i = 0; i < kCount; ++i) {
+        for (std::size_t k = 0; k < kCount; ++k) {
+            const std::size_t i = k * 7 % kCount; // out of order, so that there are chains
             const auto isIntact = [i](char c) { return c == static_cast<char>(i); };
             require(std::all_of(m_blocks[i], m_blocks[i] + size(i), isIntact), "contents at the end");
             require(tqMsize(m_blocks[i]) >= size(i), "size at the end");
@@ -68,9 +69,11 @@ public:
     }
 
 private:
-    static constexpr std::size_t kCount = 1000;
+    static constexpr std::size_t kCount = 4000;
 
-    static std::size_t size(std::size_t i) { return i % 9 == 8 ? 4096 * (1 + i % 5) : 1 + i * 7 % 600; }
+    static std::size_t size(std::size_t i) {
+        return i % 9 == 8 ? 4096 * (1 + i % 5) : i < 1000 ? 1 + i * 7 % 600 : i < 2000 ? 2048 : 4096;
+    }
 
     bool m_outlivesAll;
     char* m_blocks[kCount];
@@ -114,6 +117,8 @@ TQ_INIT_FIRST Holder g_outer(true);
 
 int main(int argc, char** argv) {
     static const Holder inner(false);
+    for (int round = 0; round < 3; ++round) // what goes back is taken again
+        const Holder other(false);
     if (argc > 1)
         misuse(argv[1]);
     void* const block = tqMalloc(9);
