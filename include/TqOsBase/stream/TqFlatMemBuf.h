@@ -88,14 +88,14 @@ public:
 private:
     friend class TqFileOStreamBuf; // for advanceUnshared()
 
-    // Moves on by `n` and returns the place that the position had, to be written to: for an owner that has given nobody
-    // a copy of the buffer and knows that the data is that long.
+    // Moves on by `n`, at least 1, and returns the place that the position had, to be written to: for an owner that has
+    // given nobody a copy of the buffer and knows that the data is that long.
     [[gnu::visibility("hidden")]] unsigned char* advanceUnshared(std::uint32_t n) noexcept {
         assert(n <= length() - m_position);
         const TqByteVector& bytes = m_bytes;
-        auto* const place = const_cast<unsigned char*>(bytes.asArrayPtr()) + m_position;
+        const unsigned char& place = bytes[static_cast<int>(m_position)];
         m_position += n;
-        return place;
+        return const_cast<unsigned char*>(&place);
     }
     [[gnu::visibility("hidden")]] void writeBytesElsewhere(const unsigned char* buf, std::uint32_t n);
     unsigned char* setLogicalLength(std::uint64_t length);
