@@ -26,6 +26,10 @@ inline void moveBytes(unsigned char* to, const unsigned char* from, std::size_t 
         std::uint32_t value = 0;
         std::memcpy(&value, from, sizeof value);
         std::memcpy(to, &value, sizeof value);
+    } else if (n == 2) {
+        std::uint16_t value = 0;
+        std::memcpy(&value, from, sizeof value);
+        std::memcpy(to, &value, sizeof value);
     } else if (n == 1) {
         *to = *from;
     } else if (n != 0) {
