@@ -70,7 +70,7 @@ Outcome run(const Contender& contender, const Files& files) {
     std::string command;
     if (contender.library != nullptr)
         command = std::string("LD_PRELOAD=") + contender.library + " ";
-    command += std::string(TQ_BENCH_WORKLOAD) + " " + contender.program + " " + files.drawing() + " " + files.copy();
+    command += std::string("'" TQ_BENCH_WORKLOAD "' ") + contender.program + " " + files.drawing() + " " + files.copy();
     std::FILE* const output = ::popen(command.c_str(), "r");
     if (output == nullptr)
         throw std::runtime_error("cannot run " + command);
