@@ -124,18 +124,22 @@ __attribute__((target("avx2"), no_sanitize("address", "thread"))) void narrowSte
     }
 }
 
+__attribute__((target("avx2"))) inline __m128i packedEight(__m256i characters) {
+    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(characters), _mm256_extracti128_si256(characters, 1));
+    return _mm_packus_epi16(words, words);
+}
+
 // The plain characters from `src` to the end of the register that it lies in. False where there are none, and where
 // there may be no room for eight. Where the next register begins does not depend on the text, as long as it is plain.
 __attribute__((target("avx2"), no_sanitize("address", "thread"))) inline bool narrowRegister(NarrowCursor& at) {
     if (at.room < kLanes)
         return false;
     const std::size_t before = reinterpret_cast<std::uintptr_t>(at.src) / sizeof(wchar_t) % kLanes;
-    const __m256i characters = _mm256_load_si256(reinterpret_cast<const __m256i*>(at.src - before));
-    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(characters), _mm256_extracti128_si256(characters, 1));
-    const __m128i bytes = _mm_packus_epi16(words, words);
+    const __m128i bytes = packedEight(_mm256_load_si256(reinterpret_cast<const __m256i*>(at.src - before)));
     const auto ours = static_cast<std::uint64_t>(_mm_cvtsi128_si64(bytes)) >> (8 * before);
-    const std::uint32_t special = notPositive(_mm256_castsi128_si256(bytes)) % (1U << kLanes) >> before;
+    // Nothing depends on what follows the text, which may have no value.
     const std::size_t present = std::min(kLanes - before, at.left);
+    const std::uint32_t special = notPositive(_mm256_castsi128_si256(bytes)) >> before & ((1U << present) - 1);
     const std::size_t plain = special == 0 ? present : static_cast<std::size_t>(std::countr_zero(special));
     std::memcpy(at.out, &ours, kLanes);
     if (plain >= present) [[likely]]
@@ -188,13 +192,56 @@ __attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, s
                                                               std::size_t room) noexcept {
     const std::size_t before = reinterpret_cast<std::uintptr_t>(src) % kStep;
     const std::size_t seen = kStep - before;
-    std::uint64_t stops = endsAndBackslashes(src - before) >> before;
+    // Nothing depends on what follows the text, which may have no value.
+    const std::uint64_t wanted = limit > kStep ? ~std::uint64_t{0} : (std::uint64_t{1} << limit) - 1;
+    std::uint64_t stops = endsAndBackslashes(src - before) >> before & wanted;
     if (stops == 0 && limit > seen)
-        stops = std::uint64_t{endsAndBackslashes(src + seen)} << seen;
+        stops = std::uint64_t{endsAndBackslashes(src + seen)} << seen & wanted;
     const std::size_t count = std::min(limit, static_cast<std::size_t>(std::countr_zero(stops)));
     if (count > std::min(kStep, room) || (count < limit && src[count] != 0))
         return kNotShort;
     widenShort(src, count, out);
+    return count;
+}
+
+// Of eight characters on a boundary those that are not plain, and the backslashes.
+__attribute__((target("avx2"), no_sanitize("address", "thread"))) inline std::uint64_t
+specialsAndBackslashes(const wchar_t* boundary) {
+    const __m128i bytes = packedEight(_mm256_load_si256(reinterpret_cast<const __m256i*>(boundary)));
+    const __m128i special = _mm_cmplt_epi8(bytes, _mm_set1_epi8(1));
+    const __m128i backslashes = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'));
+    return static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(special, backslashes))) % (1U << kLanes);
+}
+
+// As widenShort.
+__attribute__((target("avx2"))) inline void narrowShort(const wchar_t* src, std::size_t count, char* out) {
+    const auto eight = [&](std::size_t i) __attribute__((target("avx2"))) {
+        const __m256i characters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + i));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), packedEight(characters));
+    };
+    if (count < kLanes) {
+        for (std::size_t i = 0; i < count; ++i)
+            out[i] = static_cast<char>(src[i]);
+        return;
+    }
+    for (std::size_t i = 0; i + kLanes < count; i += kLanes)
+        eight(i);
+    eight(count - kLanes);
+}
+
+__attribute__((target("avx2"))) std::size_t shortWideToNarrow(const wchar_t* src, std::size_t limit, char* out,
+                                                              std::size_t room) noexcept {
+    if (limit > kStep || reinterpret_cast<std::uintptr_t>(src) % sizeof(wchar_t) != 0)
+        return kNotShort;
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(src) / sizeof(wchar_t) % kLanes;
+    const std::uint64_t wanted = (std::uint64_t{1} << limit) - 1;
+    std::uint64_t stops = specialsAndBackslashes(src - before) >> before & wanted;
+    for (std::size_t seen = kLanes - before; stops == 0 && seen < limit; seen += kLanes)
+        stops = specialsAndBackslashes(src + seen) << seen & wanted;
+    const std::size_t count = std::min(limit, static_cast<std::size_t>(std::countr_zero(stops)));
+    if (count > room || (count < limit && src[count] != 0))
+        return kNotShort;
+    narrowShort(src, count, out);
     return count;
 }
 
@@ -211,6 +258,7 @@ const TextKernels* avx2Kernels() noexcept {
         set.narrowToWide = narrowToWide;
         set.wideToNarrowUnmeasured = narrow;
         set.shortNarrowToWide = shortNarrowToWide;
+        set.shortWideToNarrow = shortWideToNarrow;
         set.utf8ToWide = avx2Utf8ToWide;
         set.utf8ToWideSize = avx2Utf8ToWideSize;
         set.wideToUtf8Unmeasured = avx2WideToUtf8;

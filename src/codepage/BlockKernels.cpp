@@ -138,6 +138,7 @@ constexpr TextKernels kBlockKernels = {narrowToWideBlocks<Block>,
                                        wideToUtf8Size<Block>,
                                        nullptr,
                                        nullptr,
+                                       nullptr,
                                        nullptr};
 
 } // namespace

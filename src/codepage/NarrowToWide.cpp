@@ -1,5 +1,6 @@
 #include "base/Utf8.h"
 #include "codepage/Escapes.h"
+#include "codepage/SpareRoom.h"
 #include "codepage/TextKernels.h"
 #include "codepage/VectorOutput.h"
 
@@ -21,29 +22,12 @@ wchar_t onlyUtf8Character(const char* src) {
     return length != 0 && src[length] == '\0' ? static_cast<wchar_t>(character) : L'?';
 }
 
-// Appends a text that is short and plain, with its terminator, where the vector has room for it.
-bool appendShort(const char* src, std::size_t limit, TqVector<wchar_t>& out) {
-    const TextKernels& kernels = currentKernels();
-    const int earlier = out.logicalLength();
-    const int spare = out.physicalLength() - earlier - 1;
-    wchar_t* const elements = out.setLogicalLengthAtHand(earlier);
-    if (spare <= 0 || elements == nullptr || kernels.shortNarrowToWide == nullptr)
-        return false;
-    wchar_t* const text = elements + earlier;
-    const std::size_t length = kernels.shortNarrowToWide(src, limit, text, static_cast<std::size_t>(spare));
-    if (length == kNotShort)
-        return false;
-    text[length] = 0;
-    out.setLogicalLengthAtHand(earlier + static_cast<int>(length) + 1);
-    return true;
-}
-
 } // namespace
 
 void TqCharMapper::multiByteToWideChar(code_page_id, const char* src, int length, TqVector<wchar_t>& out) {
     const bool hasText = length > 0 && src != nullptr;
     const auto keeper = recordWith(out, src);
-    if (hasText && appendShort(src, static_cast<std::size_t>(length), out))
+    if (hasText && appendShort(currentKernels().shortNarrowToWide, src, static_cast<std::size_t>(length), out))
         return;
     const char* end = src;
     if (hasText)

@@ -58,7 +58,8 @@ std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
 
 } // namespace
 
-constinit const TextKernels kPlainKernels = {narrowToWide,   wideToNarrow,   utf8ToWide, wideToUtf8, wideToNarrowSize,
-                                             utf8ToWideSize, wideToUtf8Size, nullptr,    nullptr,    nullptr};
+constinit const TextKernels kPlainKernels = {narrowToWide,     wideToNarrow,   utf8ToWide,     wideToUtf8,
+                                             wideToNarrowSize, utf8ToWideSize, wideToUtf8Size, nullptr,
+                                             nullptr,          nullptr,        nullptr};
 
 } // namespace tq::detail

@@ -26,4 +26,23 @@ inline void keepWithTerminator(std::size_t written, TqVector<char>& out) {
     out.setLogicalLengthAtHand(length + 1)[length] = 0;
 }
 
+/// Appends a text that is short and plain, by the kernel for such texts, with its terminator where the vector has room
+/// for it. False, and nothing changes, otherwise.
+template <class From, class To>
+bool appendShort(std::size_t (*convert)(const From*, std::size_t, To*, std::size_t) noexcept, const From* src,
+                 std::size_t limit, TqVector<To>& out) {
+    const int earlier = out.logicalLength();
+    const int spare = out.physicalLength() - earlier - 1;
+    To* const elements = out.setLogicalLengthAtHand(earlier);
+    if (spare <= 0 || elements == nullptr || convert == nullptr)
+        return false;
+    To* const text = elements + earlier;
+    const std::size_t length = convert(src, limit, text, static_cast<std::size_t>(spare));
+    if (length == kNotShort)
+        return false;
+    text[length] = 0;
+    out.setLogicalLengthAtHand(earlier + static_cast<int>(length) + 1);
+    return true;
+}
+
 } // namespace tq::detail

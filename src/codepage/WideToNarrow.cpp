@@ -60,6 +60,8 @@ void TqCharMapper::wideCharToMultiByte(code_page_id, const wchar_t* src, int len
     const auto keeper = recordWith(out, src);
     const auto limit = static_cast<std::size_t>(length);
     const TextKernels& kernels = currentKernels();
+    if (appendShort(kernels.shortWideToNarrow, src, limit, out))
+        return;
     TextProgress start = fillSpareRoom(kernels.wideToNarrowUnmeasured, src, limit, out);
     if (isSurelyWhole(start, src, limit)) {
         keepWithTerminator(start.written, out);
