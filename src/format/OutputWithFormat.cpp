@@ -82,8 +82,8 @@ public:
     // Where nothing will stand before the number and there is room for any.
     bool takesDoubleInPlace() const { return (m_width == 0 || isLeftJustified()) && m_output.room() >= kDoubleRoom; }
 
-    bool putDoubleAside(ShownDouble shown) {
-        return putAside(*this, [shown](wchar_t* out) { return renderDouble(shown, out); });
+    bool putDoubleAside(const ShownDouble& shown) {
+        return putAside(*this, [&shown](wchar_t* out) { return renderDouble(shown, out); });
     }
 
     // Zeros go after a sign, blanks before it.
