@@ -90,6 +90,7 @@ __attribute__((target("avx2"))) inline bool decodeThreeByteRun(const char* src, 
 // A kind of bytes among those of a step, which begins at bit 2, and the last two bytes before it.
 class StepMask {
 public:
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): it does not know comparisons of registers
     void next(std::uint32_t mask) { m_bits = m_bits >> kAvx2Step | std::uint64_t{mask} << 2; }
     void clear() { m_bits = 0; }
     std::uint64_t previous() const { return m_bits << 1; }

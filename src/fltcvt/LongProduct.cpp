@@ -33,32 +33,36 @@ constexpr int kSpacing = kLastSmallPowerOfFive + 1;
 constexpr int kFirst = -11;
 constexpr int kLast = 12;
 
-constexpr PowerOfFive powerOfFive(int j) {
-    constexpr int kReciprocalBits = 1024; // 5^308 has 716
-    BigInteger power(1);
-    if (j >= 0) {
-        power.multiplyByPowerOfFive(kSpacing * j);
-    } else {
-        power.shiftLeft(kReciprocalBits);
-        for (int i = j; i < 0; ++i) {
-            power.divide(smallPowerOfFive(kLastSmallPowerOfFive));
-            power.divide(5);
-        }
-    }
-    const int exponent = power.bitCount() - kPowerBits - (j < 0 ? kReciprocalBits : 0);
-    power.shiftLeft((64 - power.bitCount() % 64) % 64);
-    PowerOfFive result{{}, exponent};
+// Of number / 2^scale.
+constexpr PowerOfFive leadingBits(BigInteger number, int scale) {
+    PowerOfFive result{{}, number.bitCount() - kPowerBits - scale};
+    number.shiftLeft((64 - number.bitCount() % 64) % 64);
     for (int i = 0; i < kPowerWords; ++i)
-        result.words[static_cast<std::size_t>(kPowerWords - 1 - i)] = power.wordBelowTop(i);
+        result.words[static_cast<std::size_t>(kPowerWords - 1 - i)] = number.wordBelowTop(i);
     return result;
 }
 
-constexpr auto kPowersOfFive = [] {
-    std::array<PowerOfFive, kLast - kFirst + 1> table{};
-    for (int j = kFirst; j <= kLast; ++j)
-        table[static_cast<std::size_t>(j - kFirst)] = powerOfFive(j);
-    return table;
-}();
+// Dividing step by step and cutting each time gives the same as cutting once.
+constexpr auto computePowers() {
+    constexpr int kReciprocalBits = 1023; // 5^308 has 716
+    std::array<PowerOfFive, kLast - kFirst + 1> powers{};
+    const auto at = [&powers](int j) -> PowerOfFive& { return powers[static_cast<std::size_t>(j - kFirst)]; };
+    BigInteger number(1);
+    for (int j = 0; j <= kLast; ++j) {
+        at(j) = leadingBits(number, 0);
+        number.multiplyByPowerOfFive(kSpacing);
+    }
+    number = BigInteger(1);
+    number.shiftLeft(kReciprocalBits);
+    for (int j = -1; j >= kFirst; --j) {
+        number.divide(smallPowerOfFive(kLastSmallPowerOfFive));
+        number.divide(5);
+        at(j) = leadingBits(number, kReciprocalBits);
+    }
+    return powers;
+}
+
+constexpr auto kPowersOfFive = computePowers();
 
 // A number in [0, 1) in units of 2^-192.
 class Fraction {
