@@ -193,7 +193,7 @@ __attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, s
     const std::size_t before = reinterpret_cast<std::uintptr_t>(src) % kStep;
     const std::size_t seen = kStep - before;
     // Nothing depends on what follows the text, which may have no value.
-    const std::uint64_t wanted = limit > kStep ? ~std::uint64_t{0} : (std::uint64_t{1} << limit) - 1;
+    const std::uint64_t wanted = limit < 2 * kStep ? (std::uint64_t{1} << limit) - 1 : ~std::uint64_t{0};
     std::uint64_t stops = endsAndBackslashes(src - before) >> before & wanted;
     if (stops == 0 && limit > seen)
         stops = std::uint64_t{endsAndBackslashes(src + seen)} << seen & wanted;
