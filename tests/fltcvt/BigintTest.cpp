@@ -71,11 +71,15 @@ TEST(DigitAllocator, BlocksAndStringsOfEveryClass) {
     EXPECT_THROW(Impl::Balloc(31), std::bad_alloc);
     EXPECT_THROW(Impl::Balloc(-1), std::bad_alloc);
 
-    for (const auto& [length, k] : {std::pair{-5, 0}, {27, 0}, {28, 1}, {31, 1}, {32, 2}, {40, 3}, {5000, 11}}) {
+    for (const auto& [length, k] :
+         {std::pair{-5, 0}, {27, 0}, {28, 1}, {31, 1}, {32, 2}, {40, 3}, {150, 5}, {5000, 11}}) {
         char* const text = Impl::rv_alloc(length);
         EXPECT_EQ(std::memcmp(text - sizeof k, &k, sizeof k), 0) << length;
         std::memset(text, 'x', static_cast<std::size_t>(std::max(length, 0)) + 1);
         Impl::freedtoa(text);
+        char* const again = Impl::rv_alloc(length);
+        EXPECT_TRUE(again == text || !isPooled(text)) << length;
+        Impl::freedtoa(again);
     }
     for (const int n : {-1, 50}) {
         char source[] = "a text that is longer than the smallest block holds";
