@@ -27,7 +27,9 @@ void require(bool holds, const char* what) {
 void convert() {
     int point = 0;
     int sign = 0;
-    const std::string digits = TqGdImpl::dtoa(5e-324, 2, 2000, &point, &sign, nullptr);
+    char* const text = TqGdImpl::dtoa(5e-324, 2, 2000, &point, &sign, nullptr);
+    const std::string digits = text;
+    TqGdImpl::freedtoa(text);
     require(point == -323 && digits.size() == 751 && digits.starts_with("49406564584124654417"), "the smallest double");
     const std::string aboveTheMiddle = "9007199254740993." + std::string(900, '0') + "1";
     require(tqStrToD(aboveTheMiddle.c_str(), nullptr) == 9007199254740994, "a number of many digits");
