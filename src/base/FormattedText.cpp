@@ -20,8 +20,8 @@ int formatOnce(wchar_t* room, std::size_t size, const wchar_t* format, std::va_l
     return length >= 0 && static_cast<std::size_t>(length) < size ? length : -1;
 }
 
-// That of macOS counts the whole text but ends writing at a character 0. So a text with one is formatted again, into
-// room where only zeros can be read after it.
+// The C library of macOS counts the whole text but ends writing at a character 0. So a text with one is formatted
+// again, into room where only zeros can be read after it.
 int formatInto(wchar_t* room, std::size_t size, const wchar_t* format, std::va_list arguments) noexcept {
     const int length = formatOnce(room, size, format, arguments);
     if (length < 0 || std::wcslen(room) == static_cast<std::size_t>(length))
@@ -43,7 +43,7 @@ FormattedText::FormattedText(const wchar_t* format, std::va_list arguments) noex
         utf8.emplace();
         m_length = formatInto(m_small, kFirstSize, format, arguments);
     }
-    for (std::size_t size = 2 * kFirstSize; m_length < 0 && size < kSizeLimit; size *= 2) {
+    for (std::size_t size = 2 * kFirstSize; m_length < 0 && size <= kLargestSize; size *= 2) {
         m_large.reset(static_cast<wchar_t*>(std::malloc(size * sizeof(wchar_t))));
         if (m_large == nullptr)
             return;

@@ -28,7 +28,7 @@ private:
         void operator()(wchar_t* room) const noexcept { std::free(room); }
     };
     static constexpr std::size_t kFirstSize = 1024;
-    static constexpr std::size_t kSizeLimit = 1024 * kFirstSize; // not tried any more
+    static constexpr std::size_t kLargestSize = 524'288; // characters, with the terminator
 
     wchar_t m_small[kFirstSize];
     std::unique_ptr<wchar_t, Free> m_large;

@@ -91,6 +91,8 @@ struct DigitLayout {
     int point;
 };
 
+/// Where the point of an infinity or a NaN is said to be.
+inline constexpr int kPointOfNoNumber = 9999;
 /// No finite double has more significant digits.
 inline constexpr int kMaxDigits = 767;
 /// Bytes that every function writing digits may use of its output.

@@ -7,8 +7,8 @@ namespace {
 
 using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
+using tq::detail::kPointOfNoNumber;
 
-constexpr int kPointOfNoNumber = 9999;
 // The modes that ask for the digits to a place and no shorter ones.
 constexpr int kToPlace = 3;
 constexpr int kToPlaceToo = 7;

@@ -17,9 +17,8 @@ using tq::detail::CvtFormatter;
 using tq::detail::DigitLayout;
 using tq::detail::DigitRequest;
 using tq::detail::FastText;
+using tq::detail::kPointOfNoNumber;
 using tq::detail::Rule;
-
-constexpr int kPointOfNoNumber = 9999;
 
 // The digits of a number as dtoa gives them, without a block of the digit allocator.
 struct Digits {

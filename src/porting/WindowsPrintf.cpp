@@ -61,7 +61,8 @@ int formatInto(wchar_t* dst, std::size_t size, const wchar_t* format, std::va_li
     return formatted.length();
 }
 
-// The last of `count` characters, for which formatInto() leaves no room, comes from a text that is one longer.
+// formatInto() uses the last of `count` characters for the terminator, which does not stand there in Windows: the text
+// is formatted again, one character longer, for the character that does.
 template <class Char>
 int formatBounded(Char* dst, std::size_t count, const Char* format, std::va_list arguments) {
     if (dst == nullptr && count != 0)

@@ -7,7 +7,7 @@
 namespace tq::detail {
 
 /// Does `action`, then puts the position back to `before`. When the action fails its failure is the one that is
-// reported, whatever becomes of the position.
+/// reported, whatever becomes of the position.
 template <class Action>
 void thenReturnTo(TqStreamBuf& stream, std::uint64_t before, const Action& action) {
     try {

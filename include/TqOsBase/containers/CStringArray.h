@@ -14,8 +14,8 @@
 /// more is made with room for twice its capacity, so that most of those steps leave the elements where they are.
 ///
 /// It holds between any two calls:
-///   0 <= size <= capacity,  the elements [0, size) are alive, the slots after them are not,  no array <=> capacity =
-///   0
+///   0 <= size <= capacity,  the elements [0, size) are alive, the slots after them are not,
+///   no array <=> capacity = 0
 ///
 /// Reading and assigning an element does not check its index, except by assert. What changes the size does: a negative
 /// index or one that names no element throws std::out_of_range, a negative count std::length_error, and an array or a

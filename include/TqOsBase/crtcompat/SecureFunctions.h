@@ -11,7 +11,7 @@
 
 /// Copies `count` bytes and returns the low 32 bits of dst's address, deliberately not 0: take any value but -1 as
 /// success. A count of 0 copies nothing and returns 0. When `src` is null or dstSize is less than `count`, fills the
-/// dstSize bytes of `dst` with zeros and returns -1; so does a null `dst`, which is left alone.
+/// dstSize bytes of `dst` with zeros and returns -1. A null `dst` gives -1 too.
 TQ_API int memcpy_s(void* dst, std::size_t dstSize, const void* src, std::size_t count);
 
 /// Fills the dstSize characters of `dst` with zeros, then copies up to `count` characters of `src`, not beyond its

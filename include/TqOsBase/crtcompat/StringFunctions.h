@@ -45,8 +45,8 @@ TQ_API int lstrlenW(const wchar_t* s);
 /// wcscpy(): `dst` must have room. Returns `dst`; null, with nothing written, when either is null.
 TQ_API wchar_t* lstrcpy(wchar_t* dst, const wchar_t* src);
 /// @{
-/// Changes nothing, deliberately, and returns `text`: what its namesake does with a single character in place of a
-/// pointer is not there either.
+/// Changes nothing, deliberately, and returns `text`. Its namesake also takes a single character in place of a pointer;
+/// this does not change that either.
 TQ_API wchar_t* CharLower(wchar_t* text);
 TQ_API wchar_t* CharUpper(wchar_t* text);
 /// @}

@@ -23,8 +23,7 @@
 /// - flags: `+` (a sign on non-negative `f`, and on `g` in its fixed form; ignored by all others), `-` (left-justify),
 ///   in the forms `+`, `-`, `+-`, `-+`; then `0` (pads on the left with zeros, also `s` and `c`). No blank, no `#`.
 /// - width: digits, or `*` for an `int` argument (`*m$` or `*m` with positions). A negative argument counts as
-/// enormous:
-///   the call fails with -1 when the buffer is full.
+///   enormous: the call fails with -1 when the buffer is full.
 /// - precision: `.` with digits, with `*`, or alone for 0; a negative argument counts as 0. Without it 6, or absent.
 /// - length: one `L`, `h` or `l` is skipped. The letter alone decides the size of the argument.
 ///

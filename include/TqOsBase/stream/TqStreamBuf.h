@@ -74,9 +74,8 @@ public:
     virtual void copyFrom(TqStreamBuf* src, std::uint64_t from, std::uint64_t to);
     /// Copies from this stream's position into `dst`; unlike in copyFrom the range addresses the destination, which is
     /// moved to the smaller bound (even if nothing is left to copy) and written as by writeBytes, and the count is cut
-    /// to what this stream has. Both bounds 0: from the destination's
-    /// position to its end; equal bounds copy nothing, a null destination neither. This stream's position is put back,
-    /// also when it throws.
+    /// to what this stream has. Both bounds 0: from the destination's position to its end; equal bounds copy nothing, a
+    /// null destination neither. This stream's position is put back, also when it throws.
     virtual void copyTo(TqStreamBuf* dst, std::uint64_t from, std::uint64_t to);
 
 protected:
