@@ -130,7 +130,7 @@ HeapReport heapReport() {
     for (std::size_t number = 1; number < detail::kSegmentCount; ++number)
         inUse += isInUse(number);
     // All that is allocated is allocated before the walk: the program's operator new may be built on this very heap,
-    // which then also may take two more segments, one for each of these.
+    // which then may take a further segment at each of the two calls of reserve().
     report.segments.reserve(inUse + 2);
     report.pools.reserve(kBlockPoolCount + kPagePoolCount);
     Counts counts;

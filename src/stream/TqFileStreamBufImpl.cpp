@@ -25,7 +25,8 @@ using detail::throwFileError;
 namespace {
 
 constexpr long long kRegistryBlockSize = 10;
-// An offset that ends in these bits may be the -1 of a stream without positions: moving there fails quietly.
+// A stream without positions, such as a pipe, answers -1 to tell(). Callers seek back to it, some with 32 bits of it: a
+// seek to an offset whose low 32 bits are all set fails without an exception.
 constexpr std::uint64_t kQuietOffset = 0xFFFFFFFF;
 
 // Some refusals are returned and some are thrown: callers rely on which.

@@ -50,11 +50,12 @@ public:
     /// byte counts 0. The terminating 0 is not passed: digits missing there count 0 each.
     unsigned int appendDigitsNoCheck(int count, bool hex) noexcept;
 
-    /// Finds where the text can be cut: reads at least one character, then on until `maxBytes` bytes lie between the
-    /// mark (where the character that was current before the call begins) and the position.
+    /// Finds where the text can be cut. The piece begins with the character that is current when this is called. It
+    /// reads at least one character more, then on until `maxBytes` bytes lie between the beginning of the piece and the
+    /// position.
     ///
-    /// Returns 3 when the limit was reached and 1 when the text ended first; `out` is then the bytes from the mark to
-    /// the first byte of the character read last, with room for maxBytes bytes if such a block can be had and the piece
+    /// Returns 3 when the limit was reached and 1 when the text ended first; `out` is then the piece without the
+    /// character that was read last, with room for maxBytes bytes if such a block can be had and the piece
     /// is not empty. Returns 0, and `out` empty although a character was read, when the text ends after that first
     /// one: odd, but relied upon.
     /// A character of value 0 counts as the end. The position stays after the last character read. `out` must not be

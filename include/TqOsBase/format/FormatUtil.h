@@ -50,9 +50,9 @@ public:
     /// earlier ones stay. A negative count, null pointer or capacity below 1 writes nothing and returns -1.
     static int fillStringWithBlankChar(wchar_t** out, int capacity, wchar_t ch, int count);
 
-    /// Whether a directive of `format` has a position (`n$`). Stores the number of arguments to collect: the smaller of
-    /// the number of `%` and `*` introducers ("%%" is none) and the highest number that follows one of them, or 0 when
-    /// the last introducer has no position. A null format has no position; a null `count` is not stored to.
+    /// Whether a directive of `format` has a position (`n$`). Stores the number of arguments to collect. That is 0 when
+    /// the last introducer (a `%` or `*`; "%%" is none) has no position; otherwise the number of introducers, or the
+    /// highest position when that is smaller. A null format has no position; a null `count` is not stored to.
     static bool isDefineSelfParaIndex(int* count, const wchar_t* format);
 
     /// Types the `count` elements of `params` after the directives of `format`, then fetches their values from a copy
@@ -74,10 +74,10 @@ public:
     static int scaleDoubleToScience(long double* value);
 
     /// Adds half a unit of decimal `precision` to the mantissa of a value with this exponent, for cutting it there:
-    /// with k = precision + exponent + 1, and k at least 0, and exponent above 0 or k below 21, it adds 5 * 10^-k to
-    /// the magnitude (from k = 21 on half of the table's last entry), a trace more so that halves go away from zero.
-    /// Returns 1 when the sum reached 10 and was divided by 10 (the exponent rises by one), else 0. A negative mantissa
-    /// smaller than the constant loses its sign.
+    /// 5 * 10^-k to the magnitude with k = precision + exponent + 1, a trace more so that halves go away from zero.
+    /// With a negative k nothing is added. From k = 21 on nothing either, unless the exponent is above 0: then it is
+    /// half of the table's last entry. Returns 1 when the sum reached 10 and was divided by 10 (the exponent rises by
+    /// one), else 0. A negative mantissa smaller than the constant loses its sign.
     static int roundScienceDouble(long double* mantissa, int precision, int exponent);
 
     /// Writes mantissa * 10^(integerDigits - 1) in fixed notation, cut after `precision` decimals and after 16 digits
