@@ -66,6 +66,10 @@ std::FILE* openStream(const char* path, const OpenMode& mode) noexcept {
     return stream;
 }
 
+void leaveUnbuffered(std::FILE* stream) noexcept {
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+}
+
 bool closeStream(std::FILE* stream) noexcept {
     return std::fclose(stream) == 0;
 }

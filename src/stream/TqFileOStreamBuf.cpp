@@ -36,8 +36,14 @@ TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
                                    TqIO::ShareMode share, TqIO::CreationDisposition creation, unsigned bufferSize)
     : TqFileStreamBufImpl(name, status, access, share, creation) {
     m_pending.reserve(std::min(bufferSize, detail::kWriteBehind));
-    if (status != nullptr && *status != Lumo::kOk)
+    if (status != nullptr && *status != Lumo::kOk) {
         TqFileStreamBufImpl::close();
+        return;
+    }
+    // What is pending here goes to the system in one piece. The C library would split it at the ends of its own buffer,
+    // which only reading needs.
+    if (hasFile() && (access & TqIO::kAccessReadWrite) == TqIO::kAccessWrite)
+        platform::leaveUnbuffered(static_cast<std::FILE*>(fileHandle()));
 }
 
 TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,

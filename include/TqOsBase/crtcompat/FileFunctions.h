@@ -13,8 +13,8 @@
 /// fopen(): the modes are its own, without the encodings that its namesake knows ("ccs="), and text is not translated.
 /// The caller closes the stream. Null, with `errno`, on failure.
 TQ_API std::FILE* _wfopen(const wchar_t* name, const wchar_t* mode);
-/// The same stream in *out, null on failure. Returns `errno` as it is then, so after a success whatever an earlier call
-/// left there, where its namesake returns 0: ask *out. A null `out` opens nothing and returns EINVAL.
+/// The same stream in *out, null on failure. Returns the value of `errno`, also after a success, which leaves there
+/// what an earlier call left: so ask *out. Its namesake returns 0 then. A null `out` opens nothing and returns EINVAL.
 TQ_API int _wfopen_s(std::FILE** out, const wchar_t* name, const wchar_t* mode);
 /// rename(): 0, or -1 with `errno`. It replaces a file that has the new name already, while its namesake fails.
 TQ_API int _wrename(const wchar_t* oldName, const wchar_t* newName);

@@ -75,9 +75,9 @@ public:
 
     /// Adds half a unit of decimal `precision` to the mantissa of a value with this exponent, for cutting it there:
     /// 5 * 10^-k to the magnitude with k = precision + exponent + 1, a trace more so that halves go away from zero.
-    /// With a negative k nothing is added. From k = 21 on nothing either, unless the exponent is above 0: then it is
-    /// half of the table's last entry. Returns 1 when the sum reached 10 and was divided by 10 (the exponent rises by
-    /// one), else 0. A negative mantissa smaller than the constant loses its sign.
+    /// With a negative k nothing is added. From k = 21 on nothing is added either, except where the exponent is above
+    /// 0: there it is half of the table's last entry. Returns 1 when the sum reached 10 and was divided by 10 (the
+    /// exponent rises by one), else 0. A negative mantissa smaller than the constant loses its sign.
     static int roundScienceDouble(long double* mantissa, int precision, int exponent);
 
     /// Writes mantissa * 10^(integerDigits - 1) in fixed notation, cut after `precision` decimals and after 16 digits

@@ -10,8 +10,8 @@ constexpr int kQTypeAlternateLength = 0;
 constexpr int kQTypeLength = 1;
 /// An absolute angle: counted from the settings' angle base in their direction and shown within one turn.
 constexpr int kQTypeAngle = 2;
-/// A relative angle: shown as it is, with its sign; surveyor's units become degrees, minutes and seconds. From 4 on a
-/// type writes nothing but the minus sign of a negative value.
+/// A relative angle: shown as it is, with its sign; surveyor's units become degrees, minutes and seconds. (What is no
+/// type, 4 and above, writes nothing but the minus sign of a negative value.)
 constexpr int kQTypeRelativeAngle = 3;
 
 /// Feet and inches: no feet when they are 0.
