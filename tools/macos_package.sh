@@ -14,12 +14,14 @@ fail() { echo "macos_package: $*" >&2; exit 1; }
 rm -rf build/macos
 cmake --install build/macos-x86_64 --prefix "$stage" >/dev/null
 cmake --install build/macos-arm64 --prefix "$stage.arm64" >/dev/null
-# But for the libraries both are the same files.
-diff -r --exclude='libTqOsBase*' "$stage" "$stage.arm64" || fail "the architectures install different files"
+# But for what is compiled both are the same files.
+diff -r --exclude='libTqOsBase*' --exclude=tq-convert-text --exclude=tq-traverse-report "$stage" "$stage.arm64" || fail "the architectures install different files"
 rm -rf "$stage.arm64"
-for library in "libTqOsBase.$version.dylib" libTqOsBase.a; do
-    "$lipo" -create "build/macos-x86_64/$library" "build/macos-arm64/$library" -output "$stage/lib/$library"
-    [ "$("$lipo" -archs "$stage/lib/$library" | xargs -n1 | sort | xargs)" = "arm64 x86_64" ] || fail "$library: not universal"
+for pair in "libTqOsBase.$version.dylib=lib" libTqOsBase.a=lib examples/tq-convert-text=bin examples/tq-traverse-report=bin; do
+    built=${pair%=*}
+    packed=$stage/${pair#*=}/$(basename "$built")
+    "$lipo" -create "build/macos-x86_64/$built" "build/macos-arm64/$built" -output "$packed"
+    [ "$("$lipo" -archs "$packed" | xargs -n1 | sort | xargs)" = "arm64 x86_64" ] || fail "$built: not universal"
 done
 llvm-objdump --macho --arch=arm64 --private-headers "$stage/lib/libTqOsBase.$version.dylib" | grep -q LC_CODE_SIGNATURE ||
     fail "the library for arm64 is not signed"
