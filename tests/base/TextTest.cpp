@@ -21,8 +21,7 @@ const struct {
 // Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
 protected:
-    void SetUp() override { ASSERT_NE(std::setlocale(LC_ALL, GetParam()), nullptr); }
-    void TearDown() override { std::setlocale(LC_ALL, "C"); }
+    const reference::LocaleScope m_locale{GetParam()};
 };
 INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale));
 

@@ -5,7 +5,6 @@
 #include "codepage/UnicodeClassTable.h"
 #include "platform/StaticInit.h"
 #include "reference/Checksum.h"
-#include "reference/Testing.h"
 
 namespace {
 
@@ -16,46 +15,41 @@ code_page_id idOf(int value) {
     return static_cast<code_page_id>(value);
 }
 
-// What functions give for all numbers from the first to the last one.
-struct Sum {
-    int first, last;
-    std::uint64_t sum;
-    std::function<std::int64_t(int)> function;
-};
+// The sum of what a function gives for all numbers from the first to the last one.
+using Sum = std::pair<std::uint64_t, std::function<std::int64_t(int)>>;
 
-template <class Sums>
-void expectSums(const Sums& sums) {
+void expectSums(int first, int last, std::initializer_list<Sum> sums) {
     for (const Sum& row : sums)
-        EXPECT_EQ(checksum(row.first, row.last, row.function), row.sum) << "row " << &row - std::begin(sums);
+        EXPECT_EQ(checksum(first, last, row.second), row.first) << "row " << &row - sums.begin();
 }
 
 TEST(LmCodePage, CharSetsCodePagesAndIndices) {
     using Pages = LmCodePage;
-    const Sum sums[] = {
-        {-300, 1400, 0x597DF5CBB2DD5E04, Pages::CharSetToCodePage},
-        {-300, 1400, 0x9D31F55E676BE45A, Pages::CharSetToCodePageIndex},
-        {-300, 1400, 0xFC2C56682936CE3A, Pages::CharSetIsDoubleByte},
-        {-300, 1400, 0x97E5ABF4B1AE9AD6, Pages::CharSetToLCID},
-        {-300, 1400, 0x97E5ABF4B1AE9AD6, Pages::CharSetToLanguage},
-        {-300, 1400, 0xB5F0DC4C2AF4474B, Pages::CodePageToCharSet},
-        {-300, 1400, 0x39164BD8266748D4, Pages::CodePageToLanguage},
-        {-300, 1400, 0xBE2AE9492FAA80F6, Pages::CodePageToCodePageIndex},
-        {-300, 1400, 0x9EA76A5AC8D76A39, Pages::CodePageIsDoubleByte},
-        {-300, 1400, 0x9292D5759E41771E, Pages::CodePageIndexToCharSet},
-        {-300, 1400, 0xA77E9FA8453B7EB0, Pages::CodePageIndexToCodePage},
-        {-300, 1400, 0xC14E8C8551C03AE6, Pages::CodePageIndexToLCID},
-        {-300, 1400, 0xC14E8C8551C03AE6, Pages::CodePageIndexToLanguage},
-        {-300, 1400, 0xF203914D4D988ED8, Pages::CodePageEntry},
-        {-300, 1400, 0xF55EB424A4A220BF,
-         [](int i) { return TqCharMapper::getCodepageByCharset(static_cast<unsigned short>(i)); }},
-        {-300, 1400, 0x12A90F810E7BE766, [](int i) { return TqCharMapper::getCharSetByCodepageId(idOf(i)); }},
-        {-3, 300, 0x1AF6C28C3804B9FF, [](int i) { return TqCodePageMapper::lumoCpToAnsiCp(idOf(i)); }},
-        {-1, 66000, 0x69A57BCB1240D107, TqCodePageMapper::ansiCpToLumoCp},
-        {-70, 120, 0x2D70F39C1B5D7C2F, [](int i) { return IsMultiByteCodePage(idOf(i)); }},
-        {-70, 120, 0x2D70F39C1B5D7C2F, [](int i) { return isAsianCodepage(idOf(i)); }},
-        {-70, 120, 0xA99C649CE88073ED, [](int i) { return reMapCodepage(idOf(i)); }},
-        {SHRT_MIN, SHRT_MAX, 0x089691B573B09325, [](int i) { return mapCodepage(static_cast<short>(i)); }}};
-    expectSums(sums);
+    expectSums(-300, 1400,
+               {{0x597DF5CBB2DD5E04, Pages::CharSetToCodePage},
+                {0x9D31F55E676BE45A, Pages::CharSetToCodePageIndex},
+                {0xFC2C56682936CE3A, Pages::CharSetIsDoubleByte},
+                {0x97E5ABF4B1AE9AD6, Pages::CharSetToLCID},
+                {0x97E5ABF4B1AE9AD6, Pages::CharSetToLanguage},
+                {0xB5F0DC4C2AF4474B, Pages::CodePageToCharSet},
+                {0x39164BD8266748D4, Pages::CodePageToLanguage},
+                {0xBE2AE9492FAA80F6, Pages::CodePageToCodePageIndex},
+                {0x9EA76A5AC8D76A39, Pages::CodePageIsDoubleByte},
+                {0x9292D5759E41771E, Pages::CodePageIndexToCharSet},
+                {0xA77E9FA8453B7EB0, Pages::CodePageIndexToCodePage},
+                {0xC14E8C8551C03AE6, Pages::CodePageIndexToLCID},
+                {0xC14E8C8551C03AE6, Pages::CodePageIndexToLanguage},
+                {0xF203914D4D988ED8, Pages::CodePageEntry}});
+    const auto charSetOf = [](int i) { return TqCharMapper::getCharSetByCodepageId(idOf(i)); };
+    const auto idOfCharSet = [](int i) { return TqCharMapper::getCodepageByCharset(static_cast<unsigned short>(i)); };
+    expectSums(-300, 1400, {{0xF55EB424A4A220BF, idOfCharSet}, {0x12A90F810E7BE766, charSetOf}});
+    expectSums(-3, 300, {{0x1AF6C28C3804B9FF, [](int i) { return TqCodePageMapper::lumoCpToAnsiCp(idOf(i)); }}});
+    expectSums(-1, 66000, {{0x69A57BCB1240D107, TqCodePageMapper::ansiCpToLumoCp}});
+    expectSums(-70, 120,
+               {{0x2D70F39C1B5D7C2F, [](int i) { return IsMultiByteCodePage(idOf(i)); }},
+                {0x2D70F39C1B5D7C2F, [](int i) { return isAsianCodepage(idOf(i)); }},
+                {0xA99C649CE88073ED, [](int i) { return reMapCodepage(idOf(i)); }}});
+    expectSums(SHRT_MIN, SHRT_MAX, {{0x089691B573B09325, [](int i) { return mapCodepage(static_cast<short>(i)); }}});
     EXPECT_EQ(Pages::CharSetToCodePage(128), 932);
     EXPECT_EQ(Pages::CodePageIndexToCharSet(INT_MIN) + Pages::CodePageIndexToCharSet(INT_MAX), 0);
     EXPECT_EQ(TqCharMapper::getCharSetByCodepageId(idOf(INT_MIN)), 1);
@@ -95,12 +89,10 @@ TEST(LmCodePage, CharSetFromUnicode) {
     EXPECT_EQ(unicodeClass(static_cast<wchar_t>(INT_MIN)) + unicodeClass(static_cast<wchar_t>(-1)), 0);
     EXPECT_EQ(checksum(0, 32, charSetsOfClass), 0x6EB64D240DA9E074U);
     Checksum sum;
-    for (int c = 0; c <= 0xFFFF; c += 0x40) {
-        for (unsigned short first = 0x0400; first < 0x0460; ++first) {
+    for (int c = 0; c <= 0xFFFF; c += 0x40)
+        for (unsigned short first = 0x0400; first < 0x0460; ++first)
             for (unsigned short second = 0x0400; second < 0x0460; second += 7)
                 sum.add(LmCodePage::CharSetFromUnicode(static_cast<wchar_t>(c), first, second));
-        }
-    }
     EXPECT_EQ(sum.sum(), 0x68EB8C1FF68460EFU);
     EXPECT_EQ(LmCodePage::CharSetFromUnicode(L'\u4E00', 0x0409, 0x0804), 134);
     EXPECT_EQ(LmCodePage::LanguageFromUnicode(L'\u4E00', 0x0409, 0x0804), 0x0804U);
@@ -142,18 +134,16 @@ TEST(LmCodePage, UserDefinedCharactersHave256Slots) {
 TEST(LineBreaks, ClassesOfUnicode4AndThePairTable) {
     const unsigned char* const pairs = LmCodePage::s_ptrAnalyzeLineBreak;
     ASSERT_EQ(pairs, LmCodePage::s_arrFullAnalyzeLineBreak);
-    const Sum sums[] = {{0, 0x10FFFF, 0x48F4BF55EAC7334D, LmCodePage::LineBreakClass},
-                        {0, 447, 0x50FC3B0AA8EDB5AA, [=](int i) { return pairs[i]; }}};
-    expectSums(sums);
+    expectSums(0, 0x10FFFF, {{0x48F4BF55EAC7334D, LmCodePage::LineBreakClass}});
+    expectSums(0, 447, {{0x50FC3B0AA8EDB5AA, [=](int i) { return pairs[i]; }}});
     for (const int c : {-1, 0x110000, INT_MIN, INT_MAX})
         EXPECT_EQ(LmCodePage::LineBreakClass(static_cast<wchar_t>(c)), kLineBreakID) << c;
     EXPECT_EQ(LmCodePage::LineBreakClass(L'\u3041'), kLineBreakNS);
     EXPECT_EQ(pairs[kLineBreakPR * kPairTableClasses + kLineBreakNU], kBreakIndirect);
     Checksum rows;
-    for (const auto& row : tq::detail::s_HighPartBreakClass) {
+    for (const auto& row : tq::detail::s_HighPartBreakClass)
         for (const std::int32_t number : {row.last, row.lineBreakClass, row.next})
             rows.add(number);
-    }
     EXPECT_EQ(rows.sum(), 0x334A7F3AA750CFDBU);
     int classes[] = {kLineBreakAL, kLineBreakSP};
     int breaks[] = {-7, -7};

@@ -5,11 +5,7 @@ static_assert(std::is_unsigned_v<LCID> && sizeof(LCID) == 4);
 namespace {
 
 using namespace std::string_literals;
-
-struct LocaleScope {
-    explicit LocaleScope(const char* name) { EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name; }
-    ~LocaleScope() { std::setlocale(LC_ALL, "C"); }
-};
+using reference::LocaleScope;
 
 TEST(NlsFunctions, AnswerAsASystemWithoutWindowsLocales) {
     EXPECT_EQ(GetACP() + GetThreadLocale() + GetSystemDefaultLCID() + GetUserDefaultLCID(), 0U);

@@ -7,6 +7,7 @@ namespace {
 
 namespace detail = tq::detail;
 using namespace std::string_literals;
+using reference::widened;
 
 [[maybe_unused]] const bool kIsChosen = reference::chooseKernels();
 
@@ -18,11 +19,6 @@ std::basic_string<Char> contents(const TqVector<Char>& vector) {
     return vector.isEmpty()
                ? std::basic_string<Char>()
                : std::basic_string<Char>(vector.asArrayPtr(), static_cast<std::size_t>(vector.logicalLength()));
-}
-
-std::wstring widened(const std::string& text) {
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
-    return std::wstring(bytes, bytes + text.size());
 }
 
 // A conversion: its inner loop, the function, the text that a vector with a '#' in it then holds, how many of its
@@ -130,7 +126,7 @@ void check(const Direction<From, To>& direction, const From* src, int length) {
 template <class From, class To>
 void sweep(const Direction<From, To>& direction, const std::basic_string<From>& around,
            const std::basic_string<From>& piece) {
-    for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset) {
+    for (std::size_t offset = 0; offset + piece.size() <= kLongestText; ++offset)
         for (const std::size_t rest : {std::size_t{0}, std::size_t{3}, std::size_t{17}, kLongestText}) {
             const auto whole = around.substr(0, offset) + piece + around.substr(0, rest);
             const From* src = place(whole);
@@ -140,7 +136,6 @@ void sweep(const Direction<From, To>& direction, const std::basic_string<From>& 
             for (std::size_t length = offset; length <= offset + piece.size(); ++length)
                 ASSERT_NO_FATAL_FAILURE(check(direction, src, static_cast<int>(length)));
         }
-    }
 }
 
 // Every byte value but 0 and the backslash, in an order that puts high ones everywhere.
@@ -173,13 +168,12 @@ TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
         ASSERT_NO_FATAL_FAILURE(sweep(kWideToNarrow, ascii, widened(piece)));
     }
     // Texts without a terminator, at whose end memory ends.
-    for (std::size_t length = 1; length <= kLongestText; ++length) {
+    for (std::size_t length = 1; length <= kLongestText; ++length)
         for (const std::string& tail : {""s, "\\U+4E2D"s, "\\M+18140"s}) {
             const std::string text = filler().substr(0, length) + tail;
             ASSERT_NO_FATAL_FAILURE(check(kNarrowToWide, place(text, 0), static_cast<int>(text.size())));
             ASSERT_NO_FATAL_FAILURE(check(kWideToNarrow, place(widened(text), 0), static_cast<int>(text.size())));
         }
-    }
 }
 
 TEST(TextConversion, Utf8AtEveryOffsetAndLength) {

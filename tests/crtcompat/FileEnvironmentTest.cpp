@@ -7,12 +7,10 @@ const std::wstring kOutsideUnicode = {L'a', static_cast<wchar_t>(0x110000)};
 // Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
 protected:
-    void SetUp() override { std::setlocale(LC_ALL, GetParam()); }
-    void TearDown() override { std::setlocale(LC_ALL, "C"); }
-
     std::wstring wide(const std::wstring& name) const { return m_folder.wide(name); }
     bool exists(const std::string& name) const { return std::filesystem::exists(m_folder.path(name)); }
 
+    const reference::LocaleScope m_locale{GetParam()};
     const reference::TempFolder m_folder;
 };
 INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf8Locale),

@@ -3,8 +3,6 @@
 #include "base/FileName.h"
 #include "reference/Testing.h"
 
-#include <cstdarg>
-
 namespace {
 
 const char* g_locale = nullptr; // of single bytes; null for the true one
@@ -108,14 +106,6 @@ TEST(CLibraries, NoNameOfAFileBecomesAnothers) {
     }
 }
 
-int measured(const wchar_t* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    const int result = _vscwprintf(format, arguments);
-    va_end(arguments);
-    return result;
-}
-
 TEST(CLibraries, NothingIsReadThatWasNotWritten) {
     reference::GuardedBuffer<wchar_t> room(2048);
     for (const int width : {1, 1022, 2000}) { // within the first room, just past it, far past it
@@ -124,7 +114,7 @@ TEST(CLibraries, NothingIsReadThatWasNotWritten) {
         swprintf(dst, L"%*d", length, 7); // leaves its traces in the memory that the next call formats in
         g_endsAtZero = true;
         const int written = swprintf(dst, L"a%lc%*d", 0, width, 7);
-        const int needed = measured(L"a%lc%*d", 0, width, 7);
+        const int needed = reference::withList(_vscwprintf, L"a%lc%*d", 0, width, 7);
         g_endsAtZero = false;
         EXPECT_EQ(written, length);
         EXPECT_EQ(needed, length + 1);

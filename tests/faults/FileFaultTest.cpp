@@ -2,8 +2,6 @@
 #include "reference/CountingNew.h"
 #include "stream/StreamTest.h"
 
-#include <csignal>
-
 namespace {
 
 using namespace streamtest;
@@ -19,8 +17,7 @@ const struct {
 // Writes the session and says whether what it accepted can be trusted: with no error from close() the file holds what
 // was accepted before the step that failed, and of that step what the system had taken.
 std::wstring expectNoSilentLoss(Kind kind, const std::wstring& name, const std::string& path) {
-    Bytes accepted;
-    Bytes attempted;
+    Bytes accepted, attempted;
     const BufPtr buf = openForUpdate(kind, name, TqIO::kCreateAlways);
     for (const auto& [at, length] : kSteps) {
         const Bytes data = pattern(length);
@@ -59,7 +56,7 @@ TEST(FileFaults, NoAcceptedByteIsLostInSilence) {
                     SCOPED_TRACE(testing::Message() << "kind " << kind << " call " << static_cast<int>(call)
                                                     << " fault " << static_cast<int>(fault) << " at " << nth);
                     const FaultyStreams faulty(call, fault, nth);
-                    const std::wstring thrown = expectNoSilentLoss(kind, folder.wide("f"), folder.path("f"));
+                    const std::wstring thrown = expectNoSilentLoss(kind, folder.wide(L"f"), folder.path("f"));
                     isMet = faulty.wasMet();
                     EXPECT_TRUE(call != Call::kClose || !isMet || !thrown.empty()) << "a failing close is reported";
                 }
@@ -74,7 +71,7 @@ TEST(FileFaults, InterruptedAndShortReadsBringEverything) {
     for (const Kind kind : {kPlain, kOutput})
         for (int nth = 0; nth < 12; ++nth) {
             const FaultyStreams faulty(Call::kRead, nth % 2 == 0 ? Fault::kInterrupted : Fault::kShort, nth / 2);
-            const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
+            const BufPtr buf = openForUpdate(kind, folder.wide(L"f"), TqIO::kOpenExisting);
             Bytes got(20000);
             buf->readBytes(got.data(), 5);
             buf->getBytes(got.data() + 5, 9000);
@@ -83,7 +80,7 @@ TEST(FileFaults, InterruptedAndShortReadsBringEverything) {
         }
     // A device that fails: what could not be read is left alone, and a later write is not blamed for it.
     const FaultyStreams broken(Call::kRead, Fault::kBroken, 1);
-    const BufPtr buf = openForUpdate(kPlain, folder.wide("f"), TqIO::kOpenExisting);
+    const BufPtr buf = openForUpdate(kPlain, folder.wide(L"f"), TqIO::kOpenExisting);
     Bytes got(20000, 0xC5);
     buf->readBytes(got.data(), 20000);
     const auto count = std::mismatch(got.begin(), got.end(), stored.begin()).first - got.begin();
@@ -100,7 +97,7 @@ TEST(FileFaults, FailingCloseIsNoErrorWhereNothingWasWritten) {
     folder.write("f", "ab");
     for (const Kind kind : {kPlain, kOutput}) {
         const FaultyStreams faulty(Call::kClose, Fault::kBroken, 0);
-        const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
+        const BufPtr buf = openForUpdate(kind, folder.wide(L"f"), TqIO::kOpenExisting);
         EXPECT_EQ(thrownBy([&] { buf->readByte(), buf->close(); }), L"");
         EXPECT_TRUE(faulty.wasMet() && buf->fileName() == nullptr);
     }
@@ -126,7 +123,7 @@ TEST(FileFaults, PositionThatCannotBePutBackEndsTheProcess) {
             for (int nth = 0, code = 0; code != kNotMet && nth < 100; ++nth) {
                 code = exitCodeOf([&] {
                     const FaultyStreams faulty(Call::kMove, Fault::kBroken, nth);
-                    const BufPtr buf = openForUpdate(kind, folder.wide("f"), TqIO::kOpenExisting);
+                    const BufPtr buf = openForUpdate(kind, folder.wide(L"f"), TqIO::kOpenExisting);
                     Bytes got(9000, 'x');
                     try {
                         buf->seek(10000, TqIO::kSeekStart);
@@ -149,7 +146,7 @@ TEST(FileFaults, InputThatCannotBeMappedIsReadThroughTheStream) {
     const TempFolder folder;
     folder.write("f", "input");
     faults::g_failsMapping = true;
-    const BufPtr buf = openForInput(folder.wide("f"));
+    const BufPtr buf = openForInput(folder.wide(L"f"));
     faults::g_failsMapping = false;
     Bytes got(6, '#');
     buf->readBytes(got.data(), 6);
@@ -160,7 +157,7 @@ TEST(FileFaults, InputThatCannotBeMappedIsReadThroughTheStream) {
 TEST(FileFaults, OpeningWithoutMemoryLeavesNothingBehind) {
     const TempFolder folder;
     writeFile(folder.path("f"), pattern(10));
-    const std::wstring name = folder.wide("f");
+    const std::wstring name = folder.wide(L"f");
     const CStringList& registry = TqFileStreamBufImpl::m_cstrAlreadyOpenFiles;
     counting_new::sweepAllocations([&](int failing) {
         BufPtr buf;

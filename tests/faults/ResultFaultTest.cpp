@@ -2,21 +2,11 @@
 #include "reference/CountingNew.h"
 #include "reference/Testing.h"
 
-#include <cstdarg>
-
 namespace {
 
 using counting_new::runsOut;
 using counting_new::sweepAllocations;
-
-template <auto kFunction, class Buffer, class Size>
-int formatted(Buffer buffer, Size size, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int result = kFunction(buffer, size, format, args);
-    va_end(args);
-    return result;
-}
+using reference::withList;
 
 // A change for which memory is missing leaves a text as it was, whether it is shared or not.
 template <class Text>
@@ -56,8 +46,9 @@ TEST(ResultFaults, TextsAreLeftAloneWithoutMemory) {
     sweepAllocations([](int failing) {
         wchar_t buffer[40] = L"?";
         wchar_t* out = buffer;
+        const auto write = [&out](auto... rest) { return OutputWithFormat(&out, 40, rest...); };
         counting_new::failAfter(failing);
-        const int count = formatted<OutputWithFormat>(&out, 40, L"%2$d %1$s %3$.1f", L"a", 7, 2.5);
+        const int count = withList(write, L"%2$d %1$s %3$.1f", L"a", 7, 2.5);
         counting_new::failAfter(-1);
         EXPECT_EQ(count, buffer[0] == L'7' ? 7 : -1);
         EXPECT_STREQ(buffer, count == 7 ? L"7 a 2.5" : L"");
@@ -130,7 +121,7 @@ TEST(ResultFaults, SystemMemoryThatEndsIsAnswered) {
     const void* const results[] = {
         tqMalloc(100000),           tqAllocate(100000),   tqRealloc(small, 100000), tqReallocate(small, 100000),
         tqStrdup(longText.c_str()), tqAllocPageHeap(100), _wgetenv(L"PATH")};
-    const int cut = formatted<vswprintf_s>(text, std::size_t{7}, L"%ls", longText.c_str());
+    const int cut = withList([&](auto... rest) { return vswprintf_s(text, 7, rest...); }, L"%ls", longText.c_str());
     faults::g_failsMalloc = false;
     EXPECT_EQ(std::count(std::begin(results), std::end(results), nullptr), 7);
     EXPECT_EQ(cut, -1);

@@ -49,13 +49,12 @@ Dtoa expected(const Decimal& exact, const Decimal& shortest, int mode, int ndigi
 
 TEST(Digits, OfSpecialValues) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (int mode = -1; mode <= 10; ++mode) {
+    for (int mode = -1; mode <= 10; ++mode)
         for (const int sign : {0, 1}) {
             EXPECT_EQ(Dtoa(std::copysign(0.0, 0.5 - sign), mode, 3), Dtoa("0", 1, sign));
             EXPECT_EQ(Dtoa(std::copysign(HUGE_VAL, 0.5 - sign), mode, 3), Dtoa("Infinity", 9999, sign));
             EXPECT_EQ(Dtoa(std::copysign(nan, 0.5 - sign), mode, 3), Dtoa("NaN", 9999, sign));
         }
-    }
     EXPECT_EQ(Dtoa(-0.1, 0, 0), Dtoa("1", 0, 1));
     EXPECT_EQ(Dtoa(2.0 / 3, 2, 3), Dtoa("667", 0, 0));
     EXPECT_EQ(Dtoa(5e-324, 4, 3), Dtoa("5", -323, 0));
@@ -86,11 +85,10 @@ TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
             const DigitRequest request = DigitRequest::ofMode(mode, ndigits);
             DigitLayout layout = tq::detail::exactDigits(v, request, digits);
             ASSERT_EQ(laidOut(layout), wanted);
-            for (const auto way : {tq::detail::tryFixedPointDigits, tq::detail::tryLongProductDigits}) {
+            for (const auto way : {tq::detail::tryFixedPointDigits, tq::detail::tryLongProductDigits})
                 if (request.rule != Rule::kOrShorter && way(v, request, digits, layout)) {
                     ASSERT_EQ(laidOut(layout), wanted);
                 }
-            }
             if (request.kind == DigitRequest::kShortest || request.rule == Rule::kOrShorter)
                 continue;
             // One number, with ties away from zero.
@@ -130,7 +128,7 @@ TEST(Digits, FastConversionsDecide) {
             expectNumber(std::to_string(fast.sixteen) + std::to_string(fast.last), 17, fast.point, shortest);
         else if (tq::detail::DoubleParts(v).significand > tq::detail::kHiddenBit)
             ++undecidedShortest;
-        for (int count = 1; count <= tq::detail::kMaxFastDigits; ++count) {
+        for (int count = 1; count <= tq::detail::kMaxFastDigits; ++count)
             for (std::size_t way = 0; way < std::size(kWays); ++way) {
                 std::uint64_t digits = 0;
                 int exponent = 0;
@@ -140,7 +138,6 @@ TEST(Digits, FastConversionsDecide) {
                 else
                     ++undecided[way];
             }
-        }
     }
     const int all = static_cast<int>(values.size()) * tq::detail::kMaxFastDigits;
     EXPECT_LT(undecided[0], all / 100);

@@ -47,21 +47,19 @@ TEST(FloatText, StylesAndSpecialValues) {
             texts += text(v, {'g', row.count, row.style}) + "|";
         EXPECT_EQ(texts, row.texts) << "count " << row.count << " style " << row.style;
     }
-    EXPECT_EQ(text(-0.0, {'f', 1, 0}) + "|" + text(-1234.5, {'f', -3, 0}), "-0.0|-1234");
-    EXPECT_EQ(text(0.0, {'e', 2, 0}) + "|" + text(12345, {'E', 2, 0}), "0.00e+000|1.23E+004");
+    EXPECT_EQ(text(-0.0, {'f', 1, 0}) + text(-1234.5, {'f', -3, 0}), "-0.0-1234");
+    EXPECT_EQ(text(0.0, {'e', 2, 0}) + text(12345, {'E', 2, 0}), "0.00e+0001.23E+004");
     EXPECT_EQ(text(1e22, {'f', 2, 0}) + text(0.1, {'f', 20, 0}), "10000000000000000000000.000.10000000000000000000");
-    EXPECT_EQ(text(kInfinity, {'e', 3, 0}) + text(-kInfinity, {'G', 20, 0}), "I.nfie9998-I.nfinityE9998");
-    EXPECT_EQ(text(kNan, {'e', 3, 0}), "N.aN0e9998");
+    EXPECT_EQ(text(kInfinity, {'e', 3, 0}) + text(-kInfinity, {'G', 20, 0}) + text(kNan, {'e', 3, 0}),
+              "I.nfie9998-I.nfinityE9998N.aN0e9998");
     EXPECT_EQ(text(kInfinity, {'f', 2, 0}), "Infinity" + std::string(9991, '0') + ".00");
     EXPECT_EQ(text(-kNan, {'f', 0, 0}).substr(0, 5).find("NaN0"), std::signbit(-kNan) ? 1U : 0U);
     EXPECT_EQ(text(0.1, {'e', 5000, 0}).size(), 5007U);
     char buffer[64];
     tqFltToE(buffer, 1.5, 1, 'x');
     EXPECT_STREQ(buffer, "1.5x+000");
-    EXPECT_EQ(tqFltToF(1.5, INT_MAX), nullptr);
-    EXPECT_EQ(tqFltToE(1.5, INT_MAX, 'e'), nullptr);
-    int point = 0;
-    int sign = 0;
+    EXPECT_FALSE(tqFltToF(1.5, INT_MAX) || tqFltToE(1.5, INT_MAX, 'e'));
+    int point = 0, sign = 0;
     EXPECT_STREQ(_fcvt(-12.375, 2, &point, &sign), "1238") << "the platform's";
     EXPECT_TRUE(point == 2 && sign != 0);
     for (const char letter : {'F', 'x', '\0', 'a'}) {

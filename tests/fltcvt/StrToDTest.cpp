@@ -52,7 +52,7 @@ TEST(StrToD, Syntax) {
 
 // Every character, in every place and width, is told from a digit.
 TEST(StrToD, EightCharactersAtOnce) {
-    for (int c = 1; c < 0x200; ++c) {
+    for (int c = 1; c < 0x200; ++c)
         for (std::size_t place = 0; place < EightCharacters::kCount; ++place) {
             const bool isDigit = c >= '0' && c <= '9';
             std::wstring wide = L"12345678";
@@ -64,7 +64,6 @@ TEST(StrToD, EightCharactersAtOnce) {
             const std::string leading = "0" + narrow.substr(0, isDigit ? 8 : place);
             ASSERT_EQ(isDigit ? eight.value() : eight.value(eight.digitCount()), std::stoull(leading)) << c;
         }
-    }
 }
 
 TEST(StrToD, RangeAndExponents) {

@@ -14,8 +14,4 @@ std::wstring format(const wchar_t* format, Arguments... arguments) {
     return text;
 }
 
-inline std::wstring widen(const std::string& text) {
-    return std::wstring(text.begin(), text.end());
-}
-
 } // namespace probe

@@ -66,7 +66,8 @@ TEST(InputWithFormat, ReadsFloatingFields) {
         const std::string text = std::to_string(random() % 1000) + "." + std::to_string(random()) + exponents[i % 5];
         double value = 0;
         float pair[2] = {0, 9};
-        ASSERT_EQ(scan(probe::widen(text + " " + text).c_str(), i % 2 == 0 ? L"%lf%f" : L"%F%g", &value, pair), 2);
+        ASSERT_EQ(scan(reference::widened(text + " " + text).c_str(), i % 2 == 0 ? L"%lf%f" : L"%F%g", &value, pair),
+                  2);
         ASSERT_EQ(value, std::strtod(text.c_str(), nullptr)) << text;
         ASSERT_EQ(pair[0], static_cast<float>(value)) << text;
         ASSERT_EQ(pair[1], 9);

@@ -13,7 +13,7 @@
 namespace {
 
 using probe::format;
-using probe::widen;
+using reference::widened;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
@@ -33,10 +33,10 @@ TEST(NumberText, IsRoundedOnceHalfAwayAndCutTo16Digits) {
         const reference::Decimal exact = value == 0 ? reference::Decimal() : reference::Binary(bits).exact();
         for (const int precision : {0, 1, 2, 4, 6, 10, 14, 15, 16, 17, 18, 22, 23, 24, 40, 126, 400}) {
             SCOPED_TRACE(testing::Message() << value << " with " << precision << " decimals");
-            const std::wstring fixed = widen(reference::fixedText(value, exact, precision));
+            const std::wstring fixed = widened(reference::fixedText(value, exact, precision));
             const std::wstring plus = fixed[0] == L'-' ? fixed : L"+" + fixed;
             ASSERT_EQ(format(L"%.*f|%+.*f", precision, value, precision, value), fixed + L"|" + plus);
-            ASSERT_EQ(format(L"%.*e", precision, value), widen(reference::scientificText(value, exact, precision)));
+            ASSERT_EQ(format(L"%.*e", precision, value), widened(reference::scientificText(value, exact, precision)));
         }
     }
 }
@@ -91,20 +91,18 @@ std::wstring results(double value, LumoAppUnitSets units) {
         tqDToStr(text, value, letter, 16, 0);
         double read = 0;
         float single = 0;
-        EXPECT_EQ(reference::scan((probe::widen(text) + L" " + probe::widen(text)).c_str(), L"%lf%f", &read, &single),
-                  2);
-        all += probe::format(L"%s %X %X %x|", probe::widen(text).c_str(),
-                             std::bit_cast<std::uint64_t>(tqStrToD(text, nullptr)), std::bit_cast<std::uint64_t>(read),
-                             std::bit_cast<std::uint32_t>(single));
+        EXPECT_EQ(reference::scan((widened(text) + L" " + widened(text)).c_str(), L"%lf%f", &read, &single), 2);
+        all +=
+            probe::format(L"%s %X %X %x|", widened(text).c_str(), std::bit_cast<std::uint64_t>(tqStrToD(text, nullptr)),
+                          std::bit_cast<std::uint64_t>(read), std::bit_cast<std::uint32_t>(single));
     }
-    for (std::int16_t mode = 0; mode <= 5; ++mode) {
+    for (std::int16_t mode = 0; mode <= 5; ++mode)
         for (const std::int16_t precision : std::initializer_list<std::int16_t>{0, 4, 20}) {
             units.linearUnitMode = units.angularUnitMode = mode;
             units.linearPrecision = units.angularPrecision = precision;
             initOsBaseUnits(units);
             all += probe::format(L"%.60q1 %.60q2 %.60q3|", value, value, value);
         }
-    }
     wchar_t buffer[150];
     FormatUtil::formatQModeDouble(buffer, 150, value, kQTypeLength, 40); // keeps the sign of zeros
     all += buffer;
@@ -125,12 +123,10 @@ TEST(FloatModes, ChangeNoResult) {
         const double value = i % 5 < 2 ? -values[i] : values[i];
         units.angleBase = i % 3 == 0 ? 0.1 : 0.0;
         const std::wstring expected = results(value, units);
-        for (const int rounding : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-            for (const bool flushesToZero : {false, true}) {
+        for (const int rounding : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO})
+            for (const bool flushesToZero : {false, true})
                 ASSERT_EQ(inMode(rounding, flushesToZero, [&] { return results(value, units); }), expected)
                     << std::hexfloat << value << ", mode " << rounding << flushesToZero;
-            }
-        }
     }
     initOsBaseUnits(units = LumoAppUnitSets());
 }

@@ -7,7 +7,7 @@
 namespace {
 
 using probe::format;
-using probe::widen;
+using reference::widened;
 
 // The grammar also reads formats at compile time.
 constexpr auto kParsed = [](const wchar_t* p) { return tq::detail::parseDirective(p, true); }(L"3$+-08.*2$ld");
@@ -17,7 +17,7 @@ static_assert(kParsed.position == 3 && kParsed.width.value == 8 && kParsed.preci
 std::wstring printed(const char* format, auto... arguments) {
     char text[80];
     std::snprintf(text, sizeof text, format, arguments...);
-    return widen(text);
+    return widened(text);
 }
 
 // The result and the text in a buffer of exactly `capacity` characters before a page that cannot be touched.

@@ -74,7 +74,7 @@ TEST_F(UnitText, ShowsLengthsInEveryMode) {
         {kLinearScientific, 0, 2, {0, 1e-150}, L"0.00E+00|1.00E-99|"},
         {0, 0, 4, {5, -kInfinity}, L"|-|"},
         {6, 0, 4, {-5}, L"-|"}};
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         for (const bool hasDashBit : {false, true}) {
             units.flags = hasDashBit ? kUnitFlagDash : 0;
             std::wstring texts, ignored;
@@ -85,7 +85,6 @@ TEST_F(UnitText, ShowsLengthsInEveryMode) {
             EXPECT_EQ(texts, hasDashBit ? withDashBit(row.texts) : row.texts);
             EXPECT_EQ(ignored, row.texts);
         }
-    }
     units.fractionHeight = 2;
     units.fractionStackStyle = 1;
     EXPECT_EQ(length(kLinearFractional, 0.5, kQFlagDrawingText), LR"({\H2.000000x;\S1#2;})");

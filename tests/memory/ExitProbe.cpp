@@ -25,8 +25,7 @@ void require(bool holds, const char* what) {
 
 // Numbers that need big integers.
 void convert() {
-    int point = 0;
-    int sign = 0;
+    int point = 0, sign = 0;
     char* const text = TqGdImpl::dtoa(5e-324, 2, 2000, &point, &sign, nullptr);
     const std::string digits = text;
     TqGdImpl::freedtoa(text);

@@ -56,8 +56,7 @@ public:
 private:
     // Units of a page are numbered; those from `bump` on are free, and those in the chain, the last one first.
     struct Page {
-        std::size_t unit;
-        std::size_t bump;
+        std::size_t unit, bump;
         std::vector<std::size_t> chain;
 
         std::size_t last() const { return kPageBytes / unit; }
@@ -81,8 +80,7 @@ private:
     };
 
     struct Segment {
-        std::deque<std::size_t> committed;
-        std::deque<std::size_t> uncommitted;
+        std::deque<std::size_t> committed, uncommitted;
     };
 
     std::size_t takePage() {
@@ -153,8 +151,7 @@ TEST_F(HeapModel, EveryAddressFollowsFromTheRules) {
     std::mt19937 random(20240917);
     const auto below = [&random](std::size_t n) { return random() % n; };
     Model model;
-    std::vector<Live> live;
-    std::vector<Live> units;
+    std::vector<Live> live, units;
     for (std::size_t i = 0; i < 400000 && !HasFatalFailure(); ++i) {
         // Phases that differ in the blocks alive and in the sizes, down to one size alone.
         const std::size_t phase = i / 20000;

@@ -14,10 +14,9 @@ namespace reference {
 inline std::vector<const tq::detail::TextKernels*> kernelForms() {
     using namespace tq::detail;
     std::vector<const TextKernels*> forms = {&kPlainKernels};
-    for (const KernelSet set : {KernelSet::kPortable, KernelSet::kSse2, KernelSet::kNeon, KernelSet::kAvx2}) {
+    for (const KernelSet set : {KernelSet::kPortable, KernelSet::kSse2, KernelSet::kNeon, KernelSet::kAvx2})
         if (const TextKernels* kernels = textKernels(set))
             forms.push_back(kernels);
-    }
     return forms;
 }
 

@@ -12,6 +12,8 @@
 #include <climits>
 #include <clocale>
 #include <cmath>
+#include <csignal>
+#include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -72,7 +74,6 @@ public:
     std::string path(const std::string& name) const { return (m_path / name).string(); }
     /// The folder's own path is ASCII; the name may be anything.
     std::wstring wide(const std::wstring& name) const { return m_path.wstring() + L"/" + name; }
-    std::wstring wide(const std::string& name) const { return wide(std::wstring(name.begin(), name.end())); }
     void write(const std::string& name, const std::string& content) const {
         std::ofstream(path(name), std::ios::binary) << content;
     }
@@ -80,6 +81,28 @@ public:
 private:
     std::filesystem::path m_path;
 };
+
+/// A locale of all categories for as long as the object lives.
+struct LocaleScope {
+    explicit LocaleScope(const char* name) { EXPECT_NE(std::setlocale(LC_ALL, name), nullptr) << name; }
+    ~LocaleScope() { std::setlocale(LC_ALL, "C"); }
+};
+
+/// Every byte as the character of its value.
+inline std::wstring widened(const std::string& text) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return std::wstring(bytes, bytes + text.size());
+}
+
+/// `call(format, list)` with the arguments after the format as a list.
+template <class Call, class Char>
+int withList(const Call& call, const Char* format, ...) {
+    std::va_list list;
+    va_start(list, format);
+    const int result = call(format, list);
+    va_end(list);
+    return result;
+}
 
 /// Memory whose last element borders on a page that cannot be touched: reading or writing one element too far ends the
 /// test. One buffer serves many texts in turn.
@@ -118,8 +141,7 @@ public:
 
 private:
     char* m_memory = nullptr;
-    std::size_t m_usable = 0;
-    std::size_t m_size = 0;
+    std::size_t m_usable = 0, m_size = 0;
 };
 
 } // namespace reference

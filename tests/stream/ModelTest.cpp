@@ -7,8 +7,6 @@ namespace {
 
 using namespace streamtest;
 using reference::Operation;
-using std::uint32_t;
-using std::uint64_t;
 using StreamModel = reference::LeavesNothing;
 
 // A byte that nothing has written yet is unknown.
@@ -133,7 +131,7 @@ TEST_F(StreamModel, TqFlatMemBuf) {
 
 void playFile(Kind kind) {
     const TempFolder folder;
-    BufPtr b = openForUpdate(kind, folder.wide("run"));
+    BufPtr b = openForUpdate(kind, folder.wide(L"run"));
     Bytes m;
     uint64_t position = 0, pos = 0;
     uint32_t n = 0;
@@ -202,7 +200,7 @@ void playFile(Kind kind) {
         if (m.size() > 150000 || random() % 1000 == 0) {
             b->close();
             EXPECT_EQ(readFile(folder.path("run")), m);
-            b = openForUpdate(kind, folder.wide("run"));
+            b = openForUpdate(kind, folder.wide(L"run"));
             m.clear();
             position = 0;
         }

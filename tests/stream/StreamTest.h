@@ -5,6 +5,8 @@
 namespace streamtest {
 
 using reference::TempFolder;
+using std::uint32_t;
+using std::uint64_t;
 using Bytes = std::vector<unsigned char>;
 using BufPtr = std::unique_ptr<TqFileStreamBuf>;
 
@@ -15,9 +17,7 @@ std::wstring thrownBy(const Call& call) {
     try {
         call();
     } catch (const TqException& e) {
-        EXPECT_EQ(e.m_pInner, nullptr);
-        EXPECT_FALSE(e.m_flag);
-        EXPECT_EQ(e.m_nLine, 0);
+        EXPECT_FALSE(e.m_pInner || e.m_flag || e.m_nLine != 0);
         return std::wstring(L"TqException ") + e.m_pszFile;
     } catch (const wchar_t* text) {
         return text;
@@ -31,13 +31,10 @@ std::wstring thrownBy(const Call& call) {
     return L"";
 }
 
-/// A call and the text that it must throw.
-using Refusal = std::pair<std::wstring, std::function<void()>>;
-
-template <class Refusals>
-void expectRefusals(const Refusals& refusals) {
-    for (const Refusal& refusal : refusals)
-        EXPECT_EQ(thrownBy(refusal.second), refusal.first) << "refusal " << &refusal - std::begin(refusals);
+/// Each of the calls must throw this text.
+inline void expectRefused(const std::wstring& text, std::initializer_list<std::function<void()>> calls) {
+    for (const auto& call : calls)
+        EXPECT_EQ(thrownBy(call), text) << "call " << &call - calls.begin();
 }
 
 inline const std::wstring kOutOfBuffer = L"TqException Out of stream buffer!";
@@ -48,8 +45,7 @@ inline const std::wstring kInternalError = L"File internal error!";
 inline const std::wstring kOutOfFile = L"Out of file stream buffer!";
 
 inline void writeFile(const std::string& path, const Bytes& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary) << std::string(bytes.begin(), bytes.end());
 }
 
 inline Bytes readFile(const std::string& path) {
