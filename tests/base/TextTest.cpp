@@ -7,18 +7,14 @@ namespace {
 
 using namespace tq::detail;
 
-const struct {
-    bool (*ours)(wchar_t) noexcept;
-    int (*library)(std::wint_t);
-    CharacterClasses bit;
-    bool asciiOnly;
-} kRows[] = {{isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
-             {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
-             {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
-             {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
-             {isAlpha, std::iswalpha, kAlpha, false}};
+// Ours, the C library's, the bit, and whether it is of ASCII alone.
+const std::tuple<bool (*)(wchar_t) noexcept, int (*)(std::wint_t), CharacterClasses, bool> kRows[] = {
+    {isUpper, std::iswupper, kUpper, false}, {isLower, std::iswlower, kLower, false},
+    {isDigit, std::iswdigit, kDigit, true},  {isSpace, std::iswspace, kSpace, false},
+    {isPunct, std::iswpunct, kPunct, false}, {isControl, std::iswcntrl, kControl, false},
+    {isBlank, std::iswblank, kBlank, false}, {isHexDigit, std::iswxdigit, kHexDigit, true},
+    {isAlpha, std::iswalpha, kAlpha, false}};
 
-// Each test in the locale "C" and in one of UTF-8.
 class InLocale : public testing::TestWithParam<const char*> {
 protected:
     const reference::LocaleScope m_locale{GetParam()};
@@ -28,11 +24,11 @@ INSTANTIATE_TEST_SUITE_P(Locales, InLocale, testing::Values("C", reference::kUtf
 TEST_P(InLocale, CharacterClassesAgreeWithTheCLibrary) {
     for (int code = -300; code < 0x3100; ++code) {
         const auto c = static_cast<wchar_t>(code);
-        for (const auto& row : kRows) {
-            const bool isAsked = code >= 0 && (code < 128 || !row.asciiOnly);
-            const bool expected = isAsked && row.library(static_cast<std::wint_t>(c)) != 0;
-            ASSERT_EQ(row.ours(c), expected) << std::hex << code << " class " << row.bit;
-            ASSERT_EQ((characterClasses(c) & row.bit) != 0, expected) << std::hex << code << " class " << row.bit;
+        for (const auto& [ours, library, bit, asciiOnly] : kRows) {
+            const bool isAsked = code >= 0 && (code < 128 || !asciiOnly);
+            const bool expected = isAsked && library(static_cast<std::wint_t>(c)) != 0;
+            ASSERT_EQ(ours(c), expected) << std::hex << code << " class " << bit;
+            ASSERT_EQ((characterClasses(c) & bit) != 0, expected) << std::hex << code << " class " << bit;
         }
     }
     EXPECT_EQ(characterClasses(static_cast<wchar_t>(INT_MIN)), 0);
@@ -67,8 +63,7 @@ TEST(Utf8, EveryCharacterComesBackExceptSurrogates) {
     for (const std::wstring& name : {std::wstring(1, static_cast<wchar_t>(0x110000)), std::wstring(L"a\0b", 3)})
         EXPECT_THROW(tq::utf8Name(name), std::invalid_argument);
     char encoded[kMaxUtf8Length];
-    EXPECT_EQ(encodeUtf8(0x110000, encoded), 0U);
-    EXPECT_EQ(encodeUtf8(0xFFFFFFFF, encoded), 0U);
+    EXPECT_TRUE(encodeUtf8(0x110000, encoded) == 0U && encodeUtf8(0xFFFFFFFF, encoded) == 0U);
 }
 
 TEST(Utf8, MalformedBytesAreRefusedWithoutReadingOn) {

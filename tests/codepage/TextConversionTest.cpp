@@ -64,10 +64,7 @@ const Direction<wchar_t, char> kWideToUtf8 = {
     }};
 
 template <class Char>
-reference::GuardedBuffer<Char>& outputBuffer() {
-    static reference::GuardedBuffer<Char> s_buffer(kCapacity);
-    return s_buffer;
-}
+reference::GuardedBuffer<Char> g_output(kCapacity);
 
 // The text right before memory that cannot be read, with its terminator.
 template <class Char>
@@ -81,7 +78,7 @@ const Char* place(const std::basic_string<Char>& text, std::size_t terminator = 
 void checkUnmeasured(detail::TextKernels::Unmeasured convert, decltype(detail::TextKernels::wideToNarrowSize) sizeOf,
                      const wchar_t* src, const wchar_t* end, const std::string& text) {
     for (std::size_t room = text.size() % 5; room < text.size() + 80 && convert != nullptr; room += 7) {
-        char* out = outputBuffer<char>().last(room);
+        char* out = g_output<char>.last(room);
         const auto [taken, written] = convert(src, INT_MAX, out, room);
         ASSERT_LE(written, room);
         ASSERT_EQ(std::string(out, written), text.substr(0, written));
@@ -106,7 +103,7 @@ void check(const Direction<From, To>& direction, const From* src, int length) {
     const auto text = expected.substr(direction.kept);
     const std::size_t room = sizeof(To) == 1 ? text.size() : static_cast<std::size_t>(end - src) + 1;
     for (const detail::TextKernels* kernels : reference::kernelForms()) {
-        To* const first = std::fill_n(outputBuffer<To>().last(room), room, To{'#'}) - room;
+        To* const first = std::fill_n(g_output<To>.last(room), room, To{'#'}) - room;
         To* last = (kernels->*direction.form)(src, end, first);
         ASSERT_EQ(std::basic_string<To>(first, last) + To{}, text) << "length " << length;
         if constexpr (std::is_same_v<From, wchar_t>) {
@@ -149,7 +146,6 @@ std::string filler() {
     return text;
 }
 
-// Whole escapes, broken ones, and runs of backslashes.
 const std::string kEscapes[] = {"",           "\\U+4E2D",  "\\u+00e9",     "\\U+0000",       "\\U+005C",
                                 "\\M+18140",  "\\m+5b0a1", "\\M+10041",    "\\M+10001",      "\\M+2007F",
                                 "\\M+30080",  "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",
@@ -209,8 +205,7 @@ TEST(TextConversion, EveryCharacterAloneAndLongTexts) {
         ASSERT_NO_FATAL_FAILURE(check(kUtf8ToWide, place(reference::unicodeToUtf8(text.c_str(), 1)), 0));
         ASSERT_NO_FATAL_FAILURE(check(kNarrowToWide, place(std::string(1, static_cast<char>(c))), 1));
     }
-    // Sizes are measured a stretch at a time: texts around whole stretches, with characters of every size at the
-    // joints.
+    // Sizes are measured a stretch at a time: characters of every size stand at the joints.
     for (const std::size_t length : {2047U, 2048U, 2049U, 4096U, 10000U}) {
         std::wstring text(length, L'a');
         for (std::size_t i = 0; i < length; i += 31)
@@ -279,8 +274,7 @@ TEST(ConversionOutput, RoomGrowsInProportionAndIsGivenBack) {
     EXPECT_EQ(full.logicalLength(), INT_MAX);
 }
 
-// Converts a text that lies in the very vector that takes the result, into `slots` slots; another vector that shares
-// the record keeps what it had.
+// Converts a text that lies in the very vector that takes the result; one that shares the record keeps what it had.
 template <class From, class To>
 void checkHeld(const Direction<From, To>& direction, const std::basic_string<From>& text, int slots) {
     const std::size_t bytes = (text.size() + 1) * sizeof(From);

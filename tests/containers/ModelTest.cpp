@@ -25,7 +25,6 @@ struct Texts : std::vector<std::wstring> {
     void add(const Texts& texts) { add(static_cast<long long>(size()), texts); }
 };
 
-// The text without its first character.
 const wchar_t* tailOf(const std::wstring& text) {
     return text.c_str() + (text.empty() ? 0 : 1);
 }
@@ -72,7 +71,6 @@ void expectSame(const Collection& collection, const Model& model) {
     ASSERT_EQ(collection.IsEmpty(), model.empty());
 }
 
-// What operations on texts by number work with.
 struct Choice {
     void next(std::mt19937& random, const Texts& model) {
         const auto below = [&random](std::size_t n) { return static_cast<long long>(random() % n); };
@@ -241,7 +239,6 @@ struct OwnAllocator {
 
 constexpr std::size_t kCrowd = 5;
 
-// A crowd of vectors that copy, change and drop each other.
 template <class Vector>
 void playVectors(unsigned seed) {
     using Element = std::remove_reference_t<decltype(std::declval<Vector&>()[0])>;

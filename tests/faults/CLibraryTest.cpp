@@ -1,5 +1,4 @@
-// Where C libraries differ: the locale of the process and the wide printf functions as other systems have them. The
-// linker leads the library's calls here.
+// The process's locale and the wide printf functions as other systems have them. The linker leads the calls here.
 #include "base/FileName.h"
 #include "reference/Testing.h"
 
@@ -116,8 +115,7 @@ TEST(CLibraries, NothingIsReadThatWasNotWritten) {
         const int written = swprintf(dst, L"a%lc%*d", 0, width, 7);
         const int needed = reference::withList(_vscwprintf, L"a%lc%*d", 0, width, 7);
         g_endsAtZero = false;
-        EXPECT_EQ(written, length);
-        EXPECT_EQ(needed, length + 1);
+        EXPECT_TRUE(written == length && needed == length + 1);
         std::wstring expected(static_cast<std::size_t>(length), L'\0');
         expected[0] = L'a';
         EXPECT_EQ(std::wstring(dst, expected.size()), expected);

@@ -19,8 +19,7 @@ struct {
     Call call;
     Fault fault;
     int left;
-    bool isMet;
-    bool isArmed;
+    bool isMet, isArmed;
 } g_plan;
 
 // The streams made here and their descriptors.
@@ -29,7 +28,6 @@ std::map<std::FILE*, int>& descriptors() {
     return map;
 }
 
-// True when this call must go wrong.
 bool isDue(Call call) {
     if (!g_plan.isArmed || call != g_plan.call)
         return false;

@@ -10,9 +10,8 @@ using faults::Fault;
 using faults::FaultyStreams;
 
 // A session that writes: pieces of a length at a position, and reading one byte between.
-const struct {
-    std::size_t at, length;
-} kSteps[] = {{0, 100}, {100, 9000}, {9100, 40000}, {50, 0}, {60, 3}, {49100, 7}};
+constexpr std::pair<std::size_t, std::size_t> kSteps[] = {{0, 100}, {100, 9000}, {9100, 40000},
+                                                          {50, 0},  {60, 3},     {49100, 7}};
 
 // Writes the session and says whether what it accepted can be trusted: with no error from close() the file holds what
 // was accepted before the step that failed, and of that step what the system had taken.

@@ -1,7 +1,6 @@
-#include "NumberVectors.h"
 #include "fltcvt/DigitAllocator.h"
 #include "fltcvt/UInt128.h"
-#include "reference/Testing.h"
+#include "reference/ExactDecimal.h"
 
 namespace {
 
@@ -105,7 +104,6 @@ TEST(Bigint, AgreesWithWideIntegers) {
         unsigned words[4] = {9, 9, 9, 9};
         EXPECT_EQ(Impl::copybits(words, 70, a.get()), 3);
         EXPECT_TRUE((words[0] | std::uint64_t{words[1]} << 32) == x && words[2] + words[3] == 9);
-        // Decimal digits with the point in any place.
         std::string digits = std::to_string(x);
         const auto count = static_cast<int>(digits.size()), before = 1 + i % count;
         const auto leading = static_cast<unsigned>(std::stoul(digits.substr(0, 9)));
@@ -122,8 +120,7 @@ TEST(Bigint, AgreesWithWideIntegers) {
                         value(rest.get()) == x % y);
         }
     }
-    EXPECT_EQ(Impl::any_on(Owner(number(0)).get(), 500), 0);
-    EXPECT_EQ(Impl::copybits(nullptr, 0, Owner(number(5)).get()), 0);
+    EXPECT_EQ(Impl::any_on(Owner(number(0)).get(), 500) + Impl::copybits(nullptr, 0, Owner(number(5)).get()), 0);
 }
 
 TEST(Bigint, PowersOfFiveAndTheirCache) {
@@ -144,16 +141,14 @@ TEST(Bigint, PowersOfFiveAndTheirCache) {
 }
 
 TEST(Bigint, TakesDoublesApart) {
-    for (const double v : number_test::vectors(500)) {
+    for (const double v : reference::numbers(500)) {
         int exponent = 0, bits = 0;
         const Owner b(Impl::d2b(-v, &exponent, &bits));
         const auto odd = static_cast<std::uint64_t>(value(b.get()));
-        EXPECT_EQ(std::ldexp(static_cast<double>(odd), exponent), v);
-        EXPECT_TRUE((odd & 1) == 1 && odd >> (bits - 1) == 1);
+        EXPECT_TRUE(std::ldexp(static_cast<double>(odd), exponent) == v && (odd & 1) == 1 && odd >> (bits - 1) == 1);
         int zeros = 0;
         const double leading = Impl::b2d(b.get(), &zeros);
-        EXPECT_EQ(std::ldexp(leading, 32 * b->used - zeros - 1 + exponent), v);
-        EXPECT_TRUE(leading >= 1 && leading < 2);
+        EXPECT_TRUE(std::ldexp(leading, 32 * b->used - zeros - 1 + exponent) == v && leading >= 1 && leading < 2);
     }
     for (std::uint64_t field = 0; field < 2046; ++field) {
         const auto v = std::bit_cast<double>(field << 52);

@@ -1,7 +1,5 @@
-#include "NumberVectors.h"
 #include "fltcvt/FastDigits.h"
 #include "fltcvt/RoundedDecimal.h"
-#include "reference/Checksum.h"
 #include "reference/ExactDecimal.h"
 
 namespace {
@@ -55,18 +53,16 @@ TEST(Digits, OfSpecialValues) {
             EXPECT_EQ(Dtoa(std::copysign(HUGE_VAL, 0.5 - sign), mode, 3), Dtoa("Infinity", 9999, sign));
             EXPECT_EQ(Dtoa(std::copysign(nan, 0.5 - sign), mode, 3), Dtoa("NaN", 9999, sign));
         }
-    EXPECT_EQ(Dtoa(-0.1, 0, 0), Dtoa("1", 0, 1));
-    EXPECT_EQ(Dtoa(2.0 / 3, 2, 3), Dtoa("667", 0, 0));
+    EXPECT_TRUE(Dtoa(-0.1, 0, 0) == Dtoa("1", 0, 1) && Dtoa(2.0 / 3, 2, 3) == Dtoa("667", 0, 0));
     EXPECT_EQ(Dtoa(5e-324, 4, 3), Dtoa("5", -323, 0));
-    EXPECT_EQ(Dtoa(1e22, 3, INT_MIN), Dtoa("", INT_MAX, 0));
-    EXPECT_EQ(Dtoa(1e-22, 5, -INT_MAX), Dtoa("", INT_MAX, 0));
-    EXPECT_EQ(Dtoa(0.5, 2, INT_MAX), Dtoa("5", 0, 0));
-    EXPECT_EQ(Dtoa(1.5, 3, INT_MAX), Dtoa("15", 1, 0));
+    EXPECT_TRUE(Dtoa(0.5, 2, INT_MAX) == Dtoa("5", 0, 0) && Dtoa(1.5, 3, INT_MAX) == Dtoa("15", 1, 0));
+    for (const Dtoa& none : {Dtoa(1e22, 3, INT_MIN), Dtoa(1e-22, 5, -INT_MAX)})
+        EXPECT_EQ(none, Dtoa("", INT_MAX, 0));
 }
 
 TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
     std::mt19937 random(7);
-    for (const double v : number_test::vectors(3000)) {
+    for (const double v : reference::numbers(3000)) {
         const Decimal exact = reference::Binary(std::bit_cast<std::uint64_t>(v)).exact();
         const Decimal shortest = reference::shortest(v);
         for (int mode = -1; mode <= 10; ++mode) {
@@ -113,7 +109,7 @@ TEST(Digits, FastConversionsDecide) {
                                                        &tryRoundedDigits<tq::detail::roundedByUpperHalf>};
     int undecided[std::size(kWays)] = {};
     int undecidedShortest = 0;
-    const std::vector<double> values = number_test::vectors(2000);
+    const std::vector<double> values = reference::numbers(2000);
     for (const double v : values) {
         SCOPED_TRACE(testing::Message() << std::hexfloat << v);
         const Decimal exact = reference::Binary(std::bit_cast<std::uint64_t>(v)).exact();

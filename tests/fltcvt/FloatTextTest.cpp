@@ -1,6 +1,5 @@
-#include "NumberVectors.h"
 #include "fltcvt/CvtFormatter.h"
-#include "reference/Testing.h"
+#include "reference/ExactDecimal.h"
 
 namespace {
 
@@ -12,8 +11,7 @@ struct Request {
     int count, style;
 };
 
-// The narrow text, written so that its terminator is the last byte before memory that cannot be touched, and which must
-// be the wide one too.
+// The narrow text, written right up to memory that cannot be touched. The wide one must be the same.
 std::string text(double v, const Request& request) {
     wchar_t* const wide = tqDToStr(v, request.letter, request.count, request.style);
     const std::wstring expected = wide;
@@ -29,23 +27,20 @@ std::string text(double v, const Request& request) {
 
 // The numbers that another test compares with the C library's are not among them.
 TEST(FloatText, StylesAndSpecialValues) {
-    const struct {
-        int count, style;
-        std::vector<double> values;
-        const char* texts;
-    } rows[] = {{6, -1, {0.0, 100}, "0|100|"},
-                {6, 1, {0.0, 100, 1.5, 123456}, "0.00000|100.000|1.5|123456.|"},
-                {6, 2, {0.0, 100, 1e20, 1.5e20}, "0.0|100.0|1.0e+020|1.5e+020|"},
-                {6, 3, {100, 1e20}, "100.|1e+020|"},
-                {4, 1, {0.025, 1e20, 1.5e20}, "0.02500|1.000e+020|1.500e+020|"},
-                {0, 0, {1.5, 0.05, -0.0}, "2e+000|0.0|-0|"},
-                {0, 1, {7, 0.0}, "7.e+000|0|"},
-                {-4, 2, {-7, 0.05}, "-7.0e+000|0.0|"}};
-    for (const auto& row : rows) {
+    using Row = std::tuple<int, int, std::vector<double>, const char*>;
+    const Row rows[] = {{6, -1, {0.0, 100}, "0|100|"},
+                        {6, 1, {0.0, 100, 1.5, 123456}, "0.00000|100.000|1.5|123456.|"},
+                        {6, 2, {0.0, 100, 1e20, 1.5e20}, "0.0|100.0|1.0e+020|1.5e+020|"},
+                        {6, 3, {100, 1e20}, "100.|1e+020|"},
+                        {4, 1, {0.025, 1e20, 1.5e20}, "0.02500|1.000e+020|1.500e+020|"},
+                        {0, 0, {1.5, 0.05, -0.0}, "2e+000|0.0|-0|"},
+                        {0, 1, {7, 0.0}, "7.e+000|0|"},
+                        {-4, 2, {-7, 0.05}, "-7.0e+000|0.0|"}};
+    for (const auto& [count, style, values, expected] : rows) {
         std::string texts;
-        for (const double v : row.values)
-            texts += text(v, {'g', row.count, row.style}) + "|";
-        EXPECT_EQ(texts, row.texts) << "count " << row.count << " style " << row.style;
+        for (const double v : values)
+            texts += text(v, {'g', count, style}) + "|";
+        EXPECT_EQ(texts, expected) << "count " << count << " style " << style;
     }
     EXPECT_EQ(text(-0.0, {'f', 1, 0}) + text(-1234.5, {'f', -3, 0}), "-0.0-1234");
     EXPECT_EQ(text(0.0, {'e', 2, 0}) + text(12345, {'E', 2, 0}), "0.00e+0001.23E+004");
@@ -85,7 +80,7 @@ std::string printed(const char* format, int count, double v) {
 }
 
 TEST(FloatText, AgreesWithTheCLibraryAndReadsBack) {
-    for (const double v : number_test::vectors(2000)) {
+    for (const double v : reference::numbers(2000)) {
         for (int count = 0; count <= 24; ++count) {
             const double d = count % 2 == 0 ? v : -v;
             SCOPED_TRACE(testing::Message() << std::hexfloat << d << " count " << count);

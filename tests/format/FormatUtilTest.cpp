@@ -1,42 +1,32 @@
-// The parts of the engine that can be called by themselves.
 
-#include "format/FormatProbe.h"
 #include "format/ScaleTables.h"
+#include "reference/Testing.h"
 
 TEST(FormatUtil, CopiesAndFillsOnlyWhatFits) {
     wchar_t buffer[64];
     wchar_t* out = buffer;
-    EXPECT_EQ(FormatUtil::StringCopy(&out, 4, L"abcdef", 3), 0);
-    EXPECT_STREQ(buffer, L"abc");
+    EXPECT_TRUE(FormatUtil::StringCopy(&out, 4, L"abcdef", 3) == 0 && buffer == std::wstring(L"abc"));
     const std::tuple<int, const wchar_t*, unsigned, int> rows[] = {{4, L"abcdef", 4, -1}, {4, L"abcdef", UINT_MAX, -1},
                                                                    {4, L"abcdef", 0, 0},  {0, L"abcdef", 0, -1},
                                                                    {4, nullptr, 1, -1},   {4, nullptr, 0, 0}};
     for (const auto& [room, text, count, result] : rows) {
         *out = result == 0 ? L'#' : L'\0';
-        EXPECT_EQ(FormatUtil::StringCopy(&out, room, text, count), result);
-        EXPECT_TRUE(out == buffer + 3 && *out == L'\0');
+        EXPECT_TRUE(FormatUtil::StringCopy(&out, room, text, count) == result && out == buffer + 3 && *out == L'\0');
     }
 
-    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'-', 37), 0);
-    EXPECT_EQ(std::wstring(buffer), L"abc" + std::wstring(37, L'-'));
+    const auto fill = [&out](wchar_t c, int count) { return FormatUtil::fillStringWithBlankChar(&out, 40, c, count); };
+    EXPECT_TRUE(fill(L'-', 37) == 0 && buffer == L"abc" + std::wstring(37, L'-'));
     out = buffer;
-    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'.', 50), -1);
-    EXPECT_EQ(std::wstring(buffer), std::wstring(30, L'.'));
-    EXPECT_EQ(FormatUtil::fillStringWithBlankChar(&out, 40, L'.', -1), -1);
+    EXPECT_TRUE(fill(L'.', 50) == -1 && buffer == std::wstring(30, L'.') && fill(L'.', -1) == -1);
 }
 
 TEST(FormatUtil, WritesIntegersInAnyBase) {
     wchar_t text[66];
-    const std::wstring zeros(63, L'0');
-    const std::tuple<long, int, std::wstring> rows[] = {{-255, -16, L"-FF"},
-                                                        {255, -16, L"FF"},
-                                                        {-1, 16, L"FFFFFFFFFFFFFFFF"},
-                                                        {35, 99, L"Z"},
-                                                        {5, 0, L"101"},
-                                                        {0, 10, L"0"},
-                                                        {5, INT_MIN, L"5"},
-                                                        {LONG_MIN, -10, L"-9223372036854775808"},
-                                                        {LONG_MIN, -2, L"-1" + zeros}};
+    const std::wstring hex(16, L'F'), decimal = std::to_wstring(LONG_MIN), binary = L"-1" + std::wstring(63, L'0');
+    using Row = std::tuple<long, int, std::wstring>;
+    const Row rows[] = {{-255, -16, L"-FF"}, {255, -16, L"FF"},        {-1, 16, hex},
+                        {35, 99, L"Z"},      {5, 0, L"101"},           {0, 10, L"0"},
+                        {5, INT_MIN, L"5"},  {LONG_MIN, -10, decimal}, {LONG_MIN, -2, binary}};
     for (const auto& [value, base, expected] : rows) {
         EXPECT_EQ(FormatUtil::formatLong(text, value, 7, base), static_cast<int>(expected.size()));
         EXPECT_EQ(text, expected);
@@ -50,8 +40,7 @@ TEST(FormatUtil, CountsPositionsAsTheLastIntroducerSays) {
         {L"%12", false, 0},   {L"%1$d %*", true, 0},     {nullptr, false, 0}};
     for (const auto& [format, isPositional, expected] : rows) {
         int count = -1;
-        EXPECT_EQ(FormatUtil::isDefineSelfParaIndex(&count, format), isPositional) << format;
-        EXPECT_EQ(count, expected) << format;
+        EXPECT_TRUE(FormatUtil::isDefineSelfParaIndex(&count, format) == isPositional && count == expected) << format;
     }
 }
 
@@ -90,8 +79,7 @@ TEST(FormatUtil, ScalesToMantissaAndExponent) {
         for (const long double sign : {1.0L, -1.0L}) {
             long double mantissa = value * sign;
             const int exponent = FormatUtil::scaleDoubleToScience(&mantissa);
-            EXPECT_EQ(exponent, e);
-            EXPECT_TRUE(std::fabs(mantissa) >= 1 && std::fabs(mantissa) < 10);
+            EXPECT_TRUE(exponent == e && std::fabs(mantissa) >= 1 && std::fabs(mantissa) < 10);
             EXPECT_NEAR(static_cast<double>(mantissa / (value * sign) * std::pow(10.0L, e) - 1), 0, kClose);
         }
     }
@@ -103,36 +91,27 @@ TEST(FormatUtil, ScalesToMantissaAndExponent) {
 }
 
 TEST(FormatUtil, RoundsAMantissaInPlace) {
-    const struct {
-        long double mantissa;
-        int precision, exponent, carry;
-        double rounded; // before cutting
-    } rows[] = {{1.25L, 1, 0, 0, 1.30}, {9.97L, 1, 0, 1, 1.002},    {2.5L, 0, 0, 0, 3.0},
-                {2.5L, 0, -2, 0, 2.5},  {-6.0L, 2, -3, 1, 1.1},     {-4.0L, 2, -3, 0, 9.0},
-                {5.0L, 30, -1, 0, 5.0}, {5.0L, INT_MAX, 1, 0, 5.0}, {-2.5L, 1, 0, 0, -2.55}};
-    for (const auto& row : rows) {
-        long double mantissa = row.mantissa;
-        EXPECT_EQ(FormatUtil::roundScienceDouble(&mantissa, row.precision, row.exponent), row.carry);
+    using Row = std::tuple<long double, int, int, int, double>; // the last is before cutting
+    const Row rows[] = {{1.25L, 1, 0, 0, 1.30}, {9.97L, 1, 0, 1, 1.002},    {2.5L, 0, 0, 0, 3.0},
+                        {2.5L, 0, -2, 0, 2.5},  {-6.0L, 2, -3, 1, 1.1},     {-4.0L, 2, -3, 0, 9.0},
+                        {5.0L, 30, -1, 0, 5.0}, {5.0L, INT_MAX, 1, 0, 5.0}, {-2.5L, 1, 0, 0, -2.55}};
+    for (const auto& [before, precision, exponent, carry, rounded] : rows) {
+        long double mantissa = before;
+        EXPECT_EQ(FormatUtil::roundScienceDouble(&mantissa, precision, exponent), carry);
         // The sign of a magnitude below the constant is lost: it rounds up from the other side of zero.
-        EXPECT_NEAR(static_cast<double>(std::fabs(mantissa)), std::fabs(row.rounded), kClose);
-        EXPECT_EQ(mantissa < 0, row.rounded < 0 || row.mantissa == -6.0L);
+        EXPECT_NEAR(static_cast<double>(std::fabs(mantissa)), std::fabs(rounded), kClose);
+        EXPECT_EQ(mantissa < 0, rounded < 0 || before == -6.0L);
     }
 }
 
 TEST(FormatUtil, WritesFixedTextFromAMantissa) {
-    const std::tuple<long double, int, int, int, const wchar_t*> rows[] = {{-1.25, 3, 0, 0, L"-125"},
-                                                                           {5, -2, 5, 0, L"0.00500"},
-                                                                           {5, 0, 3, 0, L"0.500"},
-                                                                           {0, 1, 3, 0, L"0.000"},
-                                                                           {0, 3, 2, 0, L"000.00"},
-                                                                           {0.5, 3, 2, 0, L"050.00"},
-                                                                           {10, 2, 1, 0, L"99.9"},
-                                                                           {-0.25, 0, 4, 0, L"-0.0250"},
-                                                                           {1.5, 1, 2, 3, L"1."},
-                                                                           {1.5, 1, -2, 0, L"1"},
-                                                                           {0.0625, -1, 6, 0, L"0.000625"},
-                                                                           {-HUGE_VAL, 1, 2, 0, L"-inf"},
-                                                                           {1, 20, 2, 0, L"10000000000000000000"}};
+    const std::wstring large = L"1" + std::wstring(19, L'0');
+    using Row = std::tuple<long double, int, int, int, const wchar_t*>;
+    const Row rows[] = {{-1.25, 3, 0, 0, L"-125"},   {5, -2, 5, 0, L"0.00500"},       {5, 0, 3, 0, L"0.500"},
+                        {0, 1, 3, 0, L"0.000"},      {0, 3, 2, 0, L"000.00"},         {0.5, 3, 2, 0, L"050.00"},
+                        {10, 2, 1, 0, L"99.9"},      {-0.25, 0, 4, 0, L"-0.0250"},    {1.5, 1, 2, 3, L"1."},
+                        {1.5, 1, -2, 0, L"1"},       {0.0625, -1, 6, 0, L"0.000625"}, {-HUGE_VAL, 1, 2, 0, L"-inf"},
+                        {1, 20, 2, 0, large.c_str()}};
     wchar_t text[126];
     for (const auto& [mantissa, integerDigits, precision, size, expected] : rows) {
         const int length = FormatUtil::formatScienceDouble(text, mantissa, integerDigits, precision, size);

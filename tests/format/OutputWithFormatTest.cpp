@@ -1,12 +1,13 @@
-// The directive grammar of the output engine, its padding, its failures, and arguments by position.
 
-#include "format/FormatProbe.h"
+#include "reference/Testing.h"
 
+#include <TqOsBase/containers/Range.h>
+#include <TqOsBase/format/Checked.h>
 #include <TqOsBase/format/Directive.h>
 
 namespace {
 
-using probe::format;
+using reference::format;
 using reference::widened;
 
 // The grammar also reads formats at compile time.
@@ -30,12 +31,9 @@ std::pair<int, std::wstring> formatInto(reference::GuardedBuffer<wchar_t>& guard
     return {result, buffer};
 }
 
-int formatMoving(wchar_t** out, int capacity, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int result = OutputWithFormat(out, capacity, format, args);
-    va_end(args);
-    return result;
+int formatMoving(wchar_t** out, int capacity, const wchar_t* format, auto... arguments) {
+    const auto write = [=](auto... rest) { return OutputWithFormat(out, capacity, rest...); };
+    return reference::withList(write, format, arguments...);
 }
 
 // In place, where digits may be written after the text, and at the end of a page, where they may not.
@@ -73,19 +71,18 @@ TEST(OutputWithFormat, RendersIntegersAndStringsOfEveryLength) {
 }
 
 TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
-    const std::pair<const wchar_t*, const wchar_t*> rows[] = {{L"%", L""},
-                                                              {L"100%% %y %E|%", L"100% y E|"},
-                                                              {L"%#x|%++d", L"#x|+d"},
-                                                              {L"%5.2d|%.0d", L" 0.07|7."},
-                                                              {L"%ld%hd", L"77"},
-                                                              {L"%.d|", L"7.|"},
-                                                              {L"%05c", L"0000\a"},
-                                                              {L"a\u4e2db%n%S%C", L"a\u4e2dbnSC"},
-                                                              {L"%+-05d|", L"7    |"}, // the 0 belongs to the width
-                                                              {L"%+-0*d|", L"*d|"},    // and so the star is the letter
-                                                              {L"%-0 5d", L" 5d"},     // no blank flag
-                                                              {L"%$3d", L"  7"},       // a lone dollar sign is skipped
-                                                              {L"%lld", L"ld"}};       // one letter of length only
+    using Row = std::pair<const wchar_t*, const wchar_t*>;
+    const Row rows[] = {{L"%", L""},
+                        {L"100%% %y %E|%", L"100% y E|"},
+                        {L"%#x|%++d", L"#x|+d"},
+                        {L"%5.2d|%.0d", L" 0.07|7."},
+                        {L"%ld%hd", L"77"},
+                        {L"%.d|%05c", L"7.|0000\a"},
+                        {L"a\u4e2db%n%S%C", L"a\u4e2dbnSC"},
+                        {L"%+-05d|", L"7    |"},    // the 0 belongs to the width
+                        {L"%+-0*d|", L"*d|"},       // and so the star is the letter
+                        {L"%-0 5d", L" 5d"},        // no blank flag
+                        {L"%$3d|%lld", L"  7|ld"}}; // a lone dollar sign is skipped; one letter of length only
     for (const auto& [directives, text] : rows)
         EXPECT_EQ(format(directives, 7, 7), text) << directives;
     EXPECT_EQ(format(L"%*d|%-*d|%.*d", 4, 1, 4, 2, 2, 3), L"   1|2   |0.03");
@@ -100,8 +97,8 @@ TEST(OutputWithFormat, ReadsTheOddCornersOfTheGrammar) {
         L"1 h\u00e9llo 1.5 2 3 h\u00e9llo +2.5   |+3.5   |+00004.5 5.5 -00006.5 7.500000E+000|000008.50E+000 -9.500000 "
         L"10.5 5 11.5 h\u00e9llo");
     EXPECT_EQ(format(L"%.*f|%.*s", -3, 2.5, -1, L"abc"), L"3|");
-    EXPECT_EQ(format(L"%d %D %d", INT_MIN, LLONG_MIN, 5), L"-2147483648 -9223372036854775808 5");
-    EXPECT_EQ(format(L"%p", 0x123456789abcdef0ULL), L"9ABCDEF0");
+    EXPECT_EQ(format(L"%d %D %p", INT_MIN, LLONG_MIN, 0x123456789abcdef0ULL),
+              L"-2147483648 -9223372036854775808 9ABCDEF0");
     EXPECT_EQ(format(L"[%s]", static_cast<const wchar_t*>(nullptr)), L"[]");
     // The limit is what keeps a string without a terminator from being read too far.
     reference::GuardedBuffer<wchar_t> guarded(4);
@@ -118,35 +115,23 @@ TEST(OutputWithFormat, TakesArgumentsByPosition) {
     EXPECT_EQ(format(L"%3$*1.*2f|%1$d", 6, 2, 1.25), L"  1.25|6");
     EXPECT_EQ(format(L"%1$*d|%1$*.*f|%1$d", 3), L"  3|0.000|3");
     // What is not collected counts as nothing: the last introducer decides how many there are.
-    EXPECT_EQ(format(L"%1$d %d|", 7), L"0 0|");
-    EXPECT_EQ(format(L"%3$d%3$s%3$f|", 2.5), L"02.500000|");
+    EXPECT_EQ(format(L"%1$d %d|", 7) + format(L"%3$d%3$s%3$f|", 2.5), L"0 0|02.500000|");
     // A number without a position takes the first argument; digits without a dollar sign are a width.
     EXPECT_EQ(format(L"%4d %1$d", 7), L"   7 7");
     // An argument collected as another kind is not taken for a pointer or a double.
-    EXPECT_EQ(format(L"[%1$s] %1$d", 7), L"[] 7");
-    EXPECT_EQ(format(L"%1$f %1$d", 7), L"0.000000 7");
-    EXPECT_EQ(format(L"%0$d %1$d", 7), L"0 7");
-    EXPECT_EQ(format(L"%99999999999$d|%1$d", 7), L"0|7");
+    EXPECT_EQ(format(L"[%1$s] %1$d|", 7) + format(L"%1$f %1$d", 7), L"[] 7|0.000000 7");
+    EXPECT_EQ(format(L"%0$d %1$d|", 7) + format(L"%99999999999$d|%1$d", 7), L"0 7|0|7");
 }
 
 TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
     reference::GuardedBuffer<wchar_t> guarded(64);
-    const struct {
-        int capacity;
-        const wchar_t* format;
-        int argument, result;
-        std::wstring text;
-    } rows[] = {{4, L"abc", 0, 3, L"abc"},
-                {3, L"abc", 0, 0, L""},
-                {5, L"ab%dcd", 7, 0, L"ab7"},
-                {4, L"ab%dcd", 77, -1, L"ab"},
-                {4, L"%06d", -7, -1, L"-"},
-                {64, L"%.2044d", 7, -1, L""},
-                {64, nullptr, 0, -1, L""},
-                {1, L"", 0, 0, L""},
-                {64, L"%*d", -1, -1, std::wstring(60, L' ')}}; // endless: runs of 30 until no more fit
-    for (const auto& row : rows)
-        EXPECT_EQ(formatInto(guarded, row.capacity, row.format, row.argument, 7), std::pair(row.result, row.text));
+    const std::wstring blanks(60, L' '); // endless: runs of 30 until no more fit
+    using Row = std::tuple<int, const wchar_t*, int, int, std::wstring>;
+    const Row rows[] = {{4, L"abc", 0, 3, L"abc"},     {3, L"abc", 0, 0, L""},     {5, L"ab%dcd", 7, 0, L"ab7"},
+                        {4, L"ab%dcd", 77, -1, L"ab"}, {4, L"%06d", -7, -1, L"-"}, {64, L"%.2044d", 7, -1, L""},
+                        {64, nullptr, 0, -1, L""},     {1, L"", 0, 0, L""},        {64, L"%*d", -1, -1, blanks}};
+    for (const auto& [capacity, directives, argument, result, text] : rows)
+        EXPECT_EQ(formatInto(guarded, capacity, directives, argument, 7), std::pair(result, text));
     wchar_t untouched[2] = {L'#', L'#'};
     wchar_t* out = untouched;
     for (const int capacity : {0, -1, INT_MIN})
@@ -157,6 +142,49 @@ TEST(OutputWithFormat, TellsFailuresApartAndStaysTerminated) {
     wchar_t buffer[16];
     out = buffer;
     EXPECT_TRUE(formatMoving(&out, 16, L"%d-%s", 12, L"x") == 4 && out == buffer + 4);
+}
+
+// Formats checked at compile time that fit; those that do not are in checked_faults.cpp.
+enum Color { kRed = 3 };
+
+static_assert(tq::formatFits<int, double>(L"%d %f") && !tq::formatFits<int, int>(L"%d %f"));
+static_assert(tq::formatFits<int, double, int>(L"%2$.*3$f %1$d") && !tq::formatFits<int, double>(L"%2$f %d"));
+static_assert(tq::formatFits<>(L"100%%") && !tq::formatFits<>(L"100%"));
+static_assert(tq::scanFits<int*, wchar_t[64]>(L"%d %63s") && !tq::scanFits<int*, wchar_t[63]>(L"%d %63s"));
+
+TEST(Checked, WritesWhatTheEngineWrites) {
+    wchar_t out[64];
+    const std::wstring string = L"string";
+    const CStdStr<wchar_t> text = L"text";
+    TqVector<wchar_t> vector;
+    tq::append(vector, {L'v', L'e', L'c'});
+    EXPECT_EQ(tq::format(out, L"%d %s %s %s %s|", kRed, string, text, vector, L"literal"), 26);
+    EXPECT_STREQ(out, L"3 string text vec literal|");
+    EXPECT_EQ(tq::format(out, 64, L"%c%D %.1f %x %.20q*", L'c', 5L, 2.5F, short{255}, 1, 30.5), 17);
+    EXPECT_STREQ(out, L"c5 2.5 FF 30.5000") << "with the units at the start";
+    EXPECT_EQ(tq::format(out, L"%2$s %1$*3$d|", 7, L"seven", 3), 10);
+    EXPECT_STREQ(out, L"seven   7|");
+    wchar_t small[4];
+    EXPECT_TRUE(tq::format(small, L"%d", 12345) == -1 && tq::format(static_cast<wchar_t*>(nullptr), 5, L"%d", 1) == -1);
+}
+
+TEST(Checked, TextsOfAnyLength) {
+    EXPECT_EQ(tq::formatted(L"") + tq::formatted(L"%s", nullptr), L"");
+    for (const std::size_t length : {1U, 255U, 256U, 4095U, 1048575U}) {
+        const std::wstring text(length, L'x');
+        EXPECT_TRUE(tq::formatted(L"%s%s", L"", text) == text) << length;
+    }
+    EXPECT_THROW(tq::formatted(L"%s", std::wstring(1048576, L'x')), std::length_error);
+    EXPECT_THROW(tq::formatted(L"%.3000d", 1), std::length_error);
+}
+
+TEST(Checked, ScansIntoWhatFits) {
+    int number = 0, consumed = 0;
+    double real = 0;
+    wchar_t word[8];
+    EXPECT_EQ(tq::scan(L"12 0.5 abcdefghij", L"%d %lf %7s%n", &number, &real, word, &consumed), 3);
+    EXPECT_TRUE(number == 12 && real == 0.5 && word == std::wstring(L"abcdefg") && consumed == 14);
+    EXPECT_EQ(tq::scan(nullptr, L"%d", &number), -1);
 }
 
 } // namespace

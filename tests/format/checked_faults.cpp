@@ -1,5 +1,4 @@
-// Calls that must not compile; the comment is what the compiler has to say of that line (checked_faults.py). Lines
-// without one must compile.
+// The comment is what the compiler has to say of that line (checked_faults.py); lines without one must compile.
 #include <TqOsBase/format/Checked.h>
 
 #include <string>

@@ -23,7 +23,6 @@ void require(bool holds, const char* what) {
     }
 }
 
-// Numbers that need big integers.
 void convert() {
     int point = 0, sign = 0;
     char* const text = TqGdImpl::dtoa(5e-324, 2, 2000, &point, &sign, nullptr);
@@ -80,13 +79,9 @@ private:
     char* m_blocks[kCount];
 };
 
-char* allocate(std::size_t size) {
-    return static_cast<char*>(tqMalloc(size));
-}
-
 // The memory of a block that is no one's.
 char* freed(std::size_t size) {
-    char* const block = allocate(size);
+    char* const block = static_cast<char*>(tqMalloc(size));
     tqFree(block);
     return block;
 }
@@ -94,8 +89,8 @@ char* freed(std::size_t size) {
 volatile char g_sink;
 
 [[noreturn]] void misuse(const std::string& way) {
-    char* const first = allocate(48);
-    char* const last = allocate(48); // keeps its page in the pool, which has a chain then
+    void* const first = tqMalloc(48);
+    char* const last = static_cast<char*>(tqMalloc(48)); // keeps its page in the pool, which has a chain then
     tqFree(first);
     if (way == "read")
         g_sink = *freed(40);
@@ -110,8 +105,7 @@ volatile char g_sink;
     std::_Exit(0);         // what is damaged serves nobody any more
 }
 
-// This file comes before the library in the link, so among objects of the first priority its own is the first to be
-// constructed and the last to be destroyed.
+// Before the library in the link: of the first priority, its object is constructed first and destroyed last.
 TQ_INIT_FIRST Holder g_outer(true);
 
 } // namespace

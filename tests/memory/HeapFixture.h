@@ -15,10 +15,6 @@ inline bool isPooled(const void* block) {
     return tq::detail::TqHeapConfigurator::offsetOf(block) < tq::detail::kReservationBytes;
 }
 
-inline const void* pageStart(const void* block) {
-    return reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(block) & ~(kPageBytes - 1));
-}
-
 /// Every test leaves the heap in order.
 class HeapTest : public ::testing::Test {
 protected:

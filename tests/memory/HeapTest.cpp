@@ -18,7 +18,7 @@ std::vector<char*> allocate(std::size_t count, std::size_t size) {
 
 template <class Blocks>
 void freeAll(const Blocks& blocks) {
-    for (char* block : blocks)
+    for (void* block : blocks)
         tqFree(block);
 }
 
@@ -27,7 +27,6 @@ std::size_t residentPages() {
     return tq::heapReport().residentBytes / kPageBytes;
 }
 
-// Mappings of this process.
 std::ptrdiff_t mappings() {
     std::ifstream maps("/proc/self/maps");
     return std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
@@ -44,8 +43,7 @@ TEST_F(Heap, ServesItsWholeRangeTwice) {
         EXPECT_EQ(tq::detail::TqHeapConfigurator::segmentOf(*lowest), 1U);
         EXPECT_EQ(tq::detail::TqHeapConfigurator::segmentOf(*highest), tq::detail::kSegmentCount - 1);
         (*highest)[kPageBytes - 1] = 'x';
-        EXPECT_EQ(tqAllocPage(), nullptr);
-        EXPECT_EQ(tqMalloc(8), nullptr);
+        EXPECT_TRUE(tqAllocPage() == nullptr && tqMalloc(8) == nullptr);
         void* const foreign = tqMalloc(300);
         EXPECT_NE(foreign, nullptr) << "other sizes are still served";
         tqFree(foreign);
@@ -120,8 +118,7 @@ TEST_F(Heap, BelongsToOneThreadAtATime) {
         EXPECT_FALSE(isPooled(small) || isPooled(megabyte)) << "from another heap";
         EXPECT_EQ(theirs - static_cast<char*>(small), 64);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(megabyte) % kSegmentBytes, 0U);
-        EXPECT_EQ(tqMsize(mine[0]) + tqMsize(unit), 64U + 8192U);
-        EXPECT_TRUE(tq::heapReport().segments.empty());
+        EXPECT_TRUE(tqMsize(mine[0]) + tqMsize(unit) == 64U + 8192U && tq::heapReport().segments.empty());
         tqFreePage(mine[1]); // a pool's block, which is left alone
         tqFree(mine[0]);
         tqFreePage(unit);
@@ -235,9 +232,9 @@ TEST_F(Report, CountsWhatAKnownSequenceDid) {
               (inState[State::kInPool] + inState[State::kHeader] + inState[State::kReserve]) * kPageBytes);
     EXPECT_EQ(after.residentBytes, resident);
     EXPECT_GE(resident, std::size_t{900} * 176 + std::size_t{85} * 3 * kPageBytes);
-    for (void* block : blocks)
-        tqFree(block);
+    freeAll(blocks);
 }
+
 TEST_F(Report, TextAndPictureShowIt) {
     std::vector<void*> blocks(30); // more than a page of them
     for (void*& block : blocks)
@@ -265,8 +262,7 @@ TEST_F(Report, TextAndPictureShowIt) {
     }
     EXPECT_NE(svg.find("page pool 2: 1 of 1 used"), std::string::npos) << svg;
     EXPECT_NE(svg.find("block pool 9: "), std::string::npos);
-    for (void* block : blocks)
-        tqFree(block);
+    freeAll(blocks);
 }
 
 } // namespace

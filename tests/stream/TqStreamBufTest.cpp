@@ -29,15 +29,13 @@ TEST(TqStreamBuf, DefaultsAreMadeOfThePrimitives) {
     Fixed s(bytesOf("0123456789"));
     EXPECT_FALSE(s.Base::buffer() || std::as_const(s).Base::buffer());
     s.Base::setlength(3);
-    EXPECT_EQ(s.length(), 10U);
-    EXPECT_TRUE(s.Base::readByte() == '0' && s.Base::readByte(7) == '7');
+    EXPECT_TRUE(s.length() == 10U && s.Base::readByte() == '0' && s.Base::readByte(7) == '7');
     EXPECT_EQ(s.Base::readByte(1), '1') << "at the position itself it is the sequential read";
     s.Base::writeByte('a');
     s.Base::writeByte(9, 'z');
     s.Base::setByte('b');
     s.Base::setByte(8, 'y');
-    EXPECT_TRUE(s.Base::getByte() == 'b' && s.Base::getByte(9) == 'z');
-    EXPECT_EQ(s.bytes(), bytesOf("01ab4567yz"));
+    EXPECT_TRUE(s.Base::getByte() == 'b' && s.Base::getByte(9) == 'z' && s.bytes() == bytesOf("01ab4567yz"));
     EXPECT_TRUE(s.tell() == 3 && !s.Base::isEOS());
     s.moveTo(10);
     EXPECT_TRUE(s.Base::isEOS());
@@ -55,39 +53,36 @@ TEST(TqStreamBuf, CopyFromAddressesTheSourceAndCopyToTheDestination) {
     const Bytes source = pattern(kLength);
     TqFlatMemBuf src;
     src.writeBytes(source.data(), kLength);
-    const struct {
-        uint64_t start, from, to, first, count;
-        std::wstring thrown;
-    } fromRows[] = {
+    using Row = std::tuple<uint64_t, uint64_t, uint64_t, std::size_t, std::size_t, std::wstring>;
+    const Row fromRows[] = {
         {100, 0, 0, 100, kLength - 100, L""}, {kLength, 0, 0, 0, 0, L""}, {100, 5, 5, 0, 0, L""},
         {100, 10, 9000, 10, 8990, L""},       {7, 4097, 0, 0, 4097, L""}, {7, 0, kLength + 1, 0, 8192, kOutOfBuffer}};
-    for (const auto& row : fromRows) {
-        src.moveTo(row.start);
+    for (const auto& [start, from, to, first, count, thrown] : fromRows) {
+        src.moveTo(start);
         TqFlatMemBuf dst;
         dst.writeBytes(source.data(), 3);
-        EXPECT_EQ(thrownBy([&] { dst.copyFrom(&src, row.from, row.to); }), row.thrown);
-        EXPECT_EQ(src.tell(), row.start);
+        EXPECT_TRUE(thrownBy([&, at = from, end = to] { dst.copyFrom(&src, at, end); }) == thrown &&
+                    src.tell() == start);
         dst.copyFrom(nullptr, 0, 5);
-        ASSERT_EQ(dst.length(), 3 + row.count);
-        EXPECT_EQ(std::memcmp(dst.buffer() + 3, source.data() + row.first, row.count), 0);
+        ASSERT_EQ(dst.length(), 3 + count);
+        EXPECT_EQ(std::memcmp(dst.buffer() + 3, source.data() + first, count), 0);
     }
-    const struct {
-        uint64_t start, dstStart, from, to, place, count; // cut to what there is
-    } toRows[] = {{4000, 2000, 0, 0, 2000, 6000}, {kLength, 100, 0, 0, 100, 0},  {10, 0, 50, 50, 0, 0},
-                  {4010, 0, 50, 5050, 50, 5000},  {4010, 0, 5050, 50, 50, 5000}, {9000, 9, 7900, 0, 0, 1000}};
-    for (const auto& row : toRows) {
-        src.moveTo(row.start);
+    // Where both start, the range, and what is written: its place and its count, cut to what there is.
+    const std::array<uint64_t, 6> toRows[] = {{4000, 2000, 0, 0, 2000, 6000}, {kLength, 100, 0, 0, 100, 0},
+                                              {10, 0, 50, 50, 0, 0},          {4010, 0, 50, 5050, 50, 5000},
+                                              {4010, 0, 5050, 50, 50, 5000},  {9000, 9, 7900, 0, 0, 1000}};
+    for (const auto& [start, dstStart, from, to, place, count] : toRows) {
+        src.moveTo(start);
         Fixed dst(Bytes(8000, 0xEE));
-        dst.moveTo(row.dstStart);
-        src.copyTo(&dst, row.from, row.to);
+        dst.moveTo(dstStart);
+        src.copyTo(&dst, from, to);
         Bytes expected(8000, 0xEE);
-        std::copy_n(&source[row.start % kLength], row.count, expected.begin() + static_cast<long>(row.place));
-        EXPECT_EQ(dst.bytes(), expected);
-        EXPECT_EQ(dst.tell(), row.place + row.count);
+        std::copy_n(&source[start % kLength], count, expected.begin() + static_cast<long>(place));
+        EXPECT_TRUE(dst.bytes() == expected && dst.tell() == place + count);
         dst.m_isBroken = true;
-        EXPECT_EQ(thrownBy([&] { src.copyTo(&dst, 1, 9); }), row.start == kLength ? L"" : L"broken");
+        EXPECT_EQ(thrownBy([&] { src.copyTo(&dst, 1, 9); }), start == kLength ? L"" : L"broken");
         src.copyTo(nullptr, 0, 0);
-        EXPECT_EQ(src.tell(), row.start);
+        EXPECT_EQ(src.tell(), start);
     }
 }
 
@@ -108,8 +103,7 @@ TEST(TqFlatMemBuf, SumsBeyondTheRangeAreRefusedAndChangeNothing) {
                    [&] { buf.open(&byte, kHuge, 1); }, [&] { buf.moveTo((uint64_t{1} << 32) + 1); },
                    [&] { buf.seek(UINT64_MAX - 6, TqIO::kSeekForward); }});
     expectRefused(L"std::exception", {[&] { buf.setlength(0x80000000U); }, [&] { buf.reserve(0x80000000U); }});
-    EXPECT_EQ(buf.tell(), 8U);
-    EXPECT_EQ(Bytes(buf.buffer(), buf.buffer() + buf.length()), bytesOf("0123456789"));
+    EXPECT_TRUE(buf.tell() == 8U && Bytes(buf.buffer(), buf.buffer() + buf.length()) == bytesOf("0123456789"));
     buf.open(buf.buffer() + 1, 4, 50000);
     EXPECT_EQ(std::memcmp(buf.buffer(), "1234", 4), 0) << "bytes of the buffer itself";
 }
