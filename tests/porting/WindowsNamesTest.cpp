@@ -227,6 +227,7 @@ TEST(WindowsNames, ComparisonsAndDuplicates) {
             EXPECT_EQ(sign(_stricmp(a, b)) + sign(_wcsicmp(wideA.c_str(), wideB.c_str())), 2 * order);
         }
     }
+    errno = 0;
     for (const auto& [a, b] : {std::pair<const char*, const char*>{nullptr, "a"}, {"a", nullptr}})
         EXPECT_TRUE(_stricmp(a, b) == _NLSCMPERROR && std::exchange(errno, 0) == EINVAL);
     EXPECT_NE(_wcsicmp(L"\u00C9", L"\u00E9"), 0);
