@@ -13,8 +13,11 @@ VERSION = re.compile(r"^## \[([0-9.]+)\] - (\d{4}-\d{2}-\d{2})$", re.MULTILINE)
 
 
 def items(text):
-    for found in re.finditer(r"^- (.*?)(?=\n- |\n\n|\n?\Z)", text, re.MULTILINE | re.DOTALL):
-        yield re.sub(r"\s+", " ", found[1].replace("`", ""))
+    """The items, with the heading that they stand under, which a changelog of packages has no place for."""
+    for part in re.split(r"^### ", text, flags=re.MULTILINE)[1:]:
+        heading, _, rest = part.partition("\n")
+        for found in re.finditer(r"^- (.*?)(?=\n- |\n\n|\n?\Z)", rest, re.MULTILINE | re.DOTALL):
+            yield f"{heading}: " + re.sub(r"\s+", " ", found[1].replace("`", ""))
 
 
 def main():

@@ -44,6 +44,8 @@ int main() {
     const tq::detail::GlobalHeap& heap = tq::detail::g_tqGlobalHeap;
     (void)heap;
 #endif
+    const TqFlatMemBuf& bytesAgain = bytes;
+    (void)bytesAgain;
     stopHere();
     tqFree(block);
     tqFree(unit);

@@ -21,6 +21,7 @@ EXPECTED = {
     "none": ["0 elements of 0, grows by"],
     "wideText": ['L"Été\\0", 4 elements of 8, grows by 8', "[0] = "],
     "bytes": ["position 10 of 10 bytes: 30 31 32 33 34 35 36 37 38 39"],
+    "bytesAgain": ["position 10 of 10 bytes"],
     "plain": ['at L"plain.cpp" line 12'],
     "told": ['L"message" at L"told.cpp" line 13'],
     "status": ['365: L"no path" at L"status.cpp" line 14'],

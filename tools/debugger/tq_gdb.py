@@ -1,4 +1,4 @@
-"""Shows the library's types in gdb. In gdb or a .gdbinit: source <path>/tools/debugger/tq_gdb.py"""
+"""Shows the library's types in gdb. In gdb or a .gdbinit: source FOLDER/tq_gdb.py"""
 
 import os
 import pathlib

@@ -47,10 +47,16 @@ class Value:
         return self.raw.GetProcess().ReadMemory(address, count, error) or b""
 
     def bytes_at(self, offset, count):
-        return self.process(self.raw.GetLoadAddress() + offset, count)
+        # lldb also hands over pointers and references to what it shows; to follow them it wants the whole type.
+        kind = self.raw.GetType().GetCanonicalType()
+        is_elsewhere = kind.IsPointerType() or kind.IsReferenceType()
+        return self.process((self.raw.GetValueAsUnsigned() if is_elsewhere else self.raw.GetLoadAddress()) + offset, count)
 
     def is_of_wide_characters(self):
-        return self.raw.GetType().GetCanonicalType().GetTemplateArgumentType(0).GetName() == "wchar_t"
+        kind = self.raw.GetType().GetCanonicalType()
+        if kind.IsPointerType() or kind.IsReferenceType():
+            kind = kind.GetPointeeType() if kind.IsPointerType() else kind.GetDereferencedType()
+        return kind.GetTemplateArgumentType(0).GetName() == "wchar_t"
 
     def shown(self):
         return self.raw.GetChildAtIndex(0).GetSummary()

@@ -71,22 +71,25 @@ class StringA:
     <DisplayString>{m_data.m_pData,s}</DisplayString>
     <StringView>m_data.m_pData,s</StringView>
     <Expand>
-      <Item Name="length">((TqStrHeaderA*)m_data.m_pData - 1)-&gt;m_usedLength - 1</Item>
+      <Item Name="length with terminator">((TqStrHeaderA*)m_data.m_pData - 1)-&gt;m_usedLength</Item>
       <Item Name="code page">((TqStrHeaderA*)m_data.m_pData - 1)-&gt;m_codePage</Item>
     </Expand>""")
 
+    HEADER, USED, CODE_PAGE = 40, 8, 32  # bytes of the header, which ends where the text begins; places in it
+
     @staticmethod
     def summary(value):
-        data = value.field("m_data").field("m_pData")
-        header = data.pointer_to("TqStrHeaderA").at(-1)
-        length = max(header.field("m_usedLength").number() - 1, 0)
-        code_page = header.field("m_codePage").number()
+        data = number_at(value, 0, POINTER)
+        header = value.process(data - StringA.HEADER, StringA.HEADER)
+        length = int.from_bytes(header[StringA.USED:StringA.USED + 8], sys.byteorder)
+        code_page = int.from_bytes(header[StringA.CODE_PAGE:StringA.CODE_PAGE + 4], sys.byteorder)
+        length = max(length - 1, 0)
         encoding = f"cp{code_page}" if code_page != 65001 else "utf-8"
         try:
             codecs.lookup(encoding)
         except LookupError:
             encoding = "latin-1"
-        text = data.memory(min(length, LONGEST_TEXT)).decode(encoding, "backslashreplace") if length else ""
+        text = value.process(data, min(length, LONGEST_TEXT)).decode(encoding, "backslashreplace") if length else ""
         return f"{quoted(text)} (code page {code_page})"
 
 
@@ -227,7 +230,8 @@ class Exception_:
 
     @staticmethod
     def summary(value):
-        return "at " + Exception_.place(value)
+        # Streams throw it with a reason in place of a file, and no line.
+        return ("at " if number_at(value, 32, 4) else "") + Exception_.place(value)
 
 
 class ExceptionWithMsg:
