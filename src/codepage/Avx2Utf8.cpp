@@ -243,8 +243,9 @@ __attribute__((target("avx2"), no_sanitize("address", "thread"))) void encodeReg
             if (isAnyAboveBasicPlane(
                     _mm256_max_epi32(_mm256_max_epi32(first, second), _mm256_max_epi32(third, fourth))))
                 break;
-            for (const __m256i& characters : {first, second, third, fourth})
-                out = encodeRegister(characters, out);
+            // Loaded again: a list of registers would lie on the stack, which not every compiler aligns for them.
+            for (std::size_t i = 0; i < 4; ++i)
+                out = encodeRegister(_mm256_load_si256(reinterpret_cast<const __m256i*>(src + i * kAvx2Lanes)), out);
         }
         src += kAvx2Step;
     }

@@ -225,6 +225,7 @@ constexpr const char* kNames[] = {
     "setuid",
     "sleep",
     "socket",
+    "socketpair",
     "symlink",
     "time",
     "truncate",
