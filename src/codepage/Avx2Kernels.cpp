@@ -172,20 +172,25 @@ endsAndBackslashes(const char* boundary) {
     return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_or_si256(ends, backslashes)));
 }
 
-// `count` bytes, in steps of which the last one overlaps the one before.
-__attribute__((target("avx2"))) inline void widenShort(const char* src, std::size_t count, wchar_t* out) {
-    const auto eight = [&](std::size_t i) __attribute__((target("avx2"))) {
-        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_cvtepu8_epi32(bytes));
-    };
+// The characters 0 to `count` - 1, eight at a time; the last eight overlap those before them.
+template <class Eight, class One>
+__attribute__((target("avx2"))) inline void inOverlappingSteps(std::size_t count, Eight eight, One one) {
     if (count < kLanes) {
         for (std::size_t i = 0; i < count; ++i)
-            out[i] = byteOf(src[i]);
+            one(i);
         return;
     }
     for (std::size_t i = 0; i + kLanes < count; i += kLanes)
         eight(i);
     eight(count - kLanes);
+}
+
+__attribute__((target("avx2"))) inline void widenShort(const char* src, std::size_t count, wchar_t* out) {
+    const auto eight = [&](std::size_t i) __attribute__((target("avx2"))) {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_cvtepu8_epi32(bytes));
+    };
+    inOverlappingSteps(count, eight, [&](std::size_t i) { out[i] = byteOf(src[i]); });
 }
 
 __attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, std::size_t limit, wchar_t* out,
@@ -213,20 +218,12 @@ specialsAndBackslashes(const wchar_t* boundary) {
     return static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_or_si128(special, backslashes))) % (1U << kLanes);
 }
 
-// As widenShort.
 __attribute__((target("avx2"))) inline void narrowShort(const wchar_t* src, std::size_t count, char* out) {
     const auto eight = [&](std::size_t i) __attribute__((target("avx2"))) {
         const __m256i characters = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + i));
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), packedEight(characters));
     };
-    if (count < kLanes) {
-        for (std::size_t i = 0; i < count; ++i)
-            out[i] = static_cast<char>(src[i]);
-        return;
-    }
-    for (std::size_t i = 0; i + kLanes < count; i += kLanes)
-        eight(i);
-    eight(count - kLanes);
+    inOverlappingSteps(count, eight, [&](std::size_t i) { out[i] = static_cast<char>(src[i]); });
 }
 
 __attribute__((target("avx2"))) std::size_t shortWideToNarrow(const wchar_t* src, std::size_t limit, char* out,

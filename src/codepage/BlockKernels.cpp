@@ -118,10 +118,6 @@ std::size_t wideToNarrowSize(const wchar_t* src, std::size_t count) noexcept {
     return count + std::size_t{Block::countAbove(src, count, kHighestAscii)} * (kUnicodeEscapeLength - 1);
 }
 
-std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
-    return countUtf8Characters(src, count);
-}
-
 template <class Block>
 std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
     return count + Block::countAbove(src, count, kHighestAscii) + Block::countAbove(src, count, 0x7FF) -

@@ -52,10 +52,6 @@ std::size_t wideToUtf8Size(const wchar_t* src, std::size_t count) noexcept {
     return size;
 }
 
-std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
-    return countUtf8Characters(src, count);
-}
-
 } // namespace
 
 constinit const TextKernels kPlainKernels = {narrowToWide,     wideToNarrow,   utf8ToWide,     wideToUtf8,

@@ -19,8 +19,10 @@ struct TextProgress {
     std::size_t written = 0; ///< Elements that they became.
 };
 
+/// What the conversions of short texts return for a text that they leave to the others.
 inline constexpr std::size_t kNotShort = SIZE_MAX;
 
+/// Elements of scratch that utf8ToWide may write after a result whose size was measured.
 inline constexpr std::size_t kUtf8Scratch = 32;
 
 /// The four conversions take [src, end), which holds no 0 and, for the escaped form, ends after every escape that it

@@ -51,4 +51,9 @@ TextMeasure measure(const wchar_t* src, std::size_t limit, SizeOf sizeOf) {
     return characters;
 }
 
+/// The same, for every processor of the build.
+inline std::size_t utf8ToWideSize(const char* src, std::size_t count) noexcept {
+    return countUtf8Characters(src, count);
+}
+
 } // namespace tq::detail

@@ -6,8 +6,12 @@ namespace tq::detail {
 
 DigitLayout writeManyDigits(double v, DigitRequest request, char* out) noexcept {
     DigitLayout layout{};
-    return tryFastDigits<Effort::kFull>(v, request, out, layout) || tryFixedPointDigits(v, request, out, layout) ||
-                   tryLongProductDigits(v, request, out, layout)
+    return tryFastDigits<Effort::kFull>(v, request, out, layout) ? layout : writeSlowDigits(v, request, out);
+}
+
+DigitLayout writeSlowDigits(double v, DigitRequest request, char* out) noexcept {
+    DigitLayout layout{};
+    return tryFixedPointDigits(v, request, out, layout) || tryLongProductDigits(v, request, out, layout)
                ? layout
                : exactDigits(v, request, out);
 }

@@ -101,9 +101,11 @@ inline constexpr int kDigitRoom = kMaxDigits + 100;
 /// The digits of a finite `v` above 0 to `out`, which has kDigitRoom bytes, by the ways that need more than
 /// tryFastDigits takes at first. No terminator.
 DigitLayout writeManyDigits(double v, DigitRequest request, char* out) noexcept;
+/// The same for a request that tryFastDigits has refused with full effort.
+DigitLayout writeSlowDigits(double v, DigitRequest request, char* out) noexcept;
 
 /// @{
-/// The ways that writeManyDigits tries last, for itself and for the tests. Same output.
+/// The ways that writeSlowDigits tries one after the other; the tests ask each of them. Same output.
 
 /// Any number of digits of a multiple of 2^-63 below 2^128. False for other numbers and for the shortest digits;
 /// kOrShorter counts as kToEven: the caller knows that the shortest digits are too many.

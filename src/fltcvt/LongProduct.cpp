@@ -9,9 +9,7 @@
 #include "fltcvt/Schubfach.h"
 #include "fltcvt/WordArithmetic.h"
 
-#include <algorithm>
 #include <array>
-#include <cassert>
 #include <cstdint>
 
 namespace tq::detail {

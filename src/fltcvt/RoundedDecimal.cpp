@@ -47,9 +47,7 @@ bool tryFew(double v, DigitRequest request, RoundedDecimal& result) noexcept {
 
 RoundedDecimal ofCharacters(double v, DigitRequest request) noexcept {
     char text[kDigitRoom];
-    DigitLayout layout{};
-    if (!tryFixedPointDigits(v, request, text, layout) && !tryLongProductDigits(v, request, text, layout))
-        layout = exactDigits(v, request, text);
+    const DigitLayout layout = writeSlowDigits(v, request, text);
     RoundedDecimal result{0, std::min(layout.count, RoundedDecimal::kMaxCount), layout.point};
     for (int i = 0; i < result.count; ++i)
         result.digits = result.digits * 10 + static_cast<unsigned>(text[i] - '0');

@@ -127,8 +127,7 @@ double readNumber(const Char* text, Char** end) {
     if (end != nullptr)
         *end = const_cast<Char*>(numberEnd);
 
-    // Zeros, and integers that a double holds: exact whatever the rounding mode. That takes 91 instructions for
-    // 143.
+    // Zeros, and integers that a double holds: exact whatever the rounding mode, in 91 instructions instead of 143.
     if (count <= kSafeDigits && (exponent == 0 ? run.value >> (tq::detail::kFractionBits + 1) : run.value) == 0) {
         const auto magnitude = static_cast<double>(static_cast<std::int64_t>(run.value));
         return std::bit_cast<double>(tq::detail::bitsOf(magnitude) | signBit);

@@ -93,8 +93,8 @@ int scaleUp(long double& magnitude) {
 }
 
 // Calls a function that calculates in extended precision, which must not be inlined, with rounding to nearest. On
-// x86-64 that precision has a rounding mode of its own, apart from that of doubles. Some C libraries
-// tell this one, some that of doubles: so the mode is asked before that of doubles is changed.
+// x86-64 that precision has a rounding mode of its own, apart from that of doubles. Some C libraries tell this one,
+// some that of doubles: so the mode is asked before that of doubles is changed.
 template <class Result, class... Parameters>
 Result roundedToNearest(Result (*function)(Parameters...), Parameters... arguments) {
     const int mode = std::fegetround();

@@ -29,9 +29,9 @@ struct OpenMode {
 /// Opens a stream in binary mode, in one step of the system, not inherited by programs that are started. Null, with
 /// `errno`, when the system refuses, and for a directory.
 std::FILE* openStream(const char* path, const OpenMode& mode) noexcept;
-/// Closes `stream`; false when bytes that were still in it could not be written. The stream is gone in either case.
 /// Each write of the stream becomes one of the system from now on; for a stream that has done nothing yet.
 void leaveUnbuffered(std::FILE* stream) noexcept;
+/// Closes `stream`; false when bytes that were still in it could not be written. The stream is gone in either case.
 bool closeStream(std::FILE* stream) noexcept;
 bool flushStream(std::FILE* stream) noexcept;
 /// True when writing to `stream` has failed before, in a write, a flush or a move.

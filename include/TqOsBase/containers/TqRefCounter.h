@@ -16,11 +16,8 @@ public:
 
     /// One holder more.
     void increment() noexcept { m_count.fetch_add(1, std::memory_order_relaxed); }
-    /// True for the last holder, who has to free what is counted. The count stays 1 then: nobody else can reach it, and
-    /// a locked step would wait for all that was written before.
-    bool decrement() noexcept {
-        return m_count.load(std::memory_order_acquire) == 1 || m_count.fetch_sub(1, std::memory_order_acq_rel) == 1;
-    }
+    /// One holder less. True for the last one, who has to free what is counted.
+    bool decrement() noexcept { return m_count.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     /// The count at this moment.
     operator int() const noexcept { return m_count.load(std::memory_order_acquire); }
 
@@ -38,17 +35,23 @@ inline void addReference(TqRefCounter& counter) noexcept {
 inline void addReference(int& counter) noexcept {
     __atomic_fetch_add(&counter, 1, __ATOMIC_RELAXED);
 }
-inline bool dropReference(TqRefCounter& counter) noexcept {
+inline bool decrement(TqRefCounter& counter) noexcept {
     return counter.decrement();
 }
-inline bool dropReference(int& counter) noexcept {
-    return __atomic_load_n(&counter, __ATOMIC_ACQUIRE) == 1 || __atomic_fetch_sub(&counter, 1, __ATOMIC_ACQ_REL) == 1;
+inline bool decrement(int& counter) noexcept {
+    return __atomic_fetch_sub(&counter, 1, __ATOMIC_ACQ_REL) == 1;
 }
 inline int referencesOf(const TqRefCounter& counter) noexcept {
     return counter;
 }
 inline int referencesOf(const int& counter) noexcept {
     return __atomic_load_n(&counter, __ATOMIC_ACQUIRE);
+}
+// True for the last holder, who has to free the record. The count stays 1 then: nobody else can reach it, and a locked
+// step would wait for all that was written before.
+template <class Counter>
+bool dropReference(Counter& counter) noexcept {
+    return referencesOf(counter) == 1 || decrement(counter);
 }
 
 } // namespace tq::detail
