@@ -53,8 +53,11 @@ void makeInaccessible(void* address, std::size_t size) noexcept {
     ::mprotect(address, size, PROT_NONE);
 }
 
-void giveBack(void* address, std::size_t size) noexcept {
-    ::madvise(address, size, giveBackAdvice());
+void giveBack(std::span<const PageRun> runs) noexcept {
+    if (runs.size() > 1 && giveBackAtOnce(runs))
+        return;
+    for (const PageRun& run : runs)
+        ::madvise(run.address, run.size, giveBackAdvice());
 }
 
 std::size_t residentBytes(const void* address, std::size_t size) noexcept {

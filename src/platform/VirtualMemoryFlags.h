@@ -1,5 +1,9 @@
 #pragma once
 
+#include "platform/VirtualMemory.h"
+
+#include <span>
+
 // What the systems name differently in mapping memory.
 namespace tq::platform {
 
@@ -9,6 +13,9 @@ int noReplaceFlag() noexcept;
 
 /// The advice that gives the memory of private pages back.
 int giveBackAdvice() noexcept;
+
+/// Gives the memory of all the runs back in one step of the system; false when it has none, or did not do all of it.
+bool giveBackAtOnce(std::span<const PageRun> runs) noexcept;
 
 /// What mincore writes for each page.
 #if defined(__APPLE__)

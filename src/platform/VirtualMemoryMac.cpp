@@ -9,3 +9,7 @@ int tq::platform::noReplaceFlag() noexcept {
 int tq::platform::giveBackAdvice() noexcept {
     return MADV_FREE;
 }
+
+bool tq::platform::giveBackAtOnce(std::span<const PageRun> /*runs*/) noexcept {
+    return false;
+}
