@@ -17,8 +17,8 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace workload {
@@ -63,29 +63,28 @@ struct Ours {
     class Reader {
     public:
         explicit Reader(const std::string& path)
-            : m_stream(createFileIStreamBuf(nameOf(path).c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone,
-                                            TqIO::kOpenExisting)) {}
+            : m_stream(nameOf(path).c_str(), nullptr, TqIO::kAccessRead, TqIO::kShareDenyNone, TqIO::kOpenExisting) {}
         void read(void* bytes, std::size_t count) {
-            m_stream->readBytes(static_cast<unsigned char*>(bytes), static_cast<std::uint32_t>(count));
+            m_stream.readBytes(static_cast<unsigned char*>(bytes), static_cast<std::uint32_t>(count));
         }
 
     private:
-        std::unique_ptr<TqFileStreamBuf> m_stream;
+        TqFileIStreamBuf m_stream;
     };
 
     class Writer {
     public:
         explicit Writer(const std::string& path)
-            : m_stream(createFileOStreamBuf(nameOf(path).c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone,
-                                            TqIO::kCreateAlways, kWriteBehind)) {}
+            : m_stream(nameOf(path).c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways,
+                       kWriteBehind) {}
         void write(const void* bytes, std::size_t count) {
-            m_stream->writeBytes(static_cast<const unsigned char*>(bytes), static_cast<std::uint32_t>(count));
+            m_stream.writeBytes(static_cast<const unsigned char*>(bytes), static_cast<std::uint32_t>(count));
         }
-        void close() { m_stream->close(); }
+        void close() { m_stream.close(); }
 
     private:
         static constexpr unsigned kWriteBehind = 65536;
-        std::unique_ptr<TqFileStreamBuf> m_stream;
+        TqFileOStreamBuf m_stream;
     };
 
     class Names {
@@ -112,8 +111,8 @@ struct Ours {
     static std::uint64_t sumOfCharacters(const Text& text) {
         std::uint64_t sum = 0;
         if (TqAnsiTextIteratorNotRequired(text, kCodePageWestern)) {
-            for (const char* p = text.c_str(); *p != 0; ++p)
-                sum += static_cast<unsigned char>(*p);
+            for (const char character : std::string_view(text.c_str(), text.size()))
+                sum += static_cast<unsigned char>(character);
             return sum;
         }
         TqAnsiTextIterator it(text, kCodePageWestern);

@@ -50,6 +50,7 @@
 #include <TqOsBase/memory/Allocation.h>
 #include <TqOsBase/memory/HeapReport.h>
 #include <TqOsBase/stream/FileStreamBuf.h>
+#include <TqOsBase/stream/MoveBytes.h>
 #include <TqOsBase/stream/OpenStream.h>
 #include <TqOsBase/stream/PathFunctions.h>
 #include <TqOsBase/stream/TqFileSystem.h>

@@ -81,17 +81,13 @@ std::uint64_t TqFileIStreamBuf::seek(std::uint64_t offset, TqIO::SeekType type) 
     return m_viewPosition;
 }
 
-void TqFileIStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
-    if (m_view == nullptr) {
+// No bytes, more than there are, or no view.
+void TqFileIStreamBuf::readSlowly(unsigned char* buf, std::uint32_t n) {
+    assert(m_viewPosition <= m_viewLength);
+    if (m_view == nullptr)
         TqFileStreamBufImpl::readBytes(buf, n);
-        return;
-    }
-    const std::uint64_t position = m_viewPosition;
-    assert(position <= m_viewLength);
-    if (n > m_viewLength - position)
+    else if (n != 0)
         throwFileError(kEndOfFile);
-    m_viewPosition = position + n;
-    detail::moveBytes(buf, m_view + position, n);
 }
 
 void TqFileIStreamBuf::getBytes(unsigned char* buf, std::uint32_t n) {

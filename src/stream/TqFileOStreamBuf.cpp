@@ -23,9 +23,8 @@ public:
     AppendGuard(const AppendGuard&) = delete;
     AppendGuard& operator=(const AppendGuard&) = delete;
     ~AppendGuard() {
-        TqFlatMemBuf& pending = m_owner.m_pending;
-        if (m_owner.hasLost() && pending.length() != pending.tell())
-            pending.truncate();
+        if (m_owner.hasLost())
+            m_owner.m_limit = m_owner.m_pending.m_position;
     }
 
 private:
@@ -56,9 +55,8 @@ TqFileOStreamBuf::~TqFileOStreamBuf() {
 }
 
 void TqFileOStreamBuf::flushPending() {
-    assert(m_pending.tell() <= detail::kWriteBehind);
-    assert(m_pending.length() == m_pending.tell() || m_pending.length() == detail::kWriteBehind);
-    const auto count = static_cast<std::uint32_t>(m_pending.tell());
+    const std::uint32_t count = m_pending.m_position;
+    assert(m_limit == count || (m_limit == detail::kWriteBehind && m_pending.length() == m_limit && count < m_limit));
     if (count == 0)
         return;
     try {
@@ -72,8 +70,7 @@ void TqFileOStreamBuf::flushPending() {
 
 void TqFileOStreamBuf::dropPending() {
     m_pending.rewind();
-    if (m_pending.length() != 0)
-        m_pending.resize(0);
+    m_limit = 0;
 }
 
 void TqFileOStreamBuf::close() {
@@ -114,22 +111,13 @@ void TqFileOStreamBuf::readBytes(unsigned char* buf, std::uint32_t n) {
     TqFileStreamBufImpl::readBytes(buf, n);
 }
 
-void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
-    const std::uint64_t room = m_pending.length() - m_pending.tell();
-    if (std::uint64_t{n} - 1 < room) { // n = 0 is left to the slow way, where a missing file shows
-        detail::moveBytes(m_pending.advanceUnshared(n), buf, n);
-        return;
-    }
-    writeSlowly(buf, n);
-}
-
-// Apart from the append, which would otherwise save the registers that only this needs.
-[[gnu::noinline]] void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
+// What does not fit into what is pending, and no bytes.
+void TqFileOStreamBuf::writeSlowly(const unsigned char* buf, std::uint32_t n) {
     requireFile(detail::kWriteFileError);
     if (hasLost() || platform::hasFailed(static_cast<std::FILE*>(fileHandle())))
         detail::throwFileError(detail::kWriteFileError);
     const AppendGuard guard(*this);
-    if (n > detail::kWriteBehind - m_pending.tell())
+    if (n > detail::kWriteBehind - m_pending.m_position)
         flushPending();
     if (n > detail::kWriteBehind) {
         dropPending(); // none are left; without room the next write comes here too, and is refused if this one is
@@ -137,7 +125,8 @@ void TqFileOStreamBuf::writeBytes(const unsigned char* buf, std::uint32_t n) {
         return;
     }
     m_pending.resize(detail::kWriteBehind);
-    const std::uint64_t pending = m_pending.tell();
+    m_limit = detail::kWriteBehind;
+    const std::uint32_t pending = m_pending.m_position;
     m_pending.setBytes(pending, buf, n);
     m_pending.moveTo(pending + n);
 }

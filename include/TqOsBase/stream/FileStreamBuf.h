@@ -6,6 +6,7 @@
 #include <TqOsBase/Export.h>
 #include <TqOsBase/containers/CStringList.h>
 #include <TqOsBase/diag/ErrorStatus.h>
+#include <TqOsBase/stream/MoveBytes.h>
 #include <TqOsBase/stream/TqFlatMemBuf.h>
 #include <TqOsBase/stream/TqIO.h>
 #include <TqOsBase/stream/TqStreamBuf.h>
@@ -181,8 +182,16 @@ public:
 
     using TqFileStreamBufImpl::readBytes;
     using TqFileStreamBufImpl::writeBytes;
-    /// Mapped: throws "End of file!" when fewer than `n` bytes are left.
-    void readBytes(unsigned char* buf, std::uint32_t n) override;
+    /// Mapped: throws "End of file!" when fewer than `n` bytes are left. Inline where the object's own type is known.
+    TQ_API void readBytes(unsigned char* buf, std::uint32_t n) override {
+        if (std::uint64_t{n} - 1 < m_viewLength - m_viewPosition) {
+            const unsigned char* const from = m_view + m_viewPosition;
+            m_viewPosition += n;
+            tq::detail::moveBytes(buf, from, n);
+        } else {
+            readSlowly(buf, n);
+        }
+    }
     /// Deliberately the same as readBytes: it advances.
     void getBytes(unsigned char* buf, std::uint32_t n) override;
     void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
@@ -192,9 +201,11 @@ public:
     void setBytes(std::uint64_t pos, const unsigned char* buf, std::uint32_t n) override;
 
 private:
+    void readSlowly(unsigned char* buf, std::uint32_t n);
+
     [[maybe_unused]] void* m_mapping = reinterpret_cast<void*>(~std::uintptr_t{0});
     unsigned char* m_view = nullptr;
-    std::uint64_t m_viewLength = 0;
+    std::uint64_t m_viewLength = 0;   // 0 without a view
     std::uint64_t m_viewPosition = 0; // <= m_viewLength
 };
 
@@ -219,7 +230,14 @@ public:
     using TqFileStreamBufImpl::readBytes;
     using TqFileStreamBufImpl::writeBytes;
     void readBytes(unsigned char* buf, std::uint32_t n) override;
-    void writeBytes(const unsigned char* buf, std::uint32_t n) override;
+    /// Inline where the object's own type is known.
+    TQ_API void writeBytes(const unsigned char* buf, std::uint32_t n) override {
+        if (n - 1 < m_limit - m_pending.m_position) { // 0 is not below: a missing file shows in the slow way
+            tq::detail::moveBytes(m_pending.advanceUnshared(n), buf, n);
+        } else {
+            writeSlowly(buf, n);
+        }
+    }
     void getBytes(unsigned char* buf, std::uint32_t n) override;
     void getBytes(std::uint64_t pos, unsigned char* buf, std::uint32_t n) override;
     /// Both store the bytes at the stated place, extending the data where they pass its end, and leave the position.
@@ -235,9 +253,10 @@ private:
     void flushPending();
     void dropPending();
 
-    // Its position is the number of pending bytes. Its length is the write-behind limit where more can be appended, so
-    // that one comparison decides; else its position: without a file, until the first write, and after a failure.
-    TqFlatMemBuf m_pending;
+    // Its position is the number of pending bytes. The limit is 16,384 where more can be appended, so that one
+    // comparison decides; else the position: without a file, until the first write, and after a failure.
+    [[no_unique_address]] TqFlatMemBuf m_pending;
+    std::uint32_t m_limit = 0;
 };
 
 /// Reads and writes a file through a C stream: its base under a name of its own.

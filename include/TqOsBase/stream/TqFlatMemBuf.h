@@ -86,7 +86,7 @@ public:
     void close() override;
 
 private:
-    friend class TqFileOStreamBuf; // for advanceUnshared()
+    friend class TqFileOStreamBuf; // for advanceUnshared() and the position
 
     // Moves on by `n`, at least 1, and returns the place that the position had, to be written to: for an owner that has
     // given nobody a copy of the buffer and knows that the data is that long.
