@@ -17,8 +17,9 @@ static_assert(offsetof(Assoc, nBucket) == 8 && offsetof(Assoc, key) == 12 && off
 
 constexpr std::uint32_t kFactor = 33;
 
-// After the buckets, in the same block, lie their marks: of 16 bits that of each key in the chain is set, and perhaps
-// those of keys removed since the chain was last empty. Most look-ups of absent keys end there and touch no entry.
+// After the buckets, in the same block, lie their marks: of 16 bits the two of each key in the chain are set, and
+// perhaps those of keys removed since the chain was last empty (a Bloom filter, B. H. Bloom, 1970). Look-ups of absent
+// keys end there and touch no entry, but for three in a hundred where there are as many keys as buckets.
 using Mark = std::uint16_t;
 
 std::unique_ptr<Assoc* []> newTable(unsigned int count) {
@@ -32,10 +33,11 @@ Mark& markOf(Assoc** table, unsigned int count, unsigned int bucket) noexcept {
     return reinterpret_cast<Mark*>(table + count)[bucket];
 }
 
-// Bits of the hash that its remainder does not show.
-Mark bitOf(std::uint32_t hash) noexcept {
+// By bits of the hash that its remainder does not show.
+Mark bitsOf(std::uint32_t hash) noexcept {
     constexpr std::uint32_t kGoldenRatio = 0x9E3779B1;
-    return static_cast<Mark>(1U << (hash * kGoldenRatio >> 28));
+    const std::uint32_t mixed = hash * kGoldenRatio;
+    return static_cast<Mark>(1U << (mixed >> 28) | 1U << (mixed >> 24 & 15));
 }
 
 __POSITION* positionOf(Assoc* assoc) noexcept {
@@ -129,7 +131,8 @@ void CMapStringToPtr::InitHashTable(unsigned int count, bool allocNow) {
     if (m_pHashTable == nullptr)
         return nullptr;
     const unsigned int bucket = key.hash % m_nHashTableSize;
-    if ((markOf(m_pHashTable, m_nHashTableSize, bucket) & bitOf(key.hash)) == 0)
+    const Mark bits = bitsOf(key.hash);
+    if ((markOf(m_pHashTable, m_nHashTableSize, bucket) & bits) != bits)
         return nullptr;
     CAssoc* assoc = m_pHashTable[bucket];
     while (assoc != nullptr && !key.isKeyOf(*assoc))
@@ -179,7 +182,7 @@ void*& CMapStringToPtr::operator[](const wchar_t* key) {
     fresh->pNext = head;
     head = fresh;
     Mark& mark = markOf(m_pHashTable, m_nHashTableSize, fresh->nBucket);
-    mark = static_cast<Mark>(mark | bitOf(wanted.hash));
+    mark = static_cast<Mark>(mark | bitsOf(wanted.hash));
     return fresh->value;
 }
 
