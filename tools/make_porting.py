@@ -19,7 +19,7 @@ HEADER = ROOT / "include" / "TqOsBase" / "porting" / "Warnings.h"
 TOP = """\
 #pragma once
 
-// Made by tools/make_porting.py from docs/porting.tsv.
+// Made by tools/make_porting.py from docs/porting.tsv, which is what to edit.
 
 #include <TqOsBase/Export.h>
 {includes}

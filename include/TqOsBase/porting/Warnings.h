@@ -1,6 +1,6 @@
 #pragma once
 
-// Made by tools/make_porting.py from docs/porting.tsv.
+// Made by tools/make_porting.py from docs/porting.tsv, which is what to edit.
 
 #include <TqOsBase/Export.h>
 #include <TqOsBase/codepage/NlsFunctions.h>
