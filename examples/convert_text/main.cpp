@@ -94,7 +94,7 @@ int run(Conversion::Direction direction, const files::Name& inName, const files:
 
 int main(int argc, char** argv) {
     const std::string_view option = argc > 1 ? argv[1] : "";
-    if (option == "--help") {
+    if (option == "--help" || option == "-h") {
         std::fputs(kUsage, stdout);
         return 0;
     }

@@ -7,6 +7,8 @@
 #include "files/Complaints.h"
 #include "files/Files.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -31,13 +33,15 @@ constexpr char kUsage[] =
     "  --angles MODE    degrees, dms, grads, radians or surveyor, whatever the file says\n"
     "  --precision N    0 to 15: decimals, or the power of two of a fraction's denominator\n"
     "  --out FILE       also writes the report to FILE; - is standard output, where it goes anyway\n"
-    "  --help           this text\n"
+    "  --help, -h       this text\n"
     "\n"
     "The file (- is standard input) has settings lines (units, angles, base, direction, bigfont), then points:\n"
     "name ; x ; y ; label. A UTF-8 byte order mark is skipped. The first 20 bad lines are named.\n"
     "Exit status: 0 reported, 1 bad lines (the good ones are reported), fewer than two points or a file that cannot "
     "be\n"
     "used, 2 wrong arguments.\n";
+
+constexpr std::array<std::string_view, 4> kOptions = {"--units", "--angles", "--precision", "--out"};
 
 struct Arguments {
     FixedSettings fixed;
@@ -67,16 +71,18 @@ Arguments parseArguments(int argc, char** argv) {
     Arguments arguments;
     for (int i = 1; i < argc; ++i) {
         const std::string& option = names[static_cast<std::size_t>(i)].given;
-        if (option == "--help") {
+        if (option == "--help" || option == "-h") {
             arguments.help = true;
             return arguments;
         }
-        if (option.rfind("--", 0) != 0) {
+        if (option.empty() || option == "-" || option.front() != '-') {
             if (!arguments.traverse.given.empty())
                 throw std::invalid_argument("more than one file");
             arguments.traverse = names[static_cast<std::size_t>(i)];
             continue;
         }
+        if (std::find(kOptions.begin(), kOptions.end(), option) == kOptions.end())
+            throw std::invalid_argument("unknown option " + option);
         if (i + 1 == argc)
             throw std::invalid_argument(option + " needs a value");
         const files::Name& name = names[static_cast<std::size_t>(++i)];
@@ -87,10 +93,8 @@ Arguments parseArguments(int argc, char** argv) {
             arguments.fixed.angularMode = modeArgument(kAngularModes, option, value);
         else if (option == "--precision")
             arguments.fixed.precision = precisionArgument(value);
-        else if (option == "--out")
-            arguments.out = name;
         else
-            throw std::invalid_argument("unknown option " + option);
+            arguments.out = name;
     }
     if (arguments.traverse.given.empty())
         throw std::invalid_argument("no traverse file");

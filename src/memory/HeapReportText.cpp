@@ -68,8 +68,8 @@ void appendCells(std::string& svg, const HeapReport::Segment& segment, std::size
 
 std::string heapReportText(const HeapReport& report) {
     std::string text;
-    append(text, "heap at 0x%llx: %zu segments\n", static_cast<unsigned long long>(report.address),
-           report.segments.size());
+    append(text, "heap at 0x%llx: %zu segment%s\n", static_cast<unsigned long long>(report.address),
+           report.segments.size(), report.segments.size() == 1 ? "" : "s");
     append(text, "reserved %zu bytes, committed %zu, resident %zu, waiting %zu\n", report.reservedBytes,
            report.committedBytes, report.residentBytes, report.waitingBytes);
     append(text, "%-6s %6s %8s %10s %10s %14s\n", "pool", "unit", "pages", "used", "free", "asked");
