@@ -55,10 +55,11 @@ inline constexpr const char* kUtf8Locale = "C.UTF-8";
 inline constexpr const char* kUtf8Characters = "C.UTF-8";
 #endif
 
-/// A fresh folder that goes with the object.
+/// A fresh folder that goes with the object. Whatever was opened or mapped meanwhile must be closed by then.
 class TempFolder {
 public:
     TempFolder() {
+        ::close(m_nextDescriptor);
         std::string pattern = (std::filesystem::temp_directory_path() / "tqtestXXXXXX").string();
         if (::mkdtemp(pattern.data()) == nullptr)
             std::abort();
@@ -67,6 +68,10 @@ public:
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
     ~TempFolder() {
+        EXPECT_EQ(::dup(STDOUT_FILENO), m_nextDescriptor);
+        ::close(m_nextDescriptor);
+        const std::string mapped(std::istreambuf_iterator<char>(std::ifstream("/proc/self/maps").rdbuf()), {});
+        EXPECT_EQ(mapped.find(m_path.filename().string()), std::string::npos); // no such list on macOS
         std::error_code ignored;
         std::filesystem::remove_all(m_path, ignored);
     }
@@ -79,6 +84,7 @@ public:
     }
 
 private:
+    const int m_nextDescriptor = ::dup(STDOUT_FILENO);
     std::filesystem::path m_path;
 };
 
