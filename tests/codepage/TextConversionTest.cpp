@@ -16,6 +16,7 @@ constexpr std::size_t kLongestText = 70; // Several steps of every width, with e
 
 template <class Char>
 std::basic_string<Char> contents(const TqVector<Char>& vector) {
+    EXPECT_LE(vector.logicalLength(), vector.physicalLength());
     return vector.isEmpty()
                ? std::basic_string<Char>()
                : std::basic_string<Char>(vector.asArrayPtr(), static_cast<std::size_t>(vector.logicalLength()));
@@ -91,7 +92,7 @@ template <class From, class To>
 void check(const Direction<From, To>& direction, const From* src, int length) {
     const std::basic_string<To> expected = direction.expected(src, length);
     const auto size = static_cast<int>(expected.size());
-    for (const int slots : {0, size, 2 * size + 64}) {
+    for (const int slots : {0, 1, size, 2 * size + 64}) { // one slot: full with the '#'
         TqVector<To> out(slots);
         out.append('#');
         direction.convert(src, length, out);
@@ -146,11 +147,11 @@ std::string filler() {
     return text;
 }
 
-const std::string kEscapes[] = {"",           "\\U+4E2D",  "\\u+00e9",     "\\U+0000",       "\\U+005C",
-                                "\\M+18140",  "\\m+5b0a1", "\\M+10041",    "\\M+10001",      "\\M+2007F",
-                                "\\M+30080",  "\\M+40000", "\\M+61234",    "\\U+00G1",       "\\U+12",
-                                "\\U",        "\\",        "\\M+1",        "\\M+1814",       "\\U-1234",
-                                "\\\\U+0041", "\\\\\\",    "\\U+\\U+0042", "\\M+1\\M+10043", "\\M+10044\\U+0045"};
+const std::string kEscapes[] = {"",          "\\U+4E2D",  "\\u+00e9",  "\\U+0000",  "\\M+1\\M+10043",
+                                "\\U+005C",  "\\M+18140", "\\m+5b0a1", "\\M+10041", "\\M+10044\\U+0045",
+                                "\\M+10001", "\\M+2007F", "\\M+30080", "\\M+40000", "\\\\\\\\\\\\\\\\U+0041",
+                                "\\M+61234", "\\U+00G1",  "\\U+12",    "\\U",       "\\U+\\U+0042",
+                                "\\",        "\\M+1",     "\\M+1814",  "\\U-1234",  "\\\\\\"};
 
 TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
     const std::wstring ascii(kLongestText, L'a');
@@ -297,11 +298,12 @@ void checkHeld(const Direction<From, To>& direction, const std::basic_string<Fro
 TEST(ConversionOutput, MayHoldTheSourceAndLeavesSharersAlone) {
     const std::wstring wideText = L"held \\U+4E2D in the vector itself \u4E2D " + std::wstring(90, L'x');
     const std::string text = "held \\U+4E2D here " + std::string(93, 'y');
-    for (const int slots : {0, 3200}) { // so that it must grow, and so that it need not
-        checkHeld(kNarrowToWide, text, slots);
-        checkHeld(kWideToNarrow, wideText, slots);
-        checkHeld(kUtf8ToWide, text, slots);
-        checkHeld(kWideToUtf8, wideText, slots);
+    // So that it must grow, and so that it need not; of the second kind also a text that is short and plain.
+    for (const auto& [slots, length] : {std::pair(0, 200U), {3200, 200U}, {3200, 4U}}) {
+        checkHeld(kNarrowToWide, text.substr(0, length), slots);
+        checkHeld(kWideToNarrow, wideText.substr(0, length), slots);
+        checkHeld(kUtf8ToWide, text.substr(0, length), slots);
+        checkHeld(kWideToUtf8, wideText.substr(0, length), slots);
     }
 }
 
