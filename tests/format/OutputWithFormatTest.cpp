@@ -117,7 +117,7 @@ TEST(OutputWithFormat, TakesArgumentsByPosition) {
     // What is not collected counts as nothing: the last introducer decides how many there are.
     EXPECT_EQ(format(L"%1$d %d|", 7) + format(L"%3$d%3$s%3$f|", 2.5), L"0 0|02.500000|");
     // A number without a position takes the first argument; digits without a dollar sign are a width.
-    EXPECT_EQ(format(L"%4d %1$d", 7), L"   7 7");
+    EXPECT_EQ(format(L"%4d %d %1$d", 7), L"   7 7 7");
     // An argument collected as another kind is not taken for a pointer or a double.
     EXPECT_EQ(format(L"[%1$s] %1$d|", 7) + format(L"%1$f %1$d", 7), L"[] 7|0.000000 7");
     EXPECT_EQ(format(L"%0$d %1$d|", 7) + format(L"%99999999999$d|%1$d", 7), L"0 7|0|7");

@@ -125,7 +125,7 @@ TEST_F(UnitText, AnglesTurnOnceAndNumbersThatAreNone) {
                         {kSplit, 0, kQTypeAngle, {359.9999 * kDegree}, L"0d|"},
                         {kSplit, 2, kQTypeAngle, {359.9999 * kDegree}, L"0d0'|"},
                         {kSplit, 4, kQTypeAngle, {359.9999 * kDegree, 59.992 / 60 * kDegree}, L"0d0'0\"|1d0'0\"|"},
-                        {kSplit, 4, kQTypeRelativeAngle, {kInfinity, -1e308, -kPi / 3}, L"inf|-inf|-60d0'0\"|"},
+                        {kSplit, 4, kQTypeRelativeAngle, {kDegree / 32, -1e308, -kPi / 3}, L"0d1'53\"|-inf|-60d0'0\"|"},
                         {kAngularGrads, 4, kQTypeRelativeAngle, {std::nan("")}, L"nan|"},
                         {kAngularSurveyor, 4, kQTypeAngle, {-kInfinity, 7 * kPi / 4}, L"-inf|S 45d0'0\" E|"},
                         {5, 4, kQTypeAngle, {1}, L"|"},
