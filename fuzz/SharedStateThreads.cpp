@@ -1,7 +1,7 @@
 // Threads that use all that the process shares but the heap's own program does not: shared vectors and strings that are
 // handed over and let go elsewhere, digit strings, unit settings, exclusive opens, font definitions, user-defined
-// characters, hooks, positions, environment and locale. The suite runs a short round; under ThreadSanitizer any race
-// ends it. Ends with 0 when every result was one that a single thread could have had.
+// characters, hooks, positions, environment and locale, and forks meanwhile. The suite runs a short round; under
+// ThreadSanitizer any race ends it. Ends with 0 when every result was one that a single thread could have had.
 // Usage: shared_state_threads [ROUNDS [SEED]]
 
 #include <TqOsBase/TqOsBase.h>
@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
@@ -17,6 +18,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -203,8 +205,24 @@ void system(Random& random) {
     require(tq::openInput(name)->length() <= 4, "a file");
 }
 
+// A child has one thread: no lock may stay with another that it does not have.
+void forks(Random& random) {
+    if (random() % 16 != 0)
+        return;
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(30);
+        LumoAppUnitSets settings;
+        initOsBaseUnits(settings);
+        ::kill(::getpid(), SIGKILL); // at an exit ThreadSanitizer would miss the parent's threads
+    }
+    int status = 0;
+    require(::waitpid(child, &status, 0) == child && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL,
+            "a child that takes the lock");
+}
+
 constexpr void (*kActions[])(Random&) = {vectors,   strings,           digits, unitSettings, exclusiveOpens,
-                                         codePages, hooksAndPositions, system};
+                                         codePages, hooksAndPositions, system, forks};
 
 void work(unsigned seed) {
     Random random(seed);

@@ -179,6 +179,7 @@ constexpr const char* kNames[] = {
     // Files and processes.
     "abort",
     "access",
+    "alarm",
     "catclose",
     "catgets",
     "catopen",
