@@ -26,15 +26,17 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "mutate"
 
 # The programs of a room's tests, the one that notices most first: names of test programs, of fuzz targets as they are
-# replayed, of the programs with many threads, and of pages that are executed.
+# replayed, of the programs with many threads, of pages that are executed and of other tests as CTest knows them.
 TESTS = {
-    "base": ["test_base", "test_codepage", "test_crtcompat", "test_diag", "test_faults", "shared_state_threads"],
-    "platform": ["test_stream", "test_crtcompat", "test_faults", "test_memory"],
+    "base": ["test_base", "test_codepage", "test_crtcompat", "test_diag", "test_faults", "test_format", "test_stream",
+             "shared_state_threads"],
+    "platform": ["test_stream", "test_crtcompat", "test_diag", "test_faults", "test_memory"],
     "diag": ["test_diag", "test_faults"],
     "memory": ["test_memory", "test_heap_model", "test_faults", "memory_exit_probe", "heap_threads"],
     "containers": ["test_containers", "test_faults", "test_interface"],
-    "codepage": ["test_codepage", "docs.text", "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape",
-                 "replay_text_iterator", "docs.limits", "test_faults"],
+    "codepage": ["test_codepage", "codepage.kernels_sse2", "codepage.kernels_portable", "docs.text",
+                 "replay_narrow_to_wide", "replay_wide_to_narrow", "replay_mif_escape", "replay_text_iterator",
+                 "docs.limits", "test_faults"],
     "fltcvt": ["test_fltcvt", "replay_number", "test_format", "docs.limits", "test_faults", "memory_exit_probe"],
     "format": ["test_format", "docs.units", "docs.text", "replay_format_output", "replay_scan_input", "docs.limits",
                "test_faults"],
@@ -160,12 +162,12 @@ class Copy:
             check=True, stdout=subprocess.DEVNULL)
 
     def make(self, program: str) -> bool:
-        target = "TqOsBaseStatic" if program.startswith("docs.") else program
+        target = {"docs": "TqOsBaseStatic", "codepage": "test_codepage"}.get(program.split(".")[0], program)
         return subprocess.run(["cmake", "--build", str(self.build), "-j", "1", "--target", target],
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False).returncode == 0
 
     def command(self, name: str) -> list:
-        if name.startswith("docs."):
+        if "." in name:
             return ["ctest", "--test-dir", str(self.build), "-R", f"^{re.escape(name)}$"]
         if name.endswith("_threads"):
             return [str(self.build / "fuzz" / name), "4"]
