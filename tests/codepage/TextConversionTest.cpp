@@ -170,6 +170,8 @@ TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
             const std::string text = filler().substr(0, length) + tail;
             ASSERT_NO_FATAL_FAILURE(check(kNarrowToWide, place(text, 0), static_cast<int>(text.size())));
             ASSERT_NO_FATAL_FAILURE(check(kWideToNarrow, place(widened(text), 0), static_cast<int>(text.size())));
+            ASSERT_NO_FATAL_FAILURE(check(kUtf8ToWide, place(text + 'a', 0), static_cast<int>(text.size())));
+            ASSERT_NO_FATAL_FAILURE(check(kWideToUtf8, place(widened(text + 'a'), 0), static_cast<int>(text.size())));
         }
 }
 
@@ -238,7 +240,6 @@ TEST(ConversionCalls, CodePagesFlagsAndNull) {
     EXPECT_EQ(contents(wide), L"\0"s);
     TqVector<char> narrow;
     TqCharMapper::unicodeToUtf8(nullptr, 5, narrow);
-    TqCharMapper::unicodeToUtf8(nullptr, -1, narrow);
     EXPECT_TRUE(narrow.isEmpty());
 
     // Flags and UTF-8 together: one character or a question mark, whatever the length.

@@ -55,7 +55,8 @@ TEST(Digits, OfSpecialValues) {
         }
     EXPECT_TRUE(Dtoa(-0.1, 0, 0) == Dtoa("1", 0, 1) && Dtoa(2.0 / 3, 2, 3) == Dtoa("667", 0, 0));
     EXPECT_EQ(Dtoa(5e-324, 4, 3), Dtoa("5", -323, 0));
-    EXPECT_EQ(Dtoa(1.6127338325376e-86, 2, 64).digits.substr(60), "6546") << "next to a middle";
+    EXPECT_EQ(Dtoa(1.6127338325376e-86, 2, 64).digits.substr(60), "6546") << "beside a middle";
+    EXPECT_EQ(Dtoa(1.4470355378477e-129, 2, 65).digits.substr(61), "4627") << "beside a middle";
     EXPECT_TRUE(Dtoa(0.5, 2, INT_MAX) == Dtoa("5", 0, 0) && Dtoa(1.5, 3, INT_MAX) == Dtoa("15", 1, 0));
     for (const Dtoa& none : {Dtoa(1e22, 3, INT_MIN), Dtoa(1e-22, 5, -INT_MAX)})
         EXPECT_EQ(none, Dtoa("", INT_MAX, 0));
@@ -84,7 +85,7 @@ TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
             DigitLayout layout = tq::detail::exactDigits(v, request, digits);
             ASSERT_EQ(laidOut(layout), wanted);
             for (const auto way : {tq::detail::tryFixedPointDigits, tq::detail::tryLongProductDigits})
-                if (request.rule != Rule::kOrShorter && way(v, request, digits, layout)) {
+                if (request.rule != Rule::kOrShorter && way(v, request, digits, layout = {})) {
                     ++decided[way == tq::detail::tryLongProductDigits];
                     ASSERT_EQ(laidOut(layout), wanted);
                 }
