@@ -44,21 +44,16 @@ void TqCharMapper::unicodeToUtf8(const wchar_t* src, int length, TqVector<char>&
     const std::size_t limit = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
     const TextKernels& kernels = currentKernels();
     const auto keeper = recordWith(out, src);
-    TextProgress start = fillSpareRoom(kernels.wideToUtf8Unmeasured, src, limit, out);
-    if (start.taken != 0 && (start.taken == limit || src[start.taken] == 0)) {
-        keepWithTerminator(start.written, out);
+    const TextProgress atHand = fillSpareRoom(kernels.wideToUtf8Unmeasured, src, limit, out);
+    if (atHand.taken != 0 && (atHand.taken == limit || src[atHand.taken] == 0)) {
+        keepWithTerminator(atHand.written, out);
         return;
     }
     const auto earlier = static_cast<std::size_t>(out.logicalLength());
-    TextMeasure rest = measure(src + start.taken, limit - start.taken, kernels.wideToUtf8Size);
-    if (start.taken != 0 && earlier + start.written + rest.size + 1 > static_cast<std::size_t>(out.physicalLength())) {
-        start = {};
-        rest = measure(src, limit, kernels.wideToUtf8Size);
-    }
-    char* text = resize(out, earlier + start.written + rest.size + 1) + earlier + start.written;
-    src += start.taken;
+    const TextMeasure text = measure(src, limit, kernels.wideToUtf8Size);
+    char* const bytes = resize(out, earlier + text.size + 1) + earlier;
     TextProgress most;
     if (kernels.wideToUtf8Unmeasured != nullptr)
-        most = kernels.wideToUtf8Unmeasured(src, rest.count, text, rest.size);
-    *kernels.wideToUtf8(src + most.taken, src + rest.count, text + most.written) = 0;
+        most = kernels.wideToUtf8Unmeasured(src, text.count, bytes, text.size);
+    *kernels.wideToUtf8(src + most.taken, src + text.count, bytes + most.written) = 0;
 }
