@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -18,6 +19,8 @@ namespace {
 constexpr std::size_t kStep = kAvx2Step;
 constexpr std::size_t kHalfStep = kHalfAvx2Step;
 constexpr std::size_t kLanes = kAvx2Lanes;
+// In longer texts the first escape may come too late to have looked for the end in vain.
+constexpr std::size_t kMostShort = 2048;
 
 // Where the characters of a step are written depends on the escapes in it. Where the next step begins does not, unless
 // an escape runs across the border: so the processor can load the next step while this one is still being worked on.
@@ -193,6 +196,28 @@ __attribute__((target("avx2"))) inline void widenShort(const char* src, std::siz
     inOverlappingSteps(count, eight, [&](std::size_t i) { out[i] = byteOf(src[i]); });
 }
 
+// A text of more than 32 characters, of which the first `seen` are plain; `src + seen` is on a boundary.
+__attribute__((target("avx2"), noinline)) std::size_t
+longerNarrowToWide(const char* src, std::size_t seen, std::size_t limit, wchar_t* out, std::size_t room) noexcept {
+    const std::size_t most = std::min(limit, kMostShort);
+    std::size_t count = seen;
+    std::uint32_t stops = 0;
+    for (; stops == 0 && most - count >= kStep; count += kStep)
+        stops = endsAndBackslashes(src + count);
+    if (stops != 0)
+        count -= kStep - static_cast<std::size_t>(std::countr_zero(stops));
+    else if (count < most) // Nothing depends on what follows the text.
+        count += static_cast<std::size_t>(
+            std::countr_zero(endsAndBackslashes(src + count) | ~std::uint32_t{0} << (most - count)));
+    if (count > room || (count < limit && src[count] != 0))
+        return kNotShort;
+    assert(count > kStep);
+    for (std::size_t i = 0; i < count - kStep; i += kStep)
+        widenStep(src + i, out + i);
+    widenStep(src + count - kStep, out + count - kStep); // overlaps the step before
+    return count;
+}
+
 __attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, std::size_t limit, wchar_t* out,
                                                               std::size_t room) noexcept {
     const std::size_t before = reinterpret_cast<std::uintptr_t>(src) % kStep;
@@ -203,7 +228,9 @@ __attribute__((target("avx2"))) std::size_t shortNarrowToWide(const char* src, s
     if (stops == 0 && limit > seen)
         stops = std::uint64_t{endsAndBackslashes(src + seen)} << seen & wanted;
     const std::size_t count = std::min(limit, static_cast<std::size_t>(std::countr_zero(stops)));
-    if (count > std::min(kStep, room) || (count < limit && src[count] != 0))
+    if (count > kStep)
+        return longerNarrowToWide(src, seen, limit, out, room);
+    if (count > room || (count < limit && src[count] != 0))
         return kNotShort;
     widenShort(src, count, out);
     return count;

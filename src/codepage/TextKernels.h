@@ -53,10 +53,10 @@ struct TextKernels {
     /// @}
 
     /// @{
-    /// The conversion of such a text into `room` elements, if it holds at most 32 characters, all of them plain and
-    /// none a backslash, and fits: what most texts of a drawing are. Returns its length, or kNotShort with nothing
-    /// written; shortWideToNarrow always does for a higher limit. Null where the set has no way to do that. Reads as
-    /// far as the unmeasured ones do.
+    /// The conversion of such a text into `room` elements, if it is short (at most 2,048 narrow or 32 wide characters),
+    /// all of it plain and none a backslash, and it fits: what most texts of a drawing are. Returns its length, or
+    /// kNotShort with nothing written; shortWideToNarrow always does for a higher limit. Null where the set has no way
+    /// to do that. Reads as far as the unmeasured ones do.
     std::size_t (*shortNarrowToWide)(const char* src, std::size_t limit, wchar_t* out, std::size_t room) noexcept;
     std::size_t (*shortWideToNarrow)(const wchar_t* src, std::size_t limit, char* out, std::size_t room) noexcept;
     /// @}
