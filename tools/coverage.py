@@ -2,7 +2,7 @@
 """Prints how much of every room the test suite has run, from the counters in a build folder of the preset coverage: lines
 and branches of its sources and internal headers, and the files of which fewer than 90 % of the lines ran. Branches that
 the compiler adds for exceptions are left out. Then how large the tests are beside the library, in lines of C++ that are
-not blank. Exits with 1 when a room as a whole has fewer than 90 % of its lines, or the tests have more than 37 % of the
+not blank. Exits with 1 when a room as a whole has fewer than 90 % of its lines, or the tests have more than 34 % of the
 library's.
 
 usage: coverage.py BUILD"""
@@ -14,7 +14,7 @@ import subprocess
 import sys
 
 ENOUGH = 0.9
-MOST_TESTS = 0.36
+MOST_TESTS = 0.34
 ROOMS = ["platform", "base", "diag", "memory", "containers", "codepage", "fltcvt", "format", "stream", "crtcompat",
          "porting"]
 

@@ -216,7 +216,7 @@ private:
         for (const Page* page = segment.uncommitted; page != nullptr; page = page->next) {
             const std::size_t index = pageIndex(*page);
             if (index < segment.highWater)
-                require(expected == segment.highWater, "page behind the fresh ones", id, index);
+                require(expected == segment.highWater, "page after the fresh ones", id, index);
             else
                 require(index == expected++, "order of the fresh pages", id, index);
         }

@@ -9,7 +9,7 @@
 
 namespace tq::detail {
 
-/// Which segments of the reservation are in use, and the memory behind them. Of at most kSegmentCount segments each has
+/// Which segments of the reservation are in use, and their memory. Of at most kSegmentCount segments each has
 /// an accessible front and an inaccessible rest, so the heap takes at most two mappings per segment, far below the
 /// system's limit, whatever the pattern of frees.
 class SegmentTable {

@@ -39,7 +39,7 @@ struct PageRun {
 /// What giveBack() takes at most.
 inline constexpr std::size_t kMostPageRuns = 64;
 
-/// Gives the memory behind accessible pages back, keeping their access rights: what they held is lost, and they take
+/// Gives the memory of accessible pages back, keeping their access rights: what they held is lost, and they take
 /// memory again when they are next written to. Where the system can do that, many runs in one call take a third less
 /// time than as many calls.
 void giveBack(std::span<const PageRun> runs) noexcept;
