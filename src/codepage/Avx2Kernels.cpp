@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kStep = kAvx2Step;
 constexpr std::size_t kHalfStep = kHalfAvx2Step;
 constexpr std::size_t kLanes = kAvx2Lanes;
-// In longer texts the first escape may come too late to have looked for the end in vain.
+// How far the end of a plain text is looked for. An escape that comes later makes the look useless.
 constexpr std::size_t kMostShort = 2048;
 
 // Where the characters of a step are written depends on the escapes in it. Where the next step begins does not, unless

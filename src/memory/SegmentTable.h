@@ -9,8 +9,8 @@
 
 namespace tq::detail {
 
-/// Which segments of the reservation are in use, and their memory. Of at most kSegmentCount segments each has
-/// an accessible front and an inaccessible rest, so the heap takes at most two mappings per segment, far below the
+/// Which segments of the reservation are in use, and their memory. Of at most kSegmentCount segments each has an
+/// accessible front and an inaccessible rest, so the heap takes at most two mappings per segment, far below the
 /// system's limit, whatever the pattern of frees.
 class SegmentTable {
 public:

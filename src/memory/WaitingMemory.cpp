@@ -11,12 +11,12 @@ namespace tq::detail {
 namespace {
 
 // Runs of pages that go back together.
-class Returns {
+class RunsToGiveBack {
 public:
-    Returns() = default;
-    Returns(const Returns&) = delete;
-    Returns& operator=(const Returns&) = delete;
-    ~Returns() { giveBack(); }
+    RunsToGiveBack() = default;
+    RunsToGiveBack(const RunsToGiveBack&) = delete;
+    RunsToGiveBack& operator=(const RunsToGiveBack&) = delete;
+    ~RunsToGiveBack() { giveBack(); }
     void add(std::byte* start, std::size_t size) noexcept {
         if (m_count == m_runs.size())
             giveBack();
@@ -32,7 +32,7 @@ private:
 
 // A page of the system may hold several of the heap's. It goes back when all of these are on the uncommitted list and
 // at least one of them waits; until then it stays, and the last one to come here takes it along.
-void giveBackPages(std::byte* segment, Returns& returns) noexcept {
+void giveBackPages(std::byte* segment, RunsToGiveBack& runs) noexcept {
     const std::size_t step = TqHeapConfigurator::pagesOfSystemPage;
     std::size_t start = 0; // of the run that goes back, up to the page at hand
     for (std::size_t first = 0; first <= kPagesPerSegment; first += step) {
@@ -47,7 +47,7 @@ void giveBackPages(std::byte* segment, Returns& returns) noexcept {
         if (isFree && goesBack)
             continue;
         if (start < first)
-            returns.add(segment + start * kPageBytes, (first - start) * kPageBytes);
+            runs.add(segment + start * kPageBytes, (first - start) * kPageBytes);
         start = first + step;
     }
 }
@@ -56,14 +56,14 @@ void giveBackPages(std::byte* segment, Returns& returns) noexcept {
 
 void WaitingMemory::giveBackTo(std::size_t target, const SegmentStates& states,
                                const Reservation& reservation) noexcept {
-    Returns returns;
+    RunsToGiveBack runs;
     for (std::size_t id = m_lowest; m_total > target && m_released > 0; ++id)
         if ((states[id] & kSegmentInUse) == 0 && takeSegment(id) != 0)
-            returns.add(reservation.segmentAddress(id), kSegmentBytes);
+            runs.add(reservation.segmentAddress(id), kSegmentBytes);
     for (; m_total > target; ++m_lowest) {
         if (m_pages[m_lowest] == 0)
             continue;
-        giveBackPages(reservation.segmentAddress(m_lowest), returns); // those of page pools have none that wait
+        giveBackPages(reservation.segmentAddress(m_lowest), runs); // those of page pools have none that wait
         removePages(m_lowest, m_pages[m_lowest]);
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/VirtualMemoryFlags.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -54,6 +55,7 @@ void makeInaccessible(void* address, std::size_t size) noexcept {
 }
 
 void giveBack(std::span<const PageRun> runs) noexcept {
+    assert(runs.size() <= kMostPageRuns);
     if (runs.size() > 1 && giveBackAtOnce(runs))
         return;
     for (const PageRun& run : runs)

@@ -4,7 +4,7 @@
 
 #include <span>
 
-// What the systems name differently in mapping memory.
+// What the systems name or do differently in mapping memory.
 namespace tq::platform {
 
 /// Flag that keeps a mapping at a given address from replacing what is there; 0 where an address without the fixed flag

@@ -92,7 +92,7 @@ template <class From, class To>
 void check(const Direction<From, To>& direction, const From* src, int length) {
     const std::basic_string<To> expected = direction.expected(src, length);
     const auto size = static_cast<int>(expected.size());
-    for (const int slots : {0, 1, size, 2 * size + 64}) { // one slot: full with the '#'
+    for (const int slots : {0, 1, size, size + 1, 2 * size + 64}) { // full with the '#', one too few, just enough
         TqVector<To> out(slots);
         out.append('#');
         direction.convert(src, length, out);
@@ -154,7 +154,7 @@ const std::string kEscapes[] = {"",          "\\U+4E2D",  "\\u+00e9",  "\\U+0000
                                 "\\",        "\\M+1",     "\\M+1814",  "\\U-1234",  "\\\\\\"};
 
 TEST(TextConversion, EscapesAtEveryOffsetAndLength) {
-    const std::wstring ascii(kLongestText, L'a');
+    const std::wstring ascii(kLongestText, L'\1'); // which is not the end, though nearly 0
     std::wstring mixed = widened(filler());
     const int special[] = {127, 128, 0xFFFF, 0x10000, 0x1F600, -1, -191, INT_MIN};
     for (std::size_t i = 0; i < mixed.size(); i += 9)
@@ -188,7 +188,7 @@ TEST(TextConversion, Utf8AtEveryOffsetAndLength) {
     for (const std::wstring& characters :
          {L""s, L"\x7F\x80"s, L"\u07FF\u0800"s, L"\uFFFF\U00010000"s, L"\U0001F600\U0001F600\U0001F600"s, L"\xD800"s,
           L"\u4E2D\u6587a\u5B57"s, std::wstring(1, static_cast<wchar_t>(-60)), std::wstring(20, L'\U0001F600')}) {
-        for (const wchar_t around : {L'a', L'\u4E2D'})
+        for (const wchar_t around : {L'\1', L'a', L'\u4E2D'})
             ASSERT_NO_FATAL_FAILURE(sweep(kWideToUtf8, std::wstring(kLongestText, around), characters));
     }
     std::mt19937 random(7);

@@ -103,7 +103,8 @@ TEST(Digits, AgreeWithExactDecimalsInEveryMode) {
             ASSERT_EQ(Dtoa(text, number.point, 0), rest);
         }
     }
-    EXPECT_TRUE(decided[0] > 6000 && decided[1] > 10000) << "each way has its use";
+    EXPECT_GT(decided[0], 6000) << "each way has its use";
+    EXPECT_GT(decided[1], 10000);
 }
 
 // The fast conversions alone: certain nearly always, and right whenever they say so.
@@ -141,7 +142,9 @@ TEST(Digits, FastConversionsDecide) {
             }
     }
     const int all = static_cast<int>(values.size()) * tq::detail::kMaxFastDigits;
-    EXPECT_TRUE(undecided[0] < all / 100 && undecided[1] == undecided[0] && undecided[2] < all / 10);
+    EXPECT_LT(undecided[0], all / 100);
+    EXPECT_EQ(undecided[1], undecided[0]);
+    EXPECT_LT(undecided[2], all / 10);
     EXPECT_LT(undecidedShortest, static_cast<int>(values.size()) / 100);
 }
 

@@ -92,19 +92,22 @@ TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
         return std::filesystem::file_size(folder.path("f"));
     };
     EXPECT_TRUE(sizeAfter(16000) == 0U && sizeAfter(2000) == 16000U);
-    EXPECT_TRUE(sizeAfter(22000) == 40000U && sizeAfter(16384) == 40000U) << "straight through, and what just fits";
+    EXPECT_EQ(sizeAfter(22000), 40000U) << "straight through";
+    EXPECT_EQ(sizeAfter(16384), 40000U) << "just fits";
     buf->setBytes(40000, bytesOf("head").data(), 4);
     EXPECT_EQ(sizeAfter(1), 56384U);
     buf->close();
     const Bytes written = readFile(folder.path("f"));
-    EXPECT_TRUE(written.size() == 56385 && std::memcmp(&written[39998], "ppheadpp", 8) == 0) << "changed while pending";
+    ASSERT_EQ(written.size(), 56385U);
+    EXPECT_EQ(std::memcmp(&written[39998], "ppheadpp", 8), 0) << "changed while pending";
 }
 
 TEST(FileStreamBuf, TakesOverAnOpenStream) {
     std::FILE* file = std::tmpfile();
     ASSERT_EQ(std::fwrite("0123456789", 1, 10, file), 10U);
     const BufPtr buf(createFileIOStreamBuf(file));
-    EXPECT_TRUE(buf->fileHandle() == file && buf->length() == 10 && buf->tell() == 10) << "what was buffered included";
+    EXPECT_EQ(buf->fileHandle(), file);
+    EXPECT_TRUE(buf->length() == 10 && buf->tell() == 10) << "what was still in the stream included";
     buf->rewind();
     EXPECT_EQ(buf->readByte(), '0');
     buf->writeByte('b');

@@ -230,7 +230,7 @@ public:
     using TqFileStreamBufImpl::readBytes;
     using TqFileStreamBufImpl::writeBytes;
     void readBytes(unsigned char* buf, std::uint32_t n) override;
-    /// Inline where the object's own type is known.
+    /// As the base's, through the buffer. Inline where the object's own type is known.
     TQ_API void writeBytes(const unsigned char* buf, std::uint32_t n) override {
         if (n - 1 < m_limit - m_pending.m_position) { // 0 is not below: a missing file shows in the slow way
             tq::detail::moveBytes(m_pending.advanceUnshared(n), buf, n);

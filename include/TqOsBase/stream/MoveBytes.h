@@ -5,7 +5,6 @@
 
 #include <cassert>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 
 namespace tq::detail {
@@ -13,21 +12,22 @@ namespace tq::detail {
 /// memmove, with the sizes of the usual records as single moves; pointers may be null when n is 0.
 inline void moveBytes(unsigned char* to, const unsigned char* from, std::size_t n) noexcept {
     assert(n == 0 || (to != nullptr && from != nullptr));
-    if (n == 8) {
-        std::uint64_t value = 0;
-        std::memcpy(&value, from, sizeof value);
-        std::memcpy(to, &value, sizeof value);
-    } else if (n == 4) {
-        std::uint32_t value = 0;
-        std::memcpy(&value, from, sizeof value);
-        std::memcpy(to, &value, sizeof value);
-    } else if (n == 2) {
-        std::uint16_t value = 0;
-        std::memcpy(&value, from, sizeof value);
-        std::memcpy(to, &value, sizeof value);
-    } else if (n == 1) {
+    switch (n) { // compilers make single moves of constant sizes
+    case 0:
+        break;
+    case 1:
         *to = *from;
-    } else if (n != 0) {
+        break;
+    case 2:
+        std::memmove(to, from, 2);
+        break;
+    case 4:
+        std::memmove(to, from, 4);
+        break;
+    case 8:
+        std::memmove(to, from, 8);
+        break;
+    default:
         std::memmove(to, from, n);
     }
 }
