@@ -27,7 +27,7 @@ bool HeapOwner::claim() noexcept {
 }
 
 void HeapOwner::show(GlobalHeap& heap, std::uintptr_t start) noexcept {
-    t_heapView = {TqPoolConfigurator<kBlockPoolCount>::kLargestSmallSize + 1, &heap, start, HeapView::Claims::kAny};
+    t_heapView = {kPoolOfSize.size(), &heap, start, HeapView::Claims::kAny};
 }
 
 void HeapOwner::resign(bool isLast) noexcept {

@@ -29,7 +29,7 @@ struct HeapView {
         kNone,  ///< It is ending, or about to own one.
     };
 
-    std::size_t endOfSizes = 0; ///< Sizes below it have a pool.
+    std::size_t endOfSizes = 0; ///< Sizes from it on have no pool.
     GlobalHeap* heap = nullptr;
     std::uintptr_t start = kNoReservation; ///< Of the heap's reservation.
     Claims claims = Claims::kAny;

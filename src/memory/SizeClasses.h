@@ -58,4 +58,13 @@ struct TqPoolConfigurator<kBlockPoolCount> {
     }
 };
 
+/// poolOfSize() of every size up to the largest that has a pool, and 0 for size 0: a look-up in place of a search.
+inline constexpr auto kPoolOfSize = [] {
+    using Classes = TqPoolConfigurator<kBlockPoolCount>;
+    std::array<std::uint8_t, Classes::kLargestSize + 1> table{};
+    for (std::size_t size = 1; size < table.size(); ++size)
+        table[size] = static_cast<std::uint8_t>(Classes::poolOfSize(size));
+    return table;
+}();
+
 } // namespace tq::detail

@@ -74,13 +74,13 @@ public:
         return block != nullptr ? block : allocUncommon(size);
     }
 
-    /// The block that allocHeap() would return, if it is small and its pool has a page with a free one; else null.
+    /// The block that allocHeap() would return, if its size has a pool with a free one at hand; else null.
     static void* allocAtHand(std::size_t size) noexcept {
         countOperation();
         if (size >= t_heapView.endOfSizes) [[unlikely]]
             return nullptr;
         TqHeap* const own = t_heapView.heap;
-        return takeAtHand(own->m_blockPools.pool(PoolConfigurator::s_poolIndexOfSize[size])); // none for size 0
+        return takeAtHand(own->m_blockPools.pool(kPoolOfSize[size])); // none without a pool
     }
 
     /// What allocHeap() does for all other blocks.
