@@ -83,18 +83,8 @@ public:
             !tryRoundedDigits<roundedByUpperHalf>(v, nsig, Rule::kToEven, digits, exponent) || exponent >= nsig)
             return false;
         const SixteenDigits words(static_cast<std::uint32_t>(digits) * power(kWordDigits - nsig), 0);
-        const int whole = exponent + 1;
-        const int count = words.significant();
-        const std::uint64_t text = words.upperText();
-        char* p = writeSign(out, d);
-        storeSome(p, text, whole);
-        p += whole;
-        if (count > whole) {
-            *p++ = '.';
-            storeSome(p, text >> (8 * whole), count - whole);
-            p += count - whole;
-        }
-        *p = '\0';
+        char* const p = writeSign(out, d);
+        *writeWithPoint(p, words.upperText(), words.significant(), exponent + 1) = '\0';
         return true;
     }
 
@@ -113,9 +103,14 @@ public:
         }
         if (digits.exponent >= 0) {
             const int whole = digits.exponent + 1;
-            *p++ = digits.first;
-            storeSome(p, digits.others, digits.exponent);
-            p = writeFraction(p + digits.exponent, digits, whole);
+            if (digits.count <= kMostAtOnce && whole < kWordDigits) [[likely]] {
+                p = writeWithPoint(p, digits.others << 8 | static_cast<unsigned char>(digits.first), digits.count,
+                                   whole);
+            } else {
+                *p++ = digits.first;
+                storeSome(p, digits.others, digits.exponent);
+                p = writeFraction(p + digits.exponent, digits, whole);
+            }
         } else {
             store<std::uint32_t>(p, 0x30302E30); // 0.00; the text has four characters with its terminator
             if (digits.exponent == kLeastExponent)
@@ -131,6 +126,7 @@ public:
 
 private:
     static constexpr int kWordDigits = 8;
+    static constexpr int kMostAtOnce = 15; // digits that are stored at once, with a point among them
 
     // A number rounded to some digits, with zeros after them to make seventeen.
     struct Digits {
@@ -153,6 +149,22 @@ private:
             return true;
         }
     };
+
+    // Digits, the first in the lowest byte: the first `whole`, and after a point those up to number `count`, if there
+    // are any; at most kMostAtOnce then, and the point among the first eight characters. It is put in before the text
+    // is stored, all at once: how many digits are before and after it varies, the length of the text less.
+    static char* writeWithPoint(char* out, UInt128 digits, int count, int whole) noexcept {
+        int length = whole;
+        if (count > whole) {
+            const auto head = static_cast<std::uint64_t>(digits);
+            const std::uint64_t atPoint = std::uint64_t{1} << (8 * whole);
+            const std::uint64_t start = (head & (atPoint - 1)) | atPoint * '.' | (head & (0 - atPoint)) << 8;
+            digits = (digits >> 64 << 72) | UInt128{head >> 56} << 64 | start;
+            length = count + 1;
+        }
+        storeSome(out, digits, length);
+        return out + length;
+    }
 
     // The point and the digits after the first `whole`, if there are any.
     static char* writeFraction(char* out, const Digits& digits, int whole) noexcept {
