@@ -66,8 +66,8 @@ std::FILE* openStream(const char* path, const OpenMode& mode) noexcept {
     return stream;
 }
 
-void leaveUnbuffered(std::FILE* stream) noexcept {
-    std::setvbuf(stream, nullptr, _IONBF, 0);
+void setStreamBuffer(std::FILE* stream, unsigned char* buffer, std::size_t size) noexcept {
+    std::setvbuf(stream, reinterpret_cast<char*>(buffer), size != 0 ? _IOFBF : _IONBF, size);
 }
 
 bool closeStream(std::FILE* stream) noexcept {

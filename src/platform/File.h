@@ -29,8 +29,9 @@ struct OpenMode {
 /// Opens a stream in binary mode, in one step of the system, not inherited by programs that are started. Null, with
 /// `errno`, when the system refuses, and for a directory.
 std::FILE* openStream(const char* path, const OpenMode& mode) noexcept;
-/// Each write of the stream becomes one of the system from now on; for a stream that has done nothing yet.
-void leaveUnbuffered(std::FILE* stream) noexcept;
+/// What is written to the stream, which has done nothing yet, collects in `buffer` from now on, `size` bytes that live
+/// until the stream is closed; without any, each write becomes one of the system.
+void setStreamBuffer(std::FILE* stream, unsigned char* buffer, std::size_t size) noexcept;
 /// Closes `stream`; false when bytes that were still in it could not be written. The stream is gone in either case.
 bool closeStream(std::FILE* stream) noexcept;
 bool flushStream(std::FILE* stream) noexcept;

@@ -42,7 +42,7 @@ TqFileOStreamBuf::TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* statu
     // What is pending here goes to the system in one piece. The C library would split it at the ends of its own buffer,
     // which only reading needs.
     if (hasFile() && (access & TqIO::kAccessReadWrite) == TqIO::kAccessWrite)
-        platform::leaveUnbuffered(static_cast<std::FILE*>(fileHandle()));
+        platform::setStreamBuffer(static_cast<std::FILE*>(fileHandle()), nullptr, 0);
 }
 
 TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access,
@@ -52,6 +52,19 @@ TqFileStreamBuf* createFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* st
 
 TqFileOStreamBuf::~TqFileOStreamBuf() {
     closeForGood();
+}
+
+// The blocks collect in the storage after the pending bytes, which from then on need no more and so do not move.
+bool TqFileOStreamBuf::setBlockSize(std::uint32_t size) {
+    constexpr std::uint32_t kLargest = 1 << 20;
+    constexpr std::uint32_t kUnit = 4096;
+    const std::uint32_t block = std::min(size, kLargest) / kUnit * kUnit;
+    if (block == 0 || !hasFile() || !isUntouched() || m_limit != 0)
+        return false;
+    m_pending.reserve(detail::kWriteBehind + block);
+    unsigned char* const buffer = m_pending.buffer() + detail::kWriteBehind;
+    platform::setStreamBuffer(static_cast<std::FILE*>(fileHandle()), buffer, block);
+    return true;
 }
 
 void TqFileOStreamBuf::flushPending() {

@@ -100,6 +100,21 @@ TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
     const Bytes written = readFile(folder.path("f"));
     ASSERT_EQ(written.size(), 56385U);
     EXPECT_EQ(std::memcmp(&written[39998], "ppheadpp", 8), 0) << "changed while pending";
+
+    const std::wstring name = folder.wide(L"g");
+    TqFileOStreamBuf large(name.c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways, 0);
+    EXPECT_FALSE(large.setBlockSize(4095));
+    EXPECT_TRUE(large.setBlockSize(UINT32_MAX) && large.setBlockSize(70000)) << "17 blocks of 4,096";
+    const Bytes bytes = pattern(96000);
+    for (std::size_t at = 0; at < bytes.size(); at += 16000) {
+        large.writeBytes(&bytes[at], 16000);
+        EXPECT_EQ(std::filesystem::file_size(folder.path("g")) != 0, at == 80000) << at;
+        EXPECT_FALSE(large.setBlockSize(4096)) << "too late";
+    }
+    EXPECT_EQ(large.length(), bytes.size());
+    large.close();
+    EXPECT_FALSE(large.setBlockSize(4096)) << "no file";
+    EXPECT_EQ(readFile(folder.path("g")), bytes);
 }
 
 TEST(FileStreamBuf, TakesOverAnOpenStream) {

@@ -132,6 +132,10 @@ protected:
     void reportLoss() noexcept { m_accepted = Accepted::kReported; }
     /// True between an open that succeeded and close().
     bool hasFile() const noexcept;
+    /// True while nothing was written or read last.
+    bool isUntouched() const noexcept {
+        return m_lastOperation == LastOperation::kMove && m_accepted == Accepted::kNone;
+    }
     /// Throws `text` when there is no file.
     void requireFile(const wchar_t* text) const;
     /// The system's number of the file, -1 without one.
@@ -220,6 +224,13 @@ public:
     TqFileOStreamBuf(const wchar_t* name, Lumo::ErrorStatus* status, TqIO::AccessMode access, TqIO::ShareMode share,
                      TqIO::CreationDisposition creation, unsigned bufferSize);
     ~TqFileOStreamBuf() override;
+
+    /// For who writes much: from now on what leaves the buffer collects in the C stream and reaches the file in blocks
+    /// of `size` bytes, down to a multiple of 4,096 and at most 1 MiB, beside what moves, reads and close() write out.
+    /// The system takes less than half of the time for whole blocks of 65,536. To be called after opening: returns
+    /// false, with nothing changed, without a file, when something was written already, and for a size below 4,096.
+    /// Throws std::bad_alloc.
+    bool setBlockSize(std::uint32_t size);
 
     void close() override;
     std::uint64_t tell() const override;
