@@ -8,8 +8,8 @@
 /// Common to all. The narrow forms write to `buf` without looking at its size; the caller provides room for the longest
 /// text and its terminator. The wide forms return a new buffer that the caller releases with tqFree, or null when there
 /// is no memory. A '-' comes first whenever the sign bit is set, also for -0 and NaN. Counts below 0 are taken as 0.
-/// The exponent has a sign and at least three digits. Nothing is thrown. The narrow forms allocate and share nothing,
-/// so they may be called from several threads; the wide ones take their buffer from the heap, which is for one.
+/// The exponent has a sign and at least three digits. Nothing is thrown. Any thread may call them; the narrow forms
+/// allocate nothing.
 ///
 /// Infinity and NaN are deliberately not treated apart: their texts "Infinity" and "NaN" are laid out as digits of a
 /// number with 9999 places before its point. So fixed notation has 9,991 or 9,996 zeros after them (a narrow buffer
