@@ -53,14 +53,14 @@ TqAnsiTextIterator::~TqAnsiTextIterator() {}
 void TqAnsiTextIterator::init(const TqStringA& text, code_page_id id) noexcept {
     m_start = m_position = m_characterStart = text.c_str();
     m_length = static_cast<int>(text.length());
-    m_end = m_start + m_length;
     m_codePage = id;
     m_current = 0;
     m_multiByte = IsMultiByteCodePage(id);
+    m_end = m_multiByte ? m_start : m_start + m_length;
 }
 
 bool TqAnsiTextIterator::isAtEnd() const noexcept {
-    return *m_position == 0 || (m_length != kUnbounded && m_position >= m_end);
+    return *m_position == 0 || (m_length != kUnbounded && m_position >= m_start + m_length);
 }
 
 namespace {

@@ -10,7 +10,7 @@ public:
     Walker(const char* text, int length, code_page_id id = kCodePageWestern) : TqAnsiTextIterator(TqStringA(), id) {
         m_start = m_position = m_characterStart = text;
         m_length = length;
-        m_end = text + (length == kUnbounded ? 0 : length);
+        m_end = text + (length == kUnbounded || m_multiByte ? 0 : length);
     }
     static constexpr int kToTerminator = kUnbounded;
 };

@@ -27,7 +27,7 @@ public:
     /// too, but moves on. An escape that begins before the text's length is read whole, even beyond that length.
     TQ_API unsigned int nextChar() noexcept {
         const auto byte = static_cast<unsigned char>(*m_position);
-        if (byte == 0 || byte == '\\' || m_multiByte || m_position >= m_end)
+        if (byte == 0 || byte == '\\' || m_position >= m_end)
             return nextUncommonChar();
         m_characterStart = m_position++;
         m_current = byte;
@@ -72,7 +72,7 @@ protected:
     code_page_id m_codePage;      ///< As it was given.
     unsigned int m_current;       ///< The character read last.
     const char* m_characterStart; ///< Its first byte.
-    const char* m_end;            ///< After the last byte of the text.
+    const char* m_end;            ///< After the last byte of the text; its first one where lead bytes are asked for.
     bool m_multiByte;             ///< Whether lead bytes are asked for.
 
 private:
