@@ -29,7 +29,8 @@ struct Ours {
         std::size_t size() const noexcept { return length(); }
     };
 
-    // A block with the characters and a terminator.
+    // A block with the characters and a terminator, kept for other texts that fit. Blocks of 257 to 499 bytes have no
+    // pool; texts of 64 to 127 characters take the next one that has.
     class Wide {
     public:
         Wide() = default;
@@ -41,9 +42,12 @@ struct Ours {
         }
         ~Wide() { tqFree(m_text); }
         void assign(const wchar_t* text, std::size_t size) {
-            tqFree(m_text);
+            if (size >= m_capacity) {
+                tqFree(m_text);
+                m_capacity = size >= 64 && size < 128 ? 128 : size + 1;
+                m_text = static_cast<wchar_t*>(tqMalloc(m_capacity * sizeof(wchar_t)));
+            }
             m_size = size;
-            m_text = static_cast<wchar_t*>(tqMalloc((size + 1) * sizeof(wchar_t)));
             std::wmemcpy(m_text, text, size);
             m_text[size] = 0;
         }
@@ -53,6 +57,7 @@ struct Ours {
     private:
         wchar_t* m_text = nullptr;
         std::size_t m_size = 0;
+        std::size_t m_capacity = 0;
     };
 
     static void* allocate(std::size_t size) { return tqMalloc(size); }
@@ -76,14 +81,16 @@ struct Ours {
     public:
         explicit Writer(const std::string& path)
             : m_stream(nameOf(path).c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kCreateAlways,
-                       kWriteBehind) {}
+                       0) {
+            m_stream.setBlockSize(kBlock);
+        }
         void write(const void* bytes, std::size_t count) {
             m_stream.writeBytes(static_cast<const unsigned char*>(bytes), static_cast<std::uint32_t>(count));
         }
         void close() { m_stream.close(); }
 
     private:
-        static constexpr unsigned kWriteBehind = 65536;
+        static constexpr std::uint32_t kBlock = 65536;
         TqFileOStreamBuf m_stream;
     };
 
