@@ -10,6 +10,7 @@
 #include <cassert>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
@@ -40,8 +41,7 @@ double reduceToOneTurn(double angle) {
 }
 
 // How many digits of degrees, minutes and seconds a text of this length has room for.
-int precisionForLength(unsigned maxLength) {
-    const int length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
+int precisionForLength(int length) {
     if (length >= 12)
         return length - 7;
     if (length >= 10)
@@ -56,7 +56,9 @@ constexpr std::array<double, tq::detail::kLastSmallPower + 1> kDecimalFractions 
     return fractions;
 }();
 
-// 10^(4 - precision), for a precision that shows seconds.
+// 10^(4 - precision), for a precision that shows seconds: so near to the next minute they become one. At precision 3,
+// which shows whole seconds first, that is ten seconds instead of half a second: 50" and more become a minute. Callers
+// rely on it.
 double carryTolerance(int precision) {
     const int decimals = precision - kSecondDecimalsFrom;
     if (decimals < 0)
@@ -65,154 +67,101 @@ double carryTolerance(int precision) {
                                                    : std::pow(10.0, -decimals);
 }
 
-class AngleText {
-public:
-    AngleText(tq::detail::UnitWriter& writer, int flags, int maxLength, int precision)
-        : m_writer(writer), m_flags(flags), m_maxLength(maxLength), m_precision(precision) {}
+// An angle of 0 or more in whole degrees, whole minutes and seconds.
+struct Split {
+    int degrees;
+    int minutes;
+    double seconds;
+    int wholeSeconds; // the seconds rounded, halves up
+    int precision;    // how much is shown
 
-    void writeDegrees(double& angle) {
-        wchar_t* const start = m_writer.here();
-        m_writer.putFixed(angle * kDegreesPerRadian, shownDecimals());
-        // Meant for 359.99999; every larger angle whose digits begin so is taken too: 3600 degrees. Callers rely on it.
-        const std::wstring_view text = m_writer.from(start);
-        if (text.size() >= 3 && text[0] == L'3' && text[1] == L'6' && text[2] == L'0') {
-            angle = 0;
-            m_writer.endAt(start);
-            m_writer.putFixed(angle, shownDecimals());
-        }
-        if ((m_flags & kQFlagDrawingText) != 0)
-            m_writer.put(tq::detail::kDegreeEscape);
+    // Only what is shown counts.
+    bool liesOnAxis() const {
+        return (degrees == 0 || degrees == 90) && (precision == 0 || minutes == 0) &&
+               (precision < kSecondsPrecision || std::fabs(seconds) <= kAxisSeconds);
     }
-
-    void writeWithUnit(double value, wchar_t unit) {
-        m_writer.putFixed(value, shownDecimals());
-        m_writer.put(unit);
+    void carrySeconds() {
+        seconds = 0;
+        wholeSeconds = 0;
+        ++minutes;
     }
-
-    void writeDegreesMinutesSeconds(double& angle) {
-        // Finite in radians, but not in degrees: 1e308.
-        if (!std::isfinite(angle * kDegreesPerRadian)) {
-            m_writer.putFixed(angle * kDegreesPerRadian, 0);
-            return;
+    void carryMinutes() {
+        if (minutes == 60) {
+            minutes = 0;
+            ++degrees;
         }
-        writeSplit(splitAngle(angle, m_maxLength));
+        if (degrees == kFullTurn)
+            degrees = 0;
     }
-
-    void writeBearing(double& angle) {
-        const bool spaced = !tq::detail::isDashBitSet(m_flags);
-        wchar_t first = 0;
-        wchar_t second = 0;
-        getAngleOrient(angle, first, second);
-        const Split split = splitAngle(angle, m_maxLength - kBearingFrame);
-        if (split.liesOnAxis()) {
-            m_writer.put(split.degrees == 0 ? first : second);
-            return;
-        }
-        m_writer.put(first);
-        if (spaced)
-            m_writer.put(L' ');
-        writeSplit(split);
-        if (spaced)
-            m_writer.put(L' ');
-        m_writer.put(second);
-    }
-
-private:
-    struct Split {
-        int degrees;
-        int minutes;
-        double seconds;
-        int precision;
-
-        // Only what is shown counts.
-        bool liesOnAxis() const {
-            return (degrees == 0 || degrees == 90) && (precision == 0 || minutes == 0) &&
-                   (precision < kSecondsPrecision || std::fabs(seconds) <= kAxisSeconds);
-        }
-    };
-
-    int shownDecimals() const { return std::clamp(m_maxLength - 4, 0, std::max(m_precision, 0)); }
-
-    Split splitAngle(double& angle, int maxLength) const {
-        Split split{};
-        getRoundedDegreeAngle(angle, static_cast<unsigned>(std::max(maxLength, 0)), m_precision, split.degrees,
-                              split.minutes, split.seconds, split.precision);
-        return split;
-    }
-
-    void writeSplit(const Split& split) {
-        tq::detail::UnitWriter writer = m_writer; // A copy, which stays in registers.
-        writer.putInteger(split.degrees);
-        if ((m_flags & kQFlagDrawingText) != 0)
-            writer.put(tq::detail::kDegreeEscape);
-        else
-            writer.put(L'd');
-        if (split.precision > 0) {
-            writer.putInteger(split.minutes);
-            writer.put(L'\'');
-        }
-        if (split.precision >= kSecondsPrecision) {
-            if (split.precision > kSecondDecimalsFrom)
-                writer.putFixed(split.seconds, split.precision - kSecondDecimalsFrom);
-            else
-                writer.putWhole(split.seconds);
-            writer.put(tq::detail::kInchMark);
-        }
-        m_writer = writer;
-    }
-
-    tq::detail::UnitWriter& m_writer;
-    int m_flags;
-    int m_maxLength;
-    int m_precision;
 };
 
-} // namespace
-
-double tq::detail::absoluteAngle(double angle) {
-    if (!std::isfinite(angle))
-        return angle;
-    const bool clockwise = tq::detail::t_appUnits.settings.angleDirection != 0;
-    return reduceToOneTurn(clockwise ? tq::detail::t_appUnits.settings.angleBase - angle
-                                     : angle - tq::detail::t_appUnits.settings.angleBase);
+// Splits degrees of 0 or more, by doubles.
+Split splitDegrees(double degrees, int precision) {
+    Split split{};
+    split.precision = precision;
+    // Whole degrees are an int; an angle that has more is reduced to one turn.
+    if (!(degrees < INT_MAX))
+        degrees = std::fmod(degrees, kFullTurn);
+    if (precision == 0)
+        degrees += kHalfDegree;
+    else if (precision < kSecondsPrecision)
+        degrees += kHalfMinute;
+    split.degrees = static_cast<int>(degrees);
+    const double minutes = (degrees - split.degrees) * 60;
+    split.minutes = static_cast<int>(minutes);
+    if (precision >= kSecondsPrecision) {
+        split.seconds = (minutes - split.minutes) * 60;
+        split.wholeSeconds = static_cast<int>(split.seconds);
+        split.wholeSeconds += split.seconds - split.wholeSeconds >= 0.5 ? 1 : 0; // The difference is exact.
+        if (60 - split.seconds <= carryTolerance(precision))
+            split.carrySeconds();
+    }
+    split.carryMinutes();
+    return split;
 }
 
-void formatQModeAngleUnit(tq::detail::UnitWriter& writer, int unitMode, double& angle, int flags, int maxLength,
-                          int precision) {
-    const bool isFinite = std::isfinite(angle);
-    if (unitMode == kAngularSurveyor && isFinite) {
-        angle = reduceToOneTurn(angle);
-    } else if (angle < 0) {
-        writer.put(L'-');
-        angle = -angle;
-        --maxLength;
-    }
-    if (unitMode < kAngularDegrees || unitMode > kAngularSurveyor)
-        return;
-    if (!isFinite) {
-        writer.putFixed(angle, 0);
-        return;
-    }
-    AngleText text(writer, flags, maxLength, precision);
-    switch (unitMode) {
-    case kAngularDegrees:
-        text.writeDegrees(angle);
-        break;
-    case kAngularDegreesMinutesSeconds:
-        text.writeDegreesMinutesSeconds(angle);
-        break;
-    case kAngularGrads:
-        text.writeWithUnit(angle * kGradsPerRadian, L'g');
-        break;
-    case kAngularRadians:
-        text.writeWithUnit(angle, L'r');
-        break;
-    default:
-        text.writeBearing(angle);
-        break;
-    }
+// The same for whole seconds by fixed point, which makes the text a tenth faster: by doubles, each conversion waits
+// for the one before it. Both ways agree: the products of multiples of 2^-49 with 60 are exact as doubles too, and all
+// degrees from 8 on are such; others are cut to one, and then the seconds of both ways are less than 2^-36 apart, which
+// counts only next to whole and half seconds. There, and for too many degrees, it returns false.
+bool trySplitToSeconds(double degrees, int precision, Split& split) {
+    constexpr int kPoint = 49;
+    constexpr std::uint64_t kOne = std::uint64_t{1} << kPoint;
+    constexpr std::uint64_t kHalf = kOne / 2;
+    constexpr std::uint64_t kNear = std::uint64_t{1} << 17; // 2^-32 s, more than kAxisSeconds
+    if (!(degrees < 512)) [[unlikely]]
+        return false;
+    const double scaled = degrees * static_cast<double>(kOne);
+    const auto fixed = static_cast<std::int64_t>(scaled);
+    const std::uint64_t minutes = (static_cast<std::uint64_t>(fixed) & (kOne - 1)) * 60;
+    const std::uint64_t seconds = (minutes & (kOne - 1)) * 60;
+    const bool isNear = ((seconds + kNear) & (kHalf - 1)) < 2 * kNear;
+    if (isNear && static_cast<double>(fixed) != scaled) [[unlikely]]
+        return false;
+    split = {static_cast<int>(fixed >> kPoint), static_cast<int>(minutes >> kPoint),
+             static_cast<double>(static_cast<std::int64_t>(seconds)) / static_cast<double>(kOne),
+             static_cast<int>((seconds + kHalf) >> kPoint), precision};
+    // As in carryTolerance.
+    if (seconds >= (precision == kSecondsPrecision ? 50 : 59) * kOne)
+        split.carrySeconds();
+    split.carryMinutes();
+    return true;
 }
 
+// The angle is rounded for the digits that are shown, of those the length leaves: 0 shows degrees, 1 and 2 minutes too,
+// 3 and 4 seconds too, each one above 4 a decimal of the seconds.
+Split getRoundedDegreeAngle(double angle, int maxLength, int precision) {
+    precision = std::min(std::max(precision, 0), precisionForLength(maxLength));
+    const double degrees = angle * kDegreesPerRadian;
+    Split split{};
+    const bool showsWholeSeconds = precision == kSecondsPrecision || precision == kSecondDecimalsFrom;
+    if (showsWholeSeconds && trySplitToSeconds(degrees, precision, split))
+        return split;
+    return splitDegrees(degrees, precision);
+}
+
+// The letters of the bearing of an angle from 0 to below 2 pi, where east is 0 and north pi / 2. `angle` becomes the
+// angle from the north or south axis, 0 to pi / 2.
 void getAngleOrient(double& angle, wchar_t& first, wchar_t& second) {
     assert(angle >= 0 && angle < kTwoPi);
     const bool north = angle >= 0 && angle < kPi;
@@ -224,32 +173,132 @@ void getAngleOrient(double& angle, wchar_t& first, wchar_t& second) {
         angle = -angle;
 }
 
-void getRoundedDegreeAngle(double& angle, unsigned maxLength, int precision, int& degrees, int& minutes,
-                           double& seconds, int& usedPrecision) {
-    assert(angle >= 0);
-    usedPrecision = std::min(std::max(precision, 0), precisionForLength(maxLength));
-    angle *= kDegreesPerRadian;
-    // Whole degrees are an int; an angle that has more is reduced to one turn.
-    if (!(angle < INT_MAX))
-        angle = std::fmod(angle, kFullTurn);
-    if (usedPrecision == 0)
-        angle += kHalfDegree;
-    else if (usedPrecision < kSecondsPrecision)
-        angle += kHalfMinute;
-    degrees = static_cast<int>(angle);
-    const double shownMinutes = (angle - degrees) * 60;
-    minutes = static_cast<int>(shownMinutes);
-    seconds = (shownMinutes - minutes) * 60;
-    // At precision 3, which shows whole seconds first, the tolerance is ten seconds instead of half a second: 50" and
-    // more become a minute. Callers rely on it.
-    if (usedPrecision >= kSecondsPrecision && 60 - seconds <= carryTolerance(usedPrecision)) {
-        seconds = 0;
-        ++minutes;
+class AngleText {
+public:
+    AngleText(tq::detail::UnitWriter writer, int flags, int maxLength, int precision)
+        : m_writer(writer), m_flags(flags), m_maxLength(maxLength), m_precision(precision) {}
+
+    void writeDegrees(double angle) {
+        wchar_t* const start = m_writer.here();
+        m_writer.putFixed(angle * kDegreesPerRadian, shownDecimals());
+        // Meant for 359.99999; every larger angle whose digits begin so is taken too: 3600 degrees. Callers rely on it.
+        const std::wstring_view text = m_writer.from(start);
+        if (text.size() >= 3 && text[0] == L'3' && text[1] == L'6' && text[2] == L'0') {
+            m_writer.endAt(start);
+            m_writer.putFixed(0, shownDecimals());
+        }
+        if ((m_flags & kQFlagDrawingText) != 0)
+            m_writer.put(tq::detail::kDegreeEscape);
     }
-    if (minutes == 60) {
-        minutes = 0;
-        ++degrees;
+
+    void writeWithUnit(double value, wchar_t unit) {
+        m_writer.putFixed(value, shownDecimals());
+        m_writer.put(unit);
     }
-    if (degrees == kFullTurn)
-        degrees = 0;
+
+    // Degrees, minutes and seconds, or a bearing.
+    void writeSplitAngle(double angle, bool isBearing) {
+        // Finite in radians, but not in degrees: 1e308.
+        if (!std::isfinite(angle * kDegreesPerRadian)) {
+            m_writer.putFixed(angle * kDegreesPerRadian, 0);
+            return;
+        }
+        wchar_t first = 0;
+        wchar_t second = 0;
+        if (isBearing)
+            getAngleOrient(angle, first, second);
+        const Split split = getRoundedDegreeAngle(angle, m_maxLength - (isBearing ? kBearingFrame : 0), m_precision);
+        if (!isBearing)
+            writeSplit(split);
+        else if (split.liesOnAxis())
+            m_writer.put(split.degrees == 0 ? first : second);
+        else
+            writeBearing(first, split, second);
+    }
+
+    tq::detail::UnitWriter writer() const { return m_writer; }
+
+private:
+    int shownDecimals() const { return std::clamp(m_maxLength - 4, 0, std::max(m_precision, 0)); }
+
+    void writeBearing(wchar_t first, const Split& split, wchar_t second) {
+        const bool spaced = !tq::detail::isDashBitSet(m_flags);
+        m_writer.put(first);
+        if (spaced)
+            m_writer.put(L' ');
+        writeSplit(split);
+        if (spaced)
+            m_writer.put(L' ');
+        m_writer.put(second);
+    }
+
+    void writeSplit(const Split& split) {
+        m_writer.putInteger(split.degrees);
+        if ((m_flags & kQFlagDrawingText) != 0)
+            m_writer.put(tq::detail::kDegreeEscape);
+        else
+            m_writer.put(L'd');
+        if (split.precision > 0) {
+            m_writer.putInteger(split.minutes);
+            m_writer.put(L'\'');
+        }
+        if (split.precision >= kSecondsPrecision) {
+            if (split.precision > kSecondDecimalsFrom)
+                m_writer.putFixed(split.seconds, split.precision - kSecondDecimalsFrom);
+            else
+                m_writer.putInteger(split.wholeSeconds);
+            m_writer.put(tq::detail::kInchMark);
+        }
+    }
+
+    tq::detail::UnitWriter m_writer; // A copy, which stays in registers.
+    int m_flags;
+    int m_maxLength;
+    int m_precision;
+};
+
+// An absolute angle, counted from the settings' base in their direction, from 0 to below 2 pi.
+double absoluteAngle(double angle) {
+    const LumoAppUnitSets& settings = tq::detail::t_appUnits.settings;
+    return reduceToOneTurn(settings.angleDirection != 0 ? settings.angleBase - angle : angle - settings.angleBase);
+}
+
+} // namespace
+
+tq::detail::UnitWriter formatQModeAngleUnit(tq::detail::UnitWriter writer, tq::detail::UnitPair units, double angle,
+                                            bool isAbsolute, int flags, int maxLength) {
+    const int unitMode = units.mode;
+    const bool isBearing = unitMode == kAngularSurveyor;
+    if (isAbsolute && std::isfinite(angle))
+        angle = absoluteAngle(angle);
+    const bool isFinite = std::isfinite(angle);
+    if (isBearing && isFinite) {
+        angle = reduceToOneTurn(angle);
+    } else if (angle < 0) {
+        writer.put(L'-');
+        angle = -angle;
+        --maxLength;
+    }
+    if (unitMode < kAngularDegrees || unitMode > kAngularSurveyor)
+        return writer;
+    if (!isFinite) {
+        writer.putFixed(angle, 0);
+        return writer;
+    }
+    AngleText text(writer, flags, maxLength, units.precision);
+    switch (unitMode) {
+    case kAngularDegrees:
+        text.writeDegrees(angle);
+        break;
+    case kAngularGrads:
+        text.writeWithUnit(angle * kGradsPerRadian, L'g');
+        break;
+    case kAngularRadians:
+        text.writeWithUnit(angle, L'r');
+        break;
+    default:
+        text.writeSplitAngle(angle, isBearing);
+        break;
+    }
+    return text.writer();
 }

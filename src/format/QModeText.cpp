@@ -18,10 +18,7 @@
 
 namespace {
 
-struct UnitPair {
-    int mode;
-    int precision;
-};
+using tq::detail::UnitPair;
 
 UnitPair linearPair() {
     return {tq::detail::t_appUnits.settings.linearUnitMode, tq::detail::t_appUnits.settings.linearPrecision};
@@ -80,11 +77,18 @@ void writeQMode(tq::detail::UnitWriter& writer, double value, int mode, unsigned
     const int flags = mode >> 8 & 0xFF;
     const UnitPair units = unitPair(qType, flags);
     if (qType == kQTypeAngle || qType == kQTypeRelativeAngle) {
-        // Both functions called here calculate with doubles. They are not inlined, so that they run in this mode.
-        const tq::platform::DefaultFloatMode floatMode;
-        double angle = qType == kQTypeAngle ? tq::detail::absoluteAngle(value) : value;
-        const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
-        formatQModeAngleUnit(writer, units.mode, angle, flags, length, units.precision);
+        const auto show = [&] {
+            const auto length = static_cast<int>(std::min<unsigned>(maxLength, INT_MAX));
+            writer = formatQModeAngleUnit(writer, units, value, qType == kQTypeAngle, flags, length);
+        };
+        // The mode needs no change where doubles are rounded to nearest and none comes near the subnormals.
+        constexpr int kSmallestExponent = tq::detail::kExponentBias - 500;
+        if (tq::platform::roundsToNearest() && tq::detail::exponentField(value) >= kSmallestExponent) [[likely]] {
+            show();
+        } else {
+            const tq::platform::DefaultFloatMode floatMode;
+            show();
+        }
         return;
     }
     if (tq::detail::isBelowZero(value)) {

@@ -2,8 +2,6 @@
 
 #include "base/ProcessLock.h"
 
-#include <TqOsBase/format/QMode.h>
-
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -34,10 +32,6 @@ void copyUnitSettings() noexcept {
             words[i] = g_appUnits[i].load(std::memory_order_acquire);
     } while (before % 2 != 0 || g_appUnitsNumber.load(std::memory_order_relaxed) != before);
     t_appUnits = {std::bit_cast<LumoAppUnitSets>(words), before};
-}
-
-bool isDashBitSet(int flags) {
-    return (t_appUnits.settings.flags & kUnitFlagDash) != 0 && (flags & kQFlagIgnoreDash) == 0;
 }
 
 } // namespace tq::detail

@@ -3,6 +3,7 @@
 #include "platform/ThreadLife.h"
 
 #include <TqOsBase/format/LumoAppUnitSets.h>
+#include <TqOsBase/format/QMode.h>
 
 #include <atomic>
 #include <cstdint>
@@ -30,6 +31,14 @@ inline void followUnitSettings() noexcept {
 }
 
 /// Whether the dash bit of the settings is in force under the Q mode flags.
-bool isDashBitSet(int flags);
+inline bool isDashBitSet(int flags) {
+    return (t_appUnits.settings.flags & kUnitFlagDash) != 0 && (flags & kQFlagIgnoreDash) == 0;
+}
+
+/// What a number is shown in: a linear or angular unit mode, with its precision.
+struct UnitPair {
+    int mode;
+    int precision;
+};
 
 } // namespace tq::detail

@@ -38,11 +38,6 @@ public:
         m_cursor += digits;
     }
     void putFixed(double value, int decimals) { m_cursor += writeFixed(m_cursor, value, decimals, false); }
-    /// putFixed without decimals, for a number from 0 to below INT_MAX: halves go up. The differences are exact.
-    void putWhole(double value) {
-        const auto whole = static_cast<int>(value);
-        putInteger(whole + (value - whole >= 0.5 ? 1 : 0));
-    }
     /// With two digits of exponent.
     void putScientific(double value, int decimals) {
         m_cursor += shortenExponent(m_cursor, writeScientific(m_cursor, value, decimals));

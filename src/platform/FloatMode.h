@@ -8,6 +8,15 @@
 
 namespace tq::platform {
 
+/// Whether the thread rounds doubles to nearest now, told by arithmetic: reading the processor's setting, as
+/// DefaultFloatMode does, waits for all arithmetic before it.
+inline bool roundsToNearest() noexcept {
+    const volatile double atRunTime = 1; // The compiler must not calculate the sums.
+    const double one = atRunTime;
+    // By 3/4 and 1/4 of its last bit: in every other mode both sums go the same way.
+    return one + 0x1.8p-53 > one + 0x1p-54;
+}
+
 /// While it lives, doubles are rounded to nearest and subnormals are kept, whatever the thread has set; then the
 /// thread's settings come back. A compiler may move arithmetic past both ends: what they are for belongs in a function
 /// with effects of its own that is not inlined. On processors other than x86-64 and arm64 nothing changes.

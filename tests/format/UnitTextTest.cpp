@@ -127,6 +127,8 @@ TEST_F(UnitText, AnglesTurnOnceAndNumbersThatAreNone) {
                         {kSplit, 4, kQTypeAngle, {359.9999 * kDegree, 59.992 / 60 * kDegree}, L"0d0'0\"|1d0'0\"|"},
                         {kSplit, 4, kQTypeRelativeAngle, {kInfinity, kDegree / 32, -1e308}, L"inf|0d1'53\"|-inf|"},
                         {kSplit, 4, kQTypeRelativeAngle, {-kPi / 3}, L"-60d0'0\"|"},
+                        // Next to a half and a whole second, where the rounding of the products decides.
+                        {kSplit, 4, kQTypeAngle, {0x1.0a41719fc2407p-9, 0x1.90192d42ee5cbp-7}, L"0d7'0\"|0d41'59\"|"},
                         {kAngularGrads, 4, kQTypeRelativeAngle, {std::nan("")}, L"nan|"},
                         {kAngularSurveyor, 4, kQTypeAngle, {-kInfinity, 7 * kPi / 4}, L"-inf|S 45d0'0\" E|"},
                         {5, 4, kQTypeAngle, {1}, L"|"},
