@@ -3,9 +3,11 @@
 #include "fltcvt/WideDigits.h"
 #include "format/NumberText.h"
 
+#include <array>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace tq::detail {
@@ -13,6 +15,14 @@ namespace tq::detail {
 /// Room for any text in drawing units, with its terminator and what the digit writers may change after it. The longest
 /// ones hold one number of kNumberRoom beside feet, inches or degrees.
 inline constexpr int kUnitRoom = 250;
+
+/// The integers of one digit or two; after one digit stands a zero.
+inline constexpr std::array<WideDigitPair, 100> kShortIntegers = [] {
+    std::array<WideDigitPair, 100> texts = kWideDigitPairs;
+    for (std::size_t i = 0; i < 10; ++i)
+        texts[i] = kWideDigitPairs[10 * i];
+    return texts;
+}();
 
 /// Appends the pieces of a length or an angle to a buffer with room for kUnitRoom characters; terminate() ends the
 /// text.
@@ -26,11 +36,11 @@ public:
     void putInteger(std::int64_t value) {
         assert(value >= 0);
         const auto magnitude = static_cast<std::uint64_t>(value);
-        // Most inches, numerators and minutes; whether they have one digit or two cannot be predicted.
-        if (magnitude < 100) [[likely]] {
-            const bool isPair = magnitude >= 10;
-            writeDigitPair(m_cursor, isPair ? magnitude : magnitude * 10);
-            m_cursor += isPair ? 2 : 1;
+        // Most inches, numerators and minutes; whether they have one digit or two cannot be predicted, so no branch
+        // asks.
+        if (magnitude < kShortIntegers.size()) [[likely]] {
+            std::memcpy(m_cursor, &kShortIntegers[magnitude], sizeof(WideDigitPair));
+            m_cursor += 1 + static_cast<int>(magnitude >= 10);
             return;
         }
         const int digits = digitCount(magnitude);
