@@ -44,8 +44,9 @@ TEST(TqAnsiTextIterator, YieldsBytesAndEscapes) {
         EXPECT_EQ(walk(it), expected) << text;
     }
     // A length ends the text between characters only, a 0 byte ends it too; the escape of the value 0 does not.
-    Walker cut("A\\U+4E2DB", 2), inside("AB\0C", 4), zero(place("\\U+0000A"), 8);
-    EXPECT_TRUE(walk(cut) == (Characters{'A', 0x4E2D}) && walk(inside) == (Characters{'A', 'B'}));
+    Walker cut("A\\U+4E2DB", 2), exact("ABC", 2), inside("AB\0C", 4), zero(place("\\U+0000A"), 8);
+    EXPECT_TRUE(walk(cut) == (Characters{'A', 0x4E2D}) && walk(exact) == (Characters{'A', 'B'}) &&
+                walk(inside) == (Characters{'A', 'B'}));
     EXPECT_TRUE(zero.nextChar() == 0 && zero.nextChar() == 'A');
 }
 

@@ -115,6 +115,9 @@ TEST(FileOStreamBuf, ReachesTheFileInPiecesOfTheWriteBehindBuffer) {
     large.close();
     EXPECT_FALSE(large.setBlockSize(4096)) << "no file";
     EXPECT_EQ(readFile(folder.path("g")), bytes);
+    TqFileOStreamBuf direct(name.c_str(), nullptr, TqIO::kAccessWrite, TqIO::kShareDenyNone, TqIO::kOpenAlways, 0);
+    direct.writeBytes(bytes.data(), 20000);
+    EXPECT_FALSE(direct.setBlockSize(4096)) << "written past the buffer";
 }
 
 TEST(FileStreamBuf, TakesOverAnOpenStream) {
