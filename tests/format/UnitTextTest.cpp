@@ -126,7 +126,8 @@ TEST_F(UnitText, AnglesTurnOnceAndNumbersThatAreNone) {
                         {kSplit, 2, kQTypeAngle, {359.9999 * kDegree}, L"0d0'|"},
                         {kSplit, 4, kQTypeAngle, {359.9999 * kDegree, 59.992 / 60 * kDegree}, L"0d0'0\"|1d0'0\"|"},
                         {kSplit, 4, kQTypeRelativeAngle, {kInfinity, kDegree / 32, -1e308}, L"inf|0d1'53\"|-inf|"},
-                        {kSplit, 4, kQTypeRelativeAngle, {-kPi / 3}, L"-60d0'0\"|"},
+                        {kSplit, 4, kQTypeRelativeAngle, {-kPi / 3, 0x1.1e87dc2be4fd2p+3}, L"-60d0'0\"|513d1'53\"|"},
+                        {kSplit, 3, kQTypeAngle, {50.3 / 3600 * kDegree, 49.9 / 3600 * kDegree}, L"0d1'0\"|0d0'50\"|"},
                         // Next to a half and a whole second, where the rounding of the products decides.
                         {kSplit, 4, kQTypeAngle, {0x1.0a41719fc2407p-9, 0x1.90192d42ee5cbp-7}, L"0d7'0\"|0d41'59\"|"},
                         {kAngularGrads, 4, kQTypeRelativeAngle, {std::nan("")}, L"nan|"},
@@ -154,8 +155,9 @@ TEST_F(UnitText, AnglesLoseDigitsWhereTheLengthIsShort) {
         texts += angle(kAngularDegreesMinutesSeconds, kValue, 8, 0, kQTypeAngle, maxLength) + L" ";
     EXPECT_EQ(texts, L"10d 10d 10d21' 10d20'31\" 10d20'31\" 10d20'31\" 10d20'30.6\" 10d20'30.6\" 10d20'30.60\" ");
     EXPECT_EQ(angle(kAngularDegrees, 1, 8, 0, kQTypeAngle, 7) +
-                  angle(kAngularDegrees, -1, 8, 0, kQTypeRelativeAngle, 7),
-              L"57.296-57.30");
+                  angle(kAngularDegrees, -1, 8, 0, kQTypeRelativeAngle, 7) +
+                  angle(kAngularSurveyor, kValue, 8, 0, kQTypeAngle, 12),
+              L"57.296-57.30N 79d39'29\" E");
 }
 
 // A text is cut, not made differently.
