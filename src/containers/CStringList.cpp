@@ -38,10 +38,10 @@ CStringList::~CStringList() {
 namespace {
 
 // Callers that were compiled before these were inline find them in the library.
-[[maybe_unused,
-  gnu::used]] constexpr CStringList::String& (CStringList::*kGetNext)(__POSITION*&) = &CStringList::GetNext;
-[[maybe_unused, gnu::used]] constexpr const CStringList::String& (CStringList::*kGetNextConst)(__POSITION*&) const =
-    &CStringList::GetNext;
+[[maybe_unused, gnu::used]] constexpr CStringList::String& (CStringList::*kSteps[])(__POSITION*&) = {
+    &CStringList::GetNext, &CStringList::GetPrev};
+[[maybe_unused, gnu::used]] constexpr const CStringList::String& (CStringList::*kConstSteps[])(__POSITION*&) const = {
+    &CStringList::GetNext, &CStringList::GetPrev};
 [[maybe_unused, gnu::used]] constexpr auto kGetHeadPosition = &CStringList::GetHeadPosition;
 
 } // namespace
@@ -82,16 +82,6 @@ const CStringList::String& CStringList::GetTail() const {
 
 __POSITION* CStringList::GetTailPosition() const noexcept {
     return position(m_pNodeTail);
-}
-
-CStringList::String& CStringList::GetPrev(__POSITION*& pos) {
-    CNode* here = node(pos);
-    pos = position(here->pPrev);
-    return here->data;
-}
-
-const CStringList::String& CStringList::GetPrev(__POSITION*& pos) const {
-    return const_cast<CStringList*>(this)->GetPrev(pos);
 }
 
 CStringList::String& CStringList::GetAt(__POSITION* pos) {
@@ -200,7 +190,7 @@ __POSITION* CStringList::FindIndex(long long index) const noexcept {
         return nullptr;
     CNode* here = m_pNodeHead;
     for (; index > 0; --index)
-        here = here->pNext;
+        here = predicted(here->pNext, here, 1);
     return position(here);
 }
 

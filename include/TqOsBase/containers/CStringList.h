@@ -7,8 +7,30 @@
 #include <TqOsBase/containers/CPlex.h>
 #include <TqOsBase/containers/CStdStr.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string_view>
+
+namespace tq::detail {
+
+/// `actual`, which was read from `here` and usually is the address `distance` objects on. As that address is known
+/// before `actual` has been read, the processor, which predicts the branch, goes on to the next object without waiting;
+/// a wrong prediction costs time, the result is always `actual`. The empty asm statements keep the compiler from seeing
+/// that the two are equal and from replacing the branch by a conditional move, which waits.
+template <class T>
+inline T* predicted(T* actual, const T* here, int distance) noexcept {
+    const std::uintptr_t neighbour =
+        reinterpret_cast<std::uintptr_t>(here) + static_cast<std::uintptr_t>(distance) * sizeof(T);
+    std::uintptr_t result = neighbour;
+    asm("" : "+r"(result));
+    if (__builtin_expect(reinterpret_cast<std::uintptr_t>(actual) != neighbour, 0)) {
+        asm volatile("");
+        return actual;
+    }
+    return reinterpret_cast<T*>(result);
+}
+
+} // namespace tq::detail
 
 /// Position in a string list or map: an opaque pointer, null meaning none. It stays valid until its element is removed.
 struct __POSITION;
@@ -57,11 +79,11 @@ public:
     __POSITION* GetTailPosition() const noexcept;
 
     /// The string at `pos`; `pos` moves on to the next node, null after the tail.
-    TQ_API String& GetNext(__POSITION*& pos) { return next(pos); }
-    TQ_API const String& GetNext(__POSITION*& pos) const { return next(pos); }
+    TQ_API String& GetNext(__POSITION*& pos) { return step(pos, &CNode::pNext, 1); }
+    TQ_API const String& GetNext(__POSITION*& pos) const { return step(pos, &CNode::pNext, 1); }
     /// The string at `pos`; `pos` moves back to the previous node, null before the head.
-    String& GetPrev(__POSITION*& pos);
-    const String& GetPrev(__POSITION*& pos) const;
+    TQ_API String& GetPrev(__POSITION*& pos) { return step(pos, &CNode::pPrev, -1); }
+    TQ_API const String& GetPrev(__POSITION*& pos) const { return step(pos, &CNode::pPrev, -1); }
 
     /// The string at `pos`.
     String& GetAt(__POSITION* pos);
@@ -113,9 +135,10 @@ private:
     };
 
     static CNode* node(__POSITION* pos);
-    static String& next(__POSITION*& pos) {
+    // Nodes are handed out in address order, so one that was added at the tail lies after the one before it.
+    static String& step(__POSITION*& pos, CNode* CNode::*link, int distance) {
         CNode* const here = pos != nullptr ? reinterpret_cast<CNode*>(pos) : node(pos); // node(): throws
-        pos = reinterpret_cast<__POSITION*>(here->pNext);
+        pos = reinterpret_cast<__POSITION*>(tq::detail::predicted(here->*link, here, distance));
         return here->data;
     }
     static __POSITION* position(CNode* node) noexcept;
