@@ -66,6 +66,46 @@ bool equal(const wchar_t* a, const wchar_t* b, std::size_t length) noexcept {
     return length == 0 || (a[0] == b[0] && a[length / 2] == b[length / 2] && a[length - 1] == b[length - 1]);
 }
 
+template <std::size_t Count>
+void copy(wchar_t* to, const wchar_t* from) noexcept {
+    std::memcpy(to, from, Count * sizeof(wchar_t));
+}
+
+// The same for copying.
+void copy(wchar_t* to, const wchar_t* from, std::size_t length) noexcept {
+    if (length >= 8) {
+        for (std::size_t i = 0; i + 8 < length; i += 8)
+            copy<8>(to + i, from + i);
+        copy<8>(to + length - 8, from + length - 8);
+    } else if (length >= 4) {
+        copy<4>(to, from);
+        copy<4>(to + length - 4, from + length - 4);
+    } else if (length > 0) {
+        to[0] = from[0];
+        to[length / 2] = from[length / 2];
+        to[length - 1] = from[length - 1];
+    }
+}
+
+// The calls that assign makes take longer than copying a usual key does. Most of them can be spared in a string that
+// holds another key already.
+void copyKey(CStdStr<wchar_t>& key, const Assoc& assoc) {
+    constexpr std::size_t kUsualLength = 32;
+    const std::size_t length = assoc.nLength;
+    if (key.empty() || length > kUsualLength) {
+        key.assign(assoc.key, length);
+    } else {
+        key.resize(length);
+        copy(key.data(), assoc.key, length);
+    }
+}
+
+// What an iteration reads of an entry lies at its two ends.
+void prefetch(const Assoc* assoc) noexcept {
+    __builtin_prefetch(assoc);
+    __builtin_prefetch(&assoc->value);
+}
+
 // Most of the cost of an insertion would be zeroing the 2 KiB of a key, so the array gets its zeros only when someone
 // is about to see it.
 Assoc* padded(Assoc* assoc) noexcept {
@@ -225,8 +265,19 @@ void CMapStringToPtr::FreeAssoc(CAssoc* assoc) noexcept {
         RemoveAll();
 }
 
+// Entries are cache misses, and fetching the next one comes too late: entries a few buckets on are fetched. In a long
+// row of empty buckets that would take longer than it saves.
 CMapStringToPtr::CAssoc* CMapStringToPtr::firstFrom(unsigned int bucket) const noexcept {
-    for (; bucket < m_nHashTableSize; ++bucket) {
+    constexpr unsigned int kAhead = 8;
+    constexpr unsigned int kLongRow = 4;
+    const unsigned int size = m_nHashTableSize;
+    for (unsigned int i = 0; i < kLongRow && bucket < size; ++i, ++bucket) {
+        if (size - bucket > kAhead && m_pHashTable[bucket + kAhead] != nullptr)
+            prefetch(m_pHashTable[bucket + kAhead]);
+        if (m_pHashTable[bucket] != nullptr)
+            return m_pHashTable[bucket];
+    }
+    for (; bucket < size; ++bucket) {
         if (m_pHashTable[bucket] != nullptr)
             return m_pHashTable[bucket];
     }
@@ -241,12 +292,12 @@ void CMapStringToPtr::GetNextAssoc(__POSITION*& pos, CStdStr<wchar_t>& key, void
     if (pos == nullptr || IsEmpty())
         throw std::out_of_range("CMapStringToPtr: no such entry");
     const CAssoc* here = pos == beforeFirst() ? firstFrom(0) : reinterpret_cast<const CAssoc*>(pos);
-    CAssoc* const next = here->pNext != nullptr ? here->pNext : firstFrom(here->nBucket + 1);
-    if (next != nullptr) { // entries lie far apart: its two ends come while the caller looks at this one
-        __builtin_prefetch(next);
-        __builtin_prefetch(&next->value);
-    }
-    key.assign(here->key, here->nLength);
+    CAssoc* next = here->pNext;
+    if (next != nullptr)
+        prefetch(next);
+    else
+        next = firstFrom(here->nBucket + 1);
+    copyKey(key, *here);
     value = here->value;
     pos = positionOf(next);
 }

@@ -156,7 +156,9 @@ TEST_F(Collections, KeysOfEveryLength) {
     CMapStringToPtr map(1);
     void* value = nullptr;
     for (std::size_t length = 0; length <= kLongest; ++length) {
-        const std::wstring key(length, L'\x4E00');
+        std::wstring key;
+        while (key.size() < length)
+            key.push_back(static_cast<wchar_t>(0x4E00 + length + key.size()));
         // Takes over the entry of a long key, which must not show through.
         map.SetAt(longest.c_str(), nullptr);
         EXPECT_TRUE(map.RemoveKey(longest.c_str()));
