@@ -79,13 +79,13 @@ using PagePool = UnitPool<UnitSegment>;
 inline constexpr std::size_t kPoolAlignment = 64;
 static_assert(sizeof(BlockPool) == kPoolAlignment && sizeof(PagePool) == kPoolAlignment);
 
-/// `yes` or `no`, without a branch: for conditions that no processor can predict. Compilers that are told so choose a
-/// conditional move by themselves, but a branch where two values depend on one condition.
+/// `yes` or `no`, without a branch: for conditions that no processor can predict. The empty asm statement keeps the
+/// compiler from seeing that two values depend on one condition, for which it would choose a branch.
 template <class Node>
 Node* select(bool condition, Node* yes, Node* no) noexcept {
-    const std::uintptr_t mask = std::uintptr_t{0} - static_cast<std::uintptr_t>(condition);
-    const auto bits = reinterpret_cast<std::uintptr_t>(no);
-    return reinterpret_cast<Node*>(bits ^ ((bits ^ reinterpret_cast<std::uintptr_t>(yes)) & mask));
+    unsigned isYes = condition;
+    asm("" : "+r"(isYes));
+    return __builtin_expect_with_probability(isYes != 0, true, 0.5) ? yes : no;
 }
 
 /// Puts a run in front of the pool's others. The first run's `previous` and those of the end of the list are never
