@@ -129,7 +129,8 @@ bool trySplitToSeconds(double degrees, int precision, Split& split) {
     constexpr std::uint64_t kOne = std::uint64_t{1} << kPoint;
     constexpr std::uint64_t kHalf = kOne / 2;
     constexpr std::uint64_t kNear = std::uint64_t{1} << 17; // 2^-32 s, more than kAxisSeconds
-    if (!(degrees < 512)) [[unlikely]]
+    constexpr double kTooMany = 512;                        // for the degrees' bits before the point
+    if (!(degrees < kTooMany)) [[unlikely]]
         return false;
     const double scaled = degrees * static_cast<double>(kOne);
     const auto fixed = static_cast<std::int64_t>(scaled);

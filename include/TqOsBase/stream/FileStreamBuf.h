@@ -132,7 +132,7 @@ protected:
     void reportLoss() noexcept { m_accepted = Accepted::kReported; }
     /// True between an open that succeeded and close().
     bool hasFile() const noexcept;
-    /// True while nothing was written or read last.
+    /// True while nothing was written, and the last thing done was not a read.
     bool isUntouched() const noexcept {
         return m_lastOperation == LastOperation::kMove && m_accepted == Accepted::kNone;
     }
@@ -225,11 +225,11 @@ public:
                      TqIO::CreationDisposition creation, unsigned bufferSize);
     ~TqFileOStreamBuf() override;
 
-    /// For who writes much: from now on what leaves the buffer collects in the C stream and reaches the file in blocks
-    /// of `size` bytes, down to a multiple of 4,096 and at most 1 MiB, beside what moves, reads and close() write out.
-    /// The system takes less than half of the time for whole blocks of 65,536. To be called after opening: returns
-    /// false, with nothing changed, without a file, when something was written already, and for a size below 4,096.
-    /// Throws std::bad_alloc.
+    /// For programs that write much: from now on, until close(), what leaves the buffer collects in the C stream and
+    /// reaches the file in blocks of `size` bytes, rounded down to a multiple of 4,096, at most 1 MiB. Moves, reads and
+    /// close() write out a block that is not full. The system takes less than half of the time for blocks of 65,536.
+    /// To be called right after opening: returns false, with nothing changed, when there is no file, after a write,
+    /// directly after a read, and for a size below 4,096. Throws std::bad_alloc.
     bool setBlockSize(std::uint32_t size);
 
     void close() override;
